@@ -1,0 +1,66 @@
+#include "app/base/Async.h"
+
+#include <QTimer>
+
+#include <QCoroTimer>
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#include <sanitizer/tsan_interface.h>
+#define ORVANE_THREAD_SANITIZER
+#endif
+#endif
+
+namespace orvane {
+
+namespace {
+
+QCoro::Task<> catchAll(QCoro::Task<> task)
+{
+    try {
+        co_await std::move(task);
+    } catch (const Cancelled &) {
+        // Whoever cancelled knows.
+    } catch (const std::exception &error) {
+        qWarning("%s", error.what());
+    }
+}
+
+} // namespace
+
+void spawn(QCoro::Task<> task)
+{
+    catchAll(std::move(task));
+}
+
+QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
+{
+    QTimer timer;
+    timer.setSingleShot(true);
+    timer.start(duration);
+    const std::stop_callback wake(stop, [&timer] { timer.start(0); });
+    co_await qCoro(&timer, &QTimer::timeout);
+    throwIfCancelled(stop);
+}
+
+namespace detail {
+
+#ifdef ORVANE_THREAD_SANITIZER
+void announceHandOver(void *job)
+{
+    __tsan_release(job);
+}
+
+void acceptHandOver(void *job)
+{
+    __tsan_acquire(job);
+}
+#else
+void announceHandOver(void *) {}
+
+void acceptHandOver(void *) {}
+#endif
+
+} // namespace detail
+
+} // namespace orvane

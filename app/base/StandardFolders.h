@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+namespace orvane {
+
+/// The folders the program works in, without trailing slashes. Made once at start and passed to
+/// whoever needs one; nothing here is created by asking for it.
+struct StandardFolders
+{
+    /// The user's data folder, shared by all applications.
+    QString applicationSupport;
+    /// Read-only files that come with the program; engines lie in its "engine" subfolder.
+    QString resources;
+    /// For files that end with the operation that made them.
+    QString temporary;
+
+    /// The user's private data: history, recordings, models, the engine process file.
+    [[nodiscard]] QString orvane() const;
+    [[nodiscard]] QString history() const;
+    [[nodiscard]] QString recordings() const;
+    [[nodiscard]] QString models() const;
+    [[nodiscard]] QString engineProcessFile() const;
+
+    /// The running user's folders. Needs a QCoreApplication: resources are found beside the program.
+    [[nodiscard]] static StandardFolders ofUser();
+};
+
+} // namespace orvane

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+namespace orvane {
+
+/// A recognition model in whisper.cpp's ggml form: an entry of the catalogue, or a file given by path.
+struct WhisperModel
+{
+    QString id;
+    QString displayName;
+    QString fileName;
+    /// Size of the download and memory needed, as shown: "≈ 142 МБ".
+    QString approxSize;
+    QString approxRAM;
+    /// False for models that know English only.
+    bool multilingual = true;
+
+    /// The models the user may download, in the order of every list and of the fallback choice.
+    [[nodiscard]] static const QList<WhisperModel> &catalog();
+
+    bool operator==(const WhisperModel &) const = default;
+};
+
+} // namespace orvane
