@@ -7,7 +7,8 @@
 namespace orvane {
 
 ModelManager::ModelManager(const QString &modelsDirectory, QObject *parent)
-    : QObject(parent), m_modelsDirectory(modelsDirectory)
+    : QObject(parent),
+      m_modelsDirectory(modelsDirectory)
 {
     refresh();
 }
@@ -44,7 +45,8 @@ void ModelManager::refresh()
     if (found == m_downloaded)
         return;
     m_downloaded = found;
-    Q_EMIT downloadedChanged();
+    Q_EMIT
+    downloadedChanged();
 }
 
 } // namespace orvane

@@ -18,7 +18,8 @@ const QList<WhisperModel> &WhisperModel::catalog()
         {u"large-v1"_s, u"Large v1"_s, u"ggml-large-v1.bin"_s, u"≈ 2.9 ГБ"_s, u"≈ 4.7 ГБ"_s, true},
         {u"large-v2"_s, u"Large v2"_s, u"ggml-large-v2.bin"_s, u"≈ 2.9 ГБ"_s, u"≈ 4.7 ГБ"_s, true},
         {u"large-v3"_s, u"Large v3"_s, u"ggml-large-v3.bin"_s, u"≈ 2.9 ГБ"_s, u"≈ 4.7 ГБ"_s, true},
-        {u"large-v3-turbo"_s, u"Large v3 Turbo"_s, u"ggml-large-v3-turbo.bin"_s, u"≈ 1.5 ГБ"_s, u"≈ 2.6 ГБ"_s, true},
+        {u"large-v3-turbo"_s, u"Large v3 Turbo"_s, u"ggml-large-v3-turbo.bin"_s, u"≈ 1.5 ГБ"_s, u"≈ 2.6 ГБ"_s,
+         true},
     };
     return models;
 }

@@ -1,0 +1,60 @@
+#include "recognition/MultipartBody.h"
+
+#include "recognition/FileError.h"
+
+#include <QFile>
+
+namespace orvane {
+
+namespace {
+
+constexpr qint64 pieceSize = 1024 * 1024;
+
+void write(QFile &body, const QByteArray &bytes)
+{
+    if (body.write(bytes) != bytes.size())
+        throw FileError::notWritten(body);
+}
+
+void copyAudio(QFile &body, const QString &audioPath)
+{
+    QFile audio(audioPath);
+    if (!audio.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw FileError::notRead(audio);
+    QByteArray piece(pieceSize, Qt::Uninitialized);
+    while (true) {
+        const qint64 size = audio.read(piece.data(), pieceSize);
+        if (size < 0)
+            throw FileError::notRead(audio);
+        if (size == 0)
+            return;
+        write(body, QByteArray::fromRawData(piece.constData(), size));
+    }
+}
+
+} // namespace
+
+void MultipartBody::writeTo(const QString &path) const
+{
+    QFile body(path);
+    if (!body.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
+                   QFileDevice::ReadOwner | QFileDevice::WriteOwner))
+        throw FileError::notWritten(body);
+    try {
+        const QByteArray delimiter = "--" + boundary;
+        for (const auto &[name, value] : fields) {
+            write(body, delimiter + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" +
+                            value + "\r\n");
+        }
+        write(body, delimiter +
+                        "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
+                        "Content-Type: audio/wav\r\n\r\n");
+        copyAudio(body, audioPath);
+        write(body, "\r\n" + delimiter + "--\r\n");
+    } catch (const FileError &) {
+        body.remove();
+        throw;
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+class QProcess;
+
+/// What the supervision of engines needs of the operating system.
+namespace orvane::ProcessControl {
+
+/// Full path of the executable that the process runs; empty when there is no such process or it may
+/// not be looked at.
+[[nodiscard]] QString executablePath(qint32 pid);
+
+/// Sends the process the polite request to end (SIGTERM). Errors are ignored.
+void terminate(qint32 pid);
+
+/// Renames `from` over `to` in one step.
+[[nodiscard]] bool replaceFile(const QString &from, const QString &to);
+
+/// Prepares a process that is about to be started: it dies with this program, however this program
+/// ends, and a Ctrl-C in the terminal does not reach it, so that it is ended in order.
+void bindToThisProgram(QProcess &process);
+
+} // namespace orvane::ProcessControl

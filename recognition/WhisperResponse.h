@@ -1,0 +1,17 @@
+#pragma once
+
+#include "recognition/segments/RawSegment.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+namespace orvane::WhisperResponse {
+
+/// The segments of whisper-server's "verbose_json" answer, in order; none when the answer is not an
+/// object with an array of objects under "segments". Times in the answer are seconds and are cut to
+/// whole milliseconds; a missing or unusable time is 0, a missing text empty. Any thread.
+[[nodiscard]] std::optional<QList<RawSegment>> segments(const QByteArray &json);
+
+} // namespace orvane::WhisperResponse

@@ -1,0 +1,157 @@
+#include "recognition/WhisperServerEngine.h"
+
+#include "app/base/Async.h"
+#include "app/base/EitherStop.h"
+#include "recognition/FileError.h"
+#include "recognition/MultipartBody.h"
+#include "recognition/TemporaryFile.h"
+#include "recognition/WavFileWriter.h"
+#include "recognition/WhisperResponse.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orvane {
+
+namespace {
+
+constexpr int sampleRate = 16000;
+constexpr std::chrono::milliseconds requestTimeout = 30min;
+constexpr int badRequest = 400;
+
+EngineServer::Description description()
+{
+    return {.executable = u"whisper-server"_s,
+            .fallbackPort = 48700,
+            .startTimeout = 120s,
+            .startErrorPrefix = u"Не удалось запустить движок распознавания: "_s,
+            .requestErrorPrefix = u"Ошибка распознавания: "_s,
+            .notFoundText =
+                u"Движок распознавания не установлен. В Терминале выполните: brew install whisper-cpp"_s};
+}
+
+QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
+                                                    WhisperServerEngine::NonSpeech nonSpeech)
+{
+    QList<std::pair<QByteArray, QByteArray>> fields = {
+        {"response_format", "verbose_json"},
+        {"language", language.toUtf8()},
+        {"temperature", "0.0"},
+        // Nobody reads the probabilities, and computing them takes a third of a short request.
+        {"no_language_probabilities", "true"},
+        // The server breaks long segments, by default in the middle of a word.
+        {"split_on_word", "true"},
+    };
+    if (nonSpeech == WhisperServerEngine::NonSpeech::Suppress)
+        fields.emplaceBack("suppress_nst", "true");
+    return fields;
+}
+
+} // namespace
+
+WhisperServerEngine::WhisperServerEngine(const SearchPath &search, EngineProcessRegistry &registry,
+                                         const QString &temporaryFolder)
+    : EngineServer(description(), search, registry),
+      m_temporaryFolder(temporaryFolder)
+{}
+
+QStringList WhisperServerEngine::arguments(const QString &executable, const QString &modelPath) const
+{
+    QStringList arguments = {u"-m"_s,
+                             modelPath,
+                             u"--host"_s,
+                             u"127.0.0.1"_s,
+                             u"--port"_s,
+                             QString::number(port()),
+                             u"--max-context"_s,
+                             u"0"_s};
+    const QString voiceActivityModel = QFileInfo(executable).path() + u"/ggml-silero-v5.1.2.bin"_s;
+    if (QFileInfo::exists(voiceActivityModel))
+        arguments += {u"--vad-model"_s, voiceActivityModel};
+    return arguments;
+}
+
+QNetworkRequest WhisperServerEngine::probeRequest() const
+{
+    return QNetworkRequest(url(u"/"_s));
+}
+
+bool WhisperServerEngine::isReady(int) const
+{
+    // The port opens only after the model is loaded, so any answer at all will do.
+    return true;
+}
+
+QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float> samples, QString modelPath,
+                                                               QString language, NonSpeech nonSpeech,
+                                                               std::stop_token stop)
+{
+    const std::stop_token alive = lifetime();
+    co_await load(modelPath, stop);
+    throwIfCancelled(alive);
+    const InFlight inFlight = beginRequest(); // no other model may be loaded from here on
+
+    const TemporaryFile wav(m_temporaryFolder, u"orvane-"_s, u".wav"_s);
+    auto writeWav = [path = wav.path(), samples = std::move(samples)] {
+        WavFileWriter writer(path, sampleRate);
+        writer.append(samples);
+        writer.finalize();
+    };
+    co_await offMainThread(std::move(writeWav)); // moved: an hour of samples is 230 MB
+    throwIfCancelled(alive);
+    throwIfCancelled(stop);
+    co_return co_await infer(wav.path(), language, nonSpeech, stop);
+}
+
+QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QString language,
+                                                          NonSpeech nonSpeech, std::stop_token stop)
+{
+    const std::stop_token alive = lifetime();
+    const EitherStop either(alive, stop);
+    if (!isRunning())
+        throw requestFailed(u"сервер не запущен"_s);
+    const InFlight inFlight = beginRequest();
+
+    const TemporaryFile bodyFile(m_temporaryFolder, u"orvane-upload-"_s, u".bin"_s);
+    const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
+    const MultipartBody body{
+        .boundary = boundary, .fields = formFields(language, nonSpeech), .audioPath = audioPath};
+    const auto writeBody = [body, path = bodyFile.path()] { body.writeTo(path); };
+    co_await offMainThread(writeBody);
+    throwIfCancelled(either.token());
+
+    const HttpAnswer answer = co_await post(boundary, bodyFile.path(), either.token());
+    if (answer.status == badRequest)
+        throw requestRejected(u"HTTP %1"_s.arg(answer.status));
+    if (!answer.transportError.isEmpty())
+        throw requestFailed(answer.transportError);
+    if (answer.status != 200)
+        throw requestFailed(u"HTTP %1"_s.arg(answer.status));
+
+    const auto parse = [json = answer.body] { return WhisperResponse::segments(json); };
+    const std::optional<QList<RawSegment>> segments = co_await offMainThread(parse);
+    throwIfCancelled(either.token());
+    if (!segments)
+        throw requestFailed(u"неожиданный формат ответа"_s);
+    co_return *segments;
+}
+
+QCoro::Task<HttpAnswer> WhisperServerEngine::post(QByteArray boundary, QString bodyPath, std::stop_token stop)
+{
+    auto body = std::make_unique<QFile>(bodyPath);
+    if (!body->open(QIODevice::ReadOnly))
+        throw FileError::notRead(*body);
+
+    QNetworkRequest request(url(u"/inference"_s));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "multipart/form-data; boundary=" + boundary);
+    request.setTransferTimeout(requestTimeout.count());
+    std::unique_ptr<QNetworkReply> reply(network().post(request, body.get()));
+    body.release()->setParent(reply.get());
+    return answerOf(std::move(reply), std::move(stop));
+}
+
+} // namespace orvane
