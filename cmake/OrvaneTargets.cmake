@@ -43,6 +43,7 @@ function(orvane_library name)
     add_library(${name} STATIC ${ARG_SOURCES})
     target_link_libraries(${name} PUBLIC ${ARG_LINKS})
     orvane_compile_strictly(${name})
+    set_property(GLOBAL APPEND PROPERTY ORVANE_LIBRARIES ${name})
 endfunction()
 
 # orvane_program(name SOURCES file… [LINKS library…])
