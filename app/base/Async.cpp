@@ -39,7 +39,7 @@ QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
     timer.setSingleShot(true);
     timer.start(duration);
     const std::stop_callback wake(stop, [&timer] { timer.start(0); });
-    co_await qCoro(&timer, &QTimer::timeout);
+    co_await timer;
     throwIfCancelled(stop);
 }
 

@@ -4,38 +4,40 @@
 #include <QDir>
 #include <QStandardPaths>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 QString StandardFolders::orvane() const
 {
-    return applicationSupport + u"/Orvane";
+    return applicationSupport + u"/Orvane"_s;
 }
 
 QString StandardFolders::history() const
 {
-    return orvane() + u"/History";
+    return orvane() + u"/History"_s;
 }
 
 QString StandardFolders::recordings() const
 {
-    return orvane() + u"/Recordings";
+    return orvane() + u"/Recordings"_s;
 }
 
 QString StandardFolders::models() const
 {
-    return orvane() + u"/Models";
+    return orvane() + u"/Models"_s;
 }
 
 QString StandardFolders::engineProcessFile() const
 {
-    return orvane() + u"/server-pids.txt";
+    return orvane() + u"/server-pids.txt"_s;
 }
 
 StandardFolders StandardFolders::ofUser()
 {
     const QString programFolder = QCoreApplication::applicationDirPath();
     return {.applicationSupport = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation),
-            .resources = QDir::cleanPath(programFolder + u"/../lib/orvane"),
+            .resources = QDir::cleanPath(programFolder + u"/../lib/orvane"_s),
             .temporary = QDir::tempPath()};
 }
 

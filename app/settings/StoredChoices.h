@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QMetaType>
+#include <QObject>
+#include <QString>
+
+/// The enumerations among the preferences, and the words they are stored as.
+namespace orvane {
+
+Q_NAMESPACE
+
+/// What processes texts with a language model: the system's own model, or a downloaded one.
+enum class CorrectionEngine { Apple, Local };
+Q_ENUM_NS(CorrectionEngine)
+
+/// What becomes of a dictation: its text corrected, an e-mail made of it, or its request carried out.
+enum class DictationMode { Correct, Email, Prompt };
+Q_ENUM_NS(DictationMode)
+
+/// "apple" or "local".
+[[nodiscard]] QString storedForm(CorrectionEngine engine);
+/// Any word but "local" is Apple.
+[[nodiscard]] CorrectionEngine correctionEngineFrom(const QString &stored);
+
+/// "correct", "email" or "prompt".
+[[nodiscard]] QString storedForm(DictationMode mode);
+/// An unknown word is Correct.
+[[nodiscard]] DictationMode dictationModeFrom(const QString &stored);
+
+} // namespace orvane
