@@ -38,7 +38,9 @@ template <typename Result>
 class PoolJob
 {
 public:
-    PoolJob(QThreadPool *pool, std::function<Result()> work) : m_shared(std::make_shared<Shared>()), m_pool(pool)
+    PoolJob(QThreadPool *pool, std::function<Result()> work)
+        : m_shared(std::make_shared<Shared>()),
+          m_pool(pool)
     {
         m_shared->work = std::move(work);
     }

@@ -9,6 +9,7 @@ built: the headers that a file uses are known from there.
 import hashlib
 import json
 import os
+import shlex
 import subprocess
 import sys
 import time
@@ -58,7 +59,8 @@ class Checker:
 
     def mark_of(self, entry):
         """The file that exists if exactly this was clean before, or None if what it uses is not known."""
-        files = self.dependencies.get(entry["output"])
+        words = shlex.split(entry["command"])
+        files = self.dependencies.get(words[words.index("-o") + 1])
         if not files:
             return None
         # A header that is gone was dropped after the last build.
