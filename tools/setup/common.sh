@@ -26,7 +26,7 @@ step() {
     status=$?
     set -e
     if ((status != 0)); then
-        tail -n 25 "$log" | sed 's/^/    /' >&2
+        tail -n 20 "$log" | sed 's/^/    /' >&2
         say "The whole output is in $log"
         fail "$title: failed. $advice"
     fi
@@ -115,14 +115,17 @@ python_with() {
 }
 
 check_sha256() {
-    printf '%s  %s\n' "$1" "$2" | sha256sum --check
+    if ! printf '%s  %s\n' "$1" "$2" | sha256sum --check; then
+        printf 'This is not the package that was expected: its checksum differs.\n'
+        return 1
+    fi
 }
 
 # fetch_npm NAME VERSION SHA256 FOLDER: the package's archive as FOLDER/NAME-VERSION.tgz, from the user's registry.
 fetch_npm() {
     local name=$1 version=$2 sha256=$3 folder=$4
     cd "$folder"
-    npm pack --ignore-scripts "$name@$version"
+    npm pack --loglevel=error --ignore-scripts "$name@$version"
     check_sha256 "$sha256" "$name-$version.tgz"
 }
 
