@@ -2,6 +2,7 @@
 
 #include "app/base/Async.h"
 #include "app/base/EitherStop.h"
+#include "recognition/EngineLoading.h"
 #include "recognition/EngineProcessRegistry.h"
 #include "recognition/PortReservation.h"
 #include "recognition/ProcessControl.h"
@@ -26,6 +27,7 @@ constexpr auto pollInterval = 400ms;
 constexpr auto drainInterval = 200ms;
 constexpr auto probeTimeout = 1s;
 constexpr auto stopGrace = 2s;
+constexpr auto deathNoticeTime = 250ms;
 
 // Not QCoro's start(): it does not notice a program that cannot be started.
 QCoro::Task<> start(std::shared_ptr<QProcess> process)
@@ -45,6 +47,12 @@ QCoro::Task<> end(std::shared_ptr<QProcess> process)
         process->kill();
         co_await qCoro(process.get()).waitForFinished(-1ms);
     }
+}
+
+QCoro::Task<> untilEnded(std::shared_ptr<QProcess> process)
+{
+    if (process)
+        co_await qCoro(process.get()).waitForFinished(deathNoticeTime);
 }
 
 } // namespace
@@ -68,8 +76,7 @@ EngineServer::~EngineServer()
 {
     m_lifetime.request_stop();
     stop();
-    Q_EMIT
-    loadingFinished();
+    endLoading();
 }
 
 QString EngineServer::findBinary() const
@@ -86,24 +93,29 @@ QString EngineServer::findBinary() const
 QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 {
     const std::stop_token alive = lifetime();
-    while (m_loading) {
-        co_await qCoro(this, &EngineServer::loadingFinished);
+    while (const std::shared_ptr<EngineLoading> running = m_loading) {
+        co_await qCoro(running.get(), &EngineLoading::ended);
         throwIfCancelled(alive);
         throwIfCancelled(stop);
     }
     if (serves(modelPath))
         co_return;
 
-    m_loading = true;
+    m_loading = EngineLoading::begin();
     const auto finish = qScopeGuard([this, alive] {
-        if (alive.stop_requested())
-            return;
-        m_loading = false;
-        Q_EMIT
-        loadingFinished();
+        if (!alive.stop_requested())
+            endLoading();
     });
     const EitherStop either(alive, stop);
     co_await performLoad(modelPath, either.token());
+}
+
+// Those who wait are resumed from the event loop, so that the caller whose load this was can begin its
+// request before another model is loaded.
+void EngineServer::endLoading()
+{
+    if (const std::shared_ptr<EngineLoading> ended = std::exchange(m_loading, nullptr))
+        Q_EMIT ended->ended();
 }
 
 bool EngineServer::serves(const QString &modelPath) const
@@ -211,9 +223,16 @@ EngineServer::Process EngineServer::takeProcess()
     return std::exchange(m_process, nullptr);
 }
 
-QUrl EngineServer::url(const QString &path) const
+QNetworkRequest EngineServer::requestTo(const QString &path) const
 {
-    return QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path));
+    QNetworkRequest request(QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path)));
+    request.setRawHeader("Connection", "close");
+    return request;
+}
+
+QCoro::Task<> EngineServer::untilDeathIsKnown()
+{
+    return untilEnded(m_process);
 }
 
 EngineServer::EngineError EngineServer::startFailed(const QString &detail) const

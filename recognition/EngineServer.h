@@ -18,6 +18,7 @@
 
 namespace orvane {
 
+class EngineLoading;
 class EngineProcessRegistry;
 
 /// Supervises an engine: a child process that loads one model, serves HTTP on a loopback port and is
@@ -95,9 +96,6 @@ public:
 
     [[nodiscard]] bool isRunning() const { return m_process && m_process->state() == QProcess::Running; }
 
-Q_SIGNALS:
-    void loadingFinished();
-
 protected:
     EngineServer(Description description, SearchPath search, EngineProcessRegistry &registry);
 
@@ -108,10 +106,15 @@ protected:
     [[nodiscard]] virtual QNetworkRequest probeRequest() const = 0;
     [[nodiscard]] virtual bool isReady(int status) const = 0;
 
-    /// An HTTP address of the running server.
-    [[nodiscard]] QUrl url(const QString &path) const;
+    /// A request to the running server, on a connection of its own: an idle one that is used again may
+    /// be closed by the server at that very moment.
+    [[nodiscard]] QNetworkRequest requestTo(const QString &path) const;
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QNetworkAccessManager &network() { return m_network; }
+
+    /// To be awaited after a transfer broke off, because the connection of a server that dies closes a
+    /// moment before its process is gone: isRunning() is right afterwards.
+    QCoro::Task<> untilDeathIsKnown();
 
     [[nodiscard]] EngineError requestRejected(const QString &detail) const;
 
@@ -127,6 +130,7 @@ private:
     using Process = std::shared_ptr<QProcess>;
 
     [[nodiscard]] bool serves(const QString &modelPath) const;
+    void endLoading();
     QCoro::Task<> performLoad(QString modelPath, std::stop_token stop);
     QCoro::Task<> launch(QString modelPath, std::stop_token stop);
     QCoro::Task<> untilReady(std::stop_token stop);
@@ -144,7 +148,8 @@ private:
     quint16 m_port = 0;
     QString m_loadedModelPath;
     bool m_forceRestart = false;
-    bool m_loading = false;
+    /// The load that is under way, if any.
+    std::shared_ptr<EngineLoading> m_loading;
     std::shared_ptr<int> m_requestsInFlight = std::make_shared<int>(0);
     std::stop_source m_lifetime;
 };

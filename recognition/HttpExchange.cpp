@@ -17,6 +17,7 @@ QString transportErrorText(const QNetworkReply &reply)
     case QNetworkReply::ConnectionRefusedError:
         return u"сервер отклонил соединение"_s;
     case QNetworkReply::RemoteHostClosedError:
+    case QNetworkReply::ContentReSendError: // closed without an answer, and not to be sent again
         return u"сервер закрыл соединение"_s;
     case QNetworkReply::TimeoutError:
     case QNetworkReply::OperationCanceledError:

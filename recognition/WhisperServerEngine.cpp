@@ -51,6 +51,15 @@ QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
     return fields;
 }
 
+/// A body that is sent once. Qt sends a request again when the connection closes without an answer; the
+/// server would compute everything a second time.
+class OneTimeBody : public QFile
+{
+public:
+    using QFile::QFile;
+    bool reset() override { return pos() == 0; }
+};
+
 } // namespace
 
 WhisperServerEngine::WhisperServerEngine(const SearchPath &search, EngineProcessRegistry &registry,
@@ -77,7 +86,7 @@ QStringList WhisperServerEngine::arguments(const QString &executable, const QStr
 
 QNetworkRequest WhisperServerEngine::probeRequest() const
 {
-    return QNetworkRequest(url(u"/"_s));
+    return requestTo(u"/"_s);
 }
 
 bool WhisperServerEngine::isReady(int) const
@@ -127,8 +136,11 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
     const HttpAnswer answer = co_await post(boundary, bodyFile.path(), either.token());
     if (answer.status == badRequest)
         throw requestRejected(u"HTTP %1"_s.arg(answer.status));
-    if (!answer.transportError.isEmpty())
+    if (!answer.transportError.isEmpty()) {
+        co_await untilDeathIsKnown();
+        throwIfCancelled(either.token());
         throw requestFailed(answer.transportError);
+    }
     if (answer.status != 200)
         throw requestFailed(u"HTTP %1"_s.arg(answer.status));
 
@@ -142,11 +154,11 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
 
 QCoro::Task<HttpAnswer> WhisperServerEngine::post(QByteArray boundary, QString bodyPath, std::stop_token stop)
 {
-    auto body = std::make_unique<QFile>(bodyPath);
+    auto body = std::make_unique<OneTimeBody>(bodyPath);
     if (!body->open(QIODevice::ReadOnly))
         throw FileError::notRead(*body);
 
-    QNetworkRequest request(url(u"/inference"_s));
+    QNetworkRequest request = requestTo(u"/inference"_s);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "multipart/form-data; boundary=" + boundary);
     request.setTransferTimeout(requestTimeout.count());
     std::unique_ptr<QNetworkReply> reply(network().post(request, body.get()));
