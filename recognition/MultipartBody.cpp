@@ -12,8 +12,13 @@ constexpr qint64 pieceSize = 1024 * 1024;
 
 void write(QFile &body, const QByteArray &bytes)
 {
-    if (body.write(bytes) != bytes.size())
-        throw FileError::notWritten(body);
+    // On a full disk the first write may take a part; only the next one knows why.
+    for (qint64 done = 0; done < bytes.size();) {
+        const qint64 size = body.write(bytes.constData() + done, bytes.size() - done);
+        if (size <= 0)
+            throw FileError::notWritten(body);
+        done += size;
+    }
 }
 
 void copyAudio(QFile &body, const QString &audioPath)

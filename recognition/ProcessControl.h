@@ -18,7 +18,8 @@ void terminate(qint32 pid);
 [[nodiscard]] bool replaceFile(const QString &from, const QString &to);
 
 /// Prepares a process that is about to be started: it dies with this program, however this program
-/// ends, and a Ctrl-C in the terminal does not reach it, so that it is ended in order.
+/// ends; a Ctrl-C in the terminal does not reach it, so that it is ended in order; and no signal is
+/// blocked in it, even if this program blocks those that it reads elsewhere.
 void bindToThisProgram(QProcess &process);
 
 } // namespace orvane::ProcessControl

@@ -42,6 +42,9 @@ void bindToThisProgram(QProcess &process)
         if (::getppid() != parent)
             ::_exit(1);
         ::setpgid(0, 0);
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::sigprocmask(SIG_SETMASK, &none, nullptr);
     });
 }
 
