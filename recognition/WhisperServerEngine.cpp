@@ -56,8 +56,15 @@ QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
 class OneTimeBody : public QFile
 {
 public:
-    using QFile::QFile;
+    explicit OneTimeBody(std::shared_ptr<TemporaryFile> file) : QFile(file->path()), m_file(std::move(file))
+    {}
+    // Closed before it is deleted: otherwise the closing on the main thread would free a whole recording.
+    ~OneTimeBody() override { close(); }
+
     bool reset() override { return pos() == 0; }
+
+private:
+    const std::shared_ptr<TemporaryFile> m_file;
 };
 
 } // namespace
@@ -125,15 +132,15 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
         throw requestFailed(u"сервер не запущен"_s);
     const InFlight inFlight = beginRequest();
 
-    const TemporaryFile bodyFile(m_temporaryFolder, u"orvane-upload-"_s, u".bin"_s);
+    const auto bodyFile = std::make_shared<TemporaryFile>(m_temporaryFolder, u"orvane-upload-"_s, u".bin"_s);
     const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
     const MultipartBody body{
         .boundary = boundary, .fields = formFields(language, nonSpeech), .audioPath = audioPath};
-    const auto writeBody = [body, path = bodyFile.path()] { body.writeTo(path); };
+    const auto writeBody = [body, path = bodyFile->path()] { body.writeTo(path); };
     co_await offMainThread(writeBody);
     throwIfCancelled(either.token());
 
-    const HttpAnswer answer = co_await post(boundary, bodyFile.path(), either.token());
+    const HttpAnswer answer = co_await post(boundary, bodyFile, either.token());
     if (answer.status == badRequest)
         throw requestRejected(u"HTTP %1"_s.arg(answer.status));
     if (!answer.transportError.isEmpty()) {
@@ -152,9 +159,10 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
     co_return *segments;
 }
 
-QCoro::Task<HttpAnswer> WhisperServerEngine::post(QByteArray boundary, QString bodyPath, std::stop_token stop)
+QCoro::Task<HttpAnswer>
+WhisperServerEngine::post(QByteArray boundary, std::shared_ptr<TemporaryFile> bodyFile, std::stop_token stop)
 {
-    auto body = std::make_unique<OneTimeBody>(bodyPath);
+    auto body = std::make_unique<OneTimeBody>(std::move(bodyFile));
     if (!body->open(QIODevice::ReadOnly))
         throw FileError::notRead(*body);
 

@@ -5,9 +5,12 @@
 
 #include <QList>
 
+#include <memory>
 #include <vector>
 
 namespace orvane {
+
+class TemporaryFile;
 
 /// Turns audio into timed text with whisper.cpp's `whisper-server`. One for the whole program, shared
 /// by everything that recognises speech. See EngineServer for loading, stopping and errors.
@@ -44,7 +47,8 @@ protected:
     [[nodiscard]] bool isReady(int status) const override;
 
 private:
-    QCoro::Task<HttpAnswer> post(QByteArray boundary, QString bodyPath, std::stop_token stop);
+    QCoro::Task<HttpAnswer> post(QByteArray boundary, std::shared_ptr<TemporaryFile> bodyFile,
+                                 std::stop_token stop);
 
     const QString m_temporaryFolder;
 };
