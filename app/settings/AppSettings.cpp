@@ -59,8 +59,10 @@ template <typename T>
 bool AppSettings::change(T &member, const T &value, const QString &key, Signal changed)
 {
     // A default that is chosen is stored too: it then outlives a change of the default.
-    if (m_defaults.value(key) != stored(value))
-        m_defaults.set(key, stored(value));
+    const QVariant before = m_defaults.value(key);
+    const QVariant after = stored(value);
+    if (before.typeId() != after.typeId() || before != after) // 1 equals true, but is no boolean
+        m_defaults.set(key, after);
     if (member == value)
         return false;
     member = value;

@@ -2,11 +2,12 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <cstdio>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -96,12 +97,29 @@ bool read(QIODevice &device, QSettings::SettingsMap &settings)
     return true;
 }
 
+// QSettings takes a file for unchanged when its size and its time in milliseconds are, and would write
+// over what another process stored within the same tick: no two versions get the same time.
+void dateAfterEarlierVersion(QFileDevice &file)
+{
+    const QDateTime earlier = QFileInfo(file.fileName()).lastModified();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    file.flush(); // what is written later would date the file anew
+    file.setFileTime(earlier.isValid() ? std::max(now, earlier.addMSecs(1)) : now,
+                     QFile::FileModificationTime);
+}
+
 bool write(QIODevice &device, const QSettings::SettingsMap &settings)
 {
-    if (auto *file = qobject_cast<QFileDevice *>(&device))
-        file->setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    auto *file = qobject_cast<QFileDevice *>(&device);
+    if (!file)
+        return false;
+    file->setPermissions(QFile::ReadOwner |
+                         QFile::WriteOwner); // some file systems have none: stored all the same
     const QByteArray text = QJsonDocument(toJson(settings).toObject()).toJson();
-    return device.write(text) == text.size();
+    if (file->write(text) != text.size())
+        return false;
+    dateAfterEarlierVersion(*file);
+    return true;
 }
 
 } // namespace

@@ -35,7 +35,8 @@ UserDefaults::UserDefaults(const QString &file, std::unique_ptr<QLockFile>)
 
 QString UserDefaults::standardFile()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Orvane/settings.json"_s;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           u"/Orvane/settings.json"_s;
 }
 
 std::optional<QString> UserDefaults::string(const QString &key) const

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void everyPropertyIsStoredAndTold();
     void constructionWritesNothing();
     void choosingTheDefaultStoresIt();
+    void wrongTypeIsReplaced();
     void language_data();
     void language();
     void interfaceLanguageSpeaksAtOnce();
@@ -192,6 +193,15 @@ void TestAppSettings::constructionWritesNothing()
     UserDefaults defaults(file());
     const AppSettings settings(defaults);
     QVERIFY(!QFile::exists(file()));
+}
+
+void TestAppSettings::wrongTypeIsReplaced()
+{
+    store(R"({"detectSpeakers": 1})");
+    UserDefaults defaults(file());
+    AppSettings settings(defaults);
+    settings.setDetectSpeakers(true);
+    QCOMPARE(QJsonValue(stored()[u"detectSpeakers"_s]), QJsonValue(true));
 }
 
 void TestAppSettings::choosingTheDefaultStoresIt()

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <csignal>
 #include <sys/resource.h>
 
@@ -16,16 +17,27 @@ using namespace orvane;
 
 namespace {
 
-constexpr int writesPerChild = 60;
+constexpr int writesPerChild = 100;
+constexpr int keysPerChild = 3;
 
 // The test starts itself with these to be another process at the same file.
 namespace Child {
 
+// The file keeps its size, so that only its time tells that another process wrote it. Exit code 0 when
+// every earlier value is still there at each write.
 int writeMany(const QString &file, const QString &key)
 {
     UserDefaults defaults(file);
-    for (int number = 0; number < writesPerChild; ++number)
-        defaults.set(u"%1-%2"_s.arg(key).arg(number), number);
+    std::array<int, keysPerChild> written{};
+    for (int number = 0; number < writesPerChild; ++number) {
+        const int current = number % keysPerChild;
+        written[size_t(current)] = 1000 + number;
+        defaults.set(u"%1-%2"_s.arg(key).arg(current), written[size_t(current)]);
+        for (int earlier = 0; earlier < keysPerChild; ++earlier) {
+            if (defaults.value(u"%1-%2"_s.arg(key).arg(earlier)).toInt() != written[size_t(earlier)])
+                return 1;
+        }
+    }
     return 0;
 }
 
@@ -249,7 +261,7 @@ void TestUserDefaults::processesWriteAtOnce()
     for (const auto &child : children)
         QCOMPARE(exitCodeOf(*child), 0);
     const QJsonObject object = QJsonDocument::fromJson(content()).object();
-    QCOMPARE(object.size(), 3 * writesPerChild);
+    QCOMPARE(object.size(), 3 * keysPerChild);
     QCOMPARE(files(), QStringList{u"settings.json"_s});
 }
 
