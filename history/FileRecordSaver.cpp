@@ -17,22 +17,26 @@ QString titleOf(const QFileInfo &file)
 
 } // namespace
 
+TranscriptRecord FileTranscript::record() const
+{
+    const QFileInfo file(path);
+    TranscriptRecord record;
+    record.kind = TranscriptKind::File;
+    record.title = titleOf(file);
+    record.modelID = modelID;
+    record.languageCode = languageCode;
+    record.durationMs = segments.isEmpty() ? 0 : segments.last().end;
+    record.segments = TranscriptRecord::segmentsFrom(segments);
+    record.text = text;
+    record.sourceFilePath = file.absoluteFilePath();
+    return record;
+}
+
 std::optional<QUuid> FileRecordSaver::save(const FileTranscript &transcript) const
 {
     if (transcript.text.trimmed().isEmpty())
         return std::nullopt;
-
-    const QFileInfo file(transcript.path);
-    TranscriptRecord record;
-    record.kind = TranscriptKind::File;
-    record.title = titleOf(file);
-    record.modelID = transcript.modelID;
-    record.languageCode = transcript.languageCode;
-    record.durationMs = transcript.segments.isEmpty() ? 0 : transcript.segments.last().end;
-    record.segments = TranscriptRecord::segmentsFrom(transcript.segments);
-    record.text = transcript.text;
-    record.sourceFilePath = file.absoluteFilePath();
-    return m_history.add(record).id;
+    return m_history.add(transcript.record()).id;
 }
 
 } // namespace orvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/segments/DisplaySegment.h"
+#include "history/TranscriptRecord.h"
 
 #include <QList>
 #include <QString>
@@ -21,6 +21,9 @@ struct FileTranscript
     QString text;
     QString modelID;
     QString languageCode;
+
+    /// The record for it, made now and not yet in the history.
+    [[nodiscard]] TranscriptRecord record() const;
 };
 
 /// Makes the history's record of a transcribed media file. Main thread.

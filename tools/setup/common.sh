@@ -1,0 +1,137 @@
+# shellcheck shell=bash disable=SC2034 # its variables are used where it is sourced
+# What the set-up scripts share. Sourced, never run. Everything it prints goes to standard error.
+
+ORVANE_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+ORVANE_CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/orvane
+ORVANE_DATA=${XDG_DATA_HOME:-$HOME/.local/share}/Orvane
+
+say() {
+    printf '%s\n' "$*" >&2
+}
+
+fail() {
+    say "error: $1"
+    exit 1
+}
+
+# step TITLE ADVICE COMMAND…: one line for the reader while the command's own output goes to a log. When it fails, the
+# end of the log and the advice are shown and the script ends. Not inside `if` or `||`, where errexit is off.
+step() {
+    local title=$1 advice=$2 log status
+    shift 2
+    say "$title"
+    log=$(mktemp "${TMPDIR:-/tmp}/orvane-setup.XXXXXX.log")
+    set +e
+    (set -e && "$@") >"$log" 2>&1 </dev/null
+    status=$?
+    set -e
+    if ((status != 0)); then
+        tail -n 20 "$log" | sed 's/^/    /' >&2
+        say "The whole output is in $log"
+        fail "$title: failed. $advice"
+    fi
+    rm -f "$log"
+}
+
+# locked FILE COMMAND…: only one process of the user at a time is inside, for one FILE.
+locked() {
+    local file=$1
+    shift
+    mkdir -p "$(dirname "$file")"
+    (
+        if ! flock --nonblock 9; then
+            say "Waiting for another set-up that is at work…"
+            flock 9
+        fi
+        "$@"
+    ) 9>"$file"
+}
+
+# provide FOLDER MAKER…: unless FOLDER is there, MAKER fills the empty folder that is its last argument, which then
+# takes the name FOLDER. So a FOLDER that exists is complete, whatever was interrupted before.
+provide() {
+    if [[ ! -d $1 ]]; then
+        locked "$1.lock" make_whole "$@"
+    fi
+}
+
+make_whole() {
+    local folder=$1 unfinished=$1.unfinished
+    shift
+    if [[ -d $folder ]]; then
+        return # made while we waited for the lock
+    fi
+    rm -rf "$unfinished"
+    mkdir "$unfinished"
+    "$@" "$unfinished"
+    sync --file-system "$unfinished"
+    mv --no-target-directory "$unfinished" "$folder"
+}
+
+# The names in a list of packages: the first word of each line that is no comment.
+packages_in() {
+    sed -n 's/^\([a-z0-9][a-z0-9.+-]*\).*/\1/p' "$@"
+}
+
+# install_packages NAME…: those that are missing, if any.
+install_packages() {
+    local installed missing=()
+    command -v apt-get >/dev/null ||
+        fail "This is made for Debian 12: there is no apt-get here to install what is needed ($*)."
+    installed=" $(dpkg-query --show --showformat='${db:Status-Status}=${Package} ' "$@" 2>/dev/null || true)"
+    for name in "$@"; do
+        [[ $installed == *" installed=$name "* ]] || missing+=("$name")
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+        fail "Packages are missing and there is no sudo. Have an administrator run: apt-get install ${missing[*]}"
+    fi
+    locked "$ORVANE_CACHE/packages.lock" \
+        step "Installing system packages: ${missing[*]}" \
+        "Check the network and that Debian 12's main archive is configured for apt, then run this again." \
+        apt_install "${missing[@]}"
+}
+
+apt_install() {
+    local as_root=(env DEBIAN_FRONTEND=noninteractive)
+    ((EUID == 0)) || as_root=(sudo "${as_root[@]}")
+    "${as_root[@]}" apt-get -o DPkg::Lock::Timeout=600 update
+    "${as_root[@]}" apt-get -o DPkg::Lock::Timeout=600 install --yes --no-install-recommends "$@"
+}
+
+# python_with MODULE PACKAGE: prints a Python that can import MODULE, after installing Debian's PACKAGE if none can.
+python_with() {
+    local python
+    for python in python3 /usr/bin/python3; do
+        if "$python" -c "import $1" 2>/dev/null; then
+            printf '%s\n' "$python"
+            return
+        fi
+    done
+    install_packages python3 "$2"
+    printf '/usr/bin/python3\n'
+}
+
+check_sha256() {
+    if ! printf '%s  %s\n' "$1" "$2" | sha256sum --check; then
+        printf 'This is not the package that was expected: its checksum differs.\n'
+        return 1
+    fi
+}
+
+# fetch_npm NAME VERSION SHA256 FOLDER: the package's archive as FOLDER/NAME-VERSION.tgz, from the user's registry.
+fetch_npm() {
+    local name=$1 version=$2 sha256=$3 folder=$4
+    cd "$folder"
+    npm pack --loglevel=error --ignore-scripts "$name@$version"
+    check_sha256 "$sha256" "$name-$version.tgz"
+}
+
+# fetch_wheel PYTHON NAME VERSION SHA256 FOLDER: the wheel into FOLDER, from the user's index. The name as in its file.
+fetch_wheel() {
+    local python=$1 name=$2 version=$3 sha256=$4 folder=$5
+    "$python" -m pip download --no-deps --only-binary :all: --dest "$folder" "$name==$version"
+    check_sha256 "$sha256" "$folder/$name-$version-py3-none-any.whl"
+}
