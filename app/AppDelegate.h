@@ -1,0 +1,28 @@
+#pragma once
+
+#include "app/AppServices.h"
+
+#include <QObject>
+
+namespace orvane {
+
+/// The application's life between its start and its end.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AppDelegate(AppServices &services, QObject *parent = nullptr);
+
+    /// Once, when the event loop begins: ends the engines that a crashed run left behind and follows
+    /// what the command line does to the history.
+    void applicationDidFinishLaunching();
+
+    /// Once, when the program is about to end: asks every engine to end, without waiting.
+    void applicationWillTerminate();
+
+private:
+    AppServices &m_services;
+};
+
+} // namespace orvane

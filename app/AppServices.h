@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/base/StandardFolders.h"
+#include "app/settings/AppSettings.h"
+#include "app/settings/UserDefaults.h"
+#include "history/HistoryStore.h"
+#include "models/ModelManager.h"
+#include "recognition/AudioDecoder.h"
+#include "recognition/EngineProcessRegistry.h"
+#include "recognition/TranscriptionService.h"
+#include "recognition/WhisperServerEngine.h"
+
+#include <memory>
+
+namespace orvane {
+
+/// The composition root: makes the long-lived services, hands each its collaborators, and owns them
+/// all until the program ends. Services that most runs never use are made on first access. No engine
+/// process is started here. Main thread; one instance a process.
+class AppServices
+{
+public:
+    /// Who runs the services. Only the application keeps the file of engine processes: a command line
+    /// beside it must neither see nor end the application's engines.
+    enum class Role { Application, CommandLine };
+
+    /// Carries over the earlier product's data first, so that every service finds it.
+    AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile);
+    ~AppServices();
+    Q_DISABLE_COPY_MOVE(AppServices)
+
+    [[nodiscard]] AppSettings &settings() { return *m_settings; }
+    [[nodiscard]] ModelManager &models() { return *m_models; }
+    [[nodiscard]] HistoryStore &history() { return *m_history; }
+    [[nodiscard]] WhisperServerEngine &whisperEngine() { return *m_whisperEngine; }
+    [[nodiscard]] EngineProcessRegistry &engineProcesses() { return m_engineProcesses; }
+
+    /// Made on first access, the same object afterwards.
+    [[nodiscard]] TranscriptionService &transcriber();
+
+private:
+    // In the order of construction, which is the order of dependence.
+    const StandardFolders m_folders;
+    UserDefaults m_defaults;
+    EngineProcessRegistry m_engineProcesses;
+    AudioDecoder m_decoder;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<ModelManager> m_models;
+    std::unique_ptr<HistoryStore> m_history;
+    std::unique_ptr<WhisperServerEngine> m_whisperEngine;
+    std::unique_ptr<TranscriptionService> m_transcriber;
+};
+
+} // namespace orvane

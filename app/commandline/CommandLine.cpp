@@ -1,0 +1,179 @@
+#include "app/commandline/CommandLine.h"
+
+#include "app/commandline/ExitStatus.h"
+#include "app/commandline/Output.h"
+#include "app/settings/Localization.h"
+#include "app/settings/TranscriptionLanguage.h"
+
+#include <QCommandLineParser>
+#include <QMap>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane::CommandLine {
+
+namespace {
+
+const QString modelOption = u"model"_s;
+const QString languageOption = u"language"_s;
+const QString formatOption = u"format"_s;
+const QString outputOption = u"output"_s;
+const QString noHistoryOption = u"no-history"_s;
+
+QCommandLineOption withValue(const QString &name)
+{
+    return {name, {}, u"value"_s};
+}
+
+UsageError usageError(const QString &text, const QString &detail)
+{
+    return UsageError(text + detail);
+}
+
+/// Reads the arguments of one command; Qt words its complaints in English only, so they are worded here.
+void parseInto(QCommandLineParser &parser, const QStringList &arguments)
+{
+    if (parser.parse(QStringList(QString()) + arguments))
+        return;
+    const QStringList unknown = parser.unknownOptionNames();
+    if (!unknown.isEmpty())
+        throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
+    throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
+}
+
+OutputFormat formatOf(const QCommandLineParser &parser)
+{
+    if (!parser.isSet(formatOption))
+        return OutputFormat::Text;
+    const QString name = parser.value(formatOption);
+    if (const std::optional<OutputFormat> format = outputFormat(name))
+        return *format;
+    throw usageError(Localization::text(u"Неизвестный формат (есть txt, md, srt и json): "_s), name);
+}
+
+QString outputOf(const QCommandLineParser &parser)
+{
+    return parser.isSet(outputOption) ? parser.value(outputOption) : Output::standardOutput.toString();
+}
+
+QString languageOf(const QCommandLineParser &parser)
+{
+    const QString code = parser.value(languageOption);
+    const auto &languages = TranscriptionLanguage::all();
+    const bool known = std::ranges::find(languages, code, &TranscriptionLanguage::code) != languages.end();
+    if (!parser.isSet(languageOption) || known)
+        return code;
+    QStringList codes;
+    for (const TranscriptionLanguage &language : languages)
+        codes.append(language.code);
+    throw usageError(Localization::text(u"Неизвестный язык (есть %1): "_s).arg(codes.join(u", "_s)), code);
+}
+
+Command parseTranscribe(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOptions({withValue(modelOption), withValue(languageOption), withValue(formatOption),
+                       withValue(outputOption), QCommandLineOption(noHistoryOption)});
+    parseInto(parser, arguments);
+    if (parser.positionalArguments().isEmpty())
+        throw UsageError(Localization::text(u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…"_s));
+
+    TranscribeCommand::Options options;
+    options.files = parser.positionalArguments();
+    options.model = parser.value(modelOption);
+    options.language = languageOf(parser);
+    options.format = formatOf(parser);
+    options.output = outputOf(parser);
+    if (parser.isSet(noHistoryOption))
+        options.history = TranscriptionService::History::Skip;
+    return options;
+}
+
+Command parseHistory(const QStringList &arguments)
+{
+    using Action = HistoryCommand::Action;
+    static const QMap<QString, Action> actions = {{u"list"_s, Action::List},
+                                                  {u"show"_s, Action::Show},
+                                                  {u"export"_s, Action::Export},
+                                                  {u"rename"_s, Action::Rename},
+                                                  {u"delete"_s, Action::Remove}};
+    QCommandLineParser parser;
+    parser.addOptions({withValue(formatOption), withValue(outputOption)});
+    parseInto(parser, arguments);
+
+    const QStringList words = parser.positionalArguments();
+    const QString name = words.value(0, u"list"_s);
+    if (!actions.contains(name))
+        throw usageError(Localization::text(u"Неизвестное действие с историей: "_s), name);
+
+    HistoryCommand::Options options;
+    options.action = actions[name];
+    options.id = words.value(1);
+    options.title = words.value(2).trimmed();
+    options.format = formatOf(parser);
+    options.output = outputOf(parser);
+
+    if (options.action != Action::Export && (parser.isSet(formatOption) || parser.isSet(outputOption)))
+        throw UsageError(Localization::text(u"--format и --output есть только у history export."_s));
+    if (options.action != Action::List && options.id.isEmpty())
+        throw UsageError(
+            Localization::text(u"Укажите запись: её обозначение показывает orvane history list."_s));
+    if (options.action == Action::Rename && options.title.isEmpty())
+        throw UsageError(Localization::text(u"Укажите новое название записи."_s));
+    const qsizetype expected = options.action == Action::List ? 1 : options.action == Action::Rename ? 3 : 2;
+    if (words.size() > expected)
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[expected]);
+    return options;
+}
+
+} // namespace
+
+Command parse(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return ShowHelp();
+    const QString name = arguments.first();
+    const QStringList rest = arguments.sliced(1);
+    const bool asksForHelp = name == "help"_L1 || name == "--help"_L1 || name == "-h"_L1 ||
+                             rest.contains(u"--help"_s) || rest.contains(u"-h"_s);
+    if (asksForHelp)
+        return ShowHelp();
+    if (name == "--version"_L1 || name == "-v"_L1)
+        return ShowVersion();
+    if (name == "--background"_L1)
+        return RunApplication();
+    if (name == "transcribe"_L1)
+        return parseTranscribe(rest);
+    if (name == "history"_L1)
+        return parseHistory(rest);
+    throw usageError(Localization::text(u"Неизвестная команда: "_s), name);
+}
+
+QString help()
+{
+    return Localization::text(uR"(Orvane превращает речь в текст на вашем компьютере.
+
+  orvane transcribe ФАЙЛ…         расшифровать аудио или видео
+      --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
+      --language КОД              язык речи, например ru или en; auto — определить
+      --format txt|md|srt|json    вид результата (по умолчанию txt)
+      --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
+      --no-history                не сохранять в историю
+
+  orvane history [list]           показать историю
+  orvane history show ID          показать запись
+  orvane history export ID        выдать запись (--format, --output — как выше)
+  orvane history rename ID ИМЯ    переименовать запись
+  orvane history delete ID        удалить запись
+
+  orvane --background             остаться работать в фоне
+  orvane --version                показать версию
+  orvane --help                   показать эту справку
+
+Коды завершения: 0 — готово, 1 — не получилось, 2 — ошибка в команде, 130 — прервано.
+)"_s);
+}
+
+} // namespace orvane::CommandLine

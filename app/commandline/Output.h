@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Where a command's results and complaints go.
+namespace orvane::Output {
+
+/// Names standard output where a file is asked for.
+inline constexpr QStringView standardOutput = u"-";
+
+/// Writes results to standard output. Throws Error when not all could be written.
+void write(const QByteArray &bytes);
+
+/// Writes results to a file, which is replaced in one step or not at all, or to standard output for "-".
+/// Throws Error.
+void write(const QByteArray &bytes, const QString &destination);
+
+/// Writes one line to standard error.
+void complain(const QString &sentence);
+
+} // namespace orvane::Output

@@ -1,0 +1,189 @@
+#include "app/commandline/TranscribeCommand.h"
+
+#include "app/AppServices.h"
+#include "app/commandline/ExitStatus.h"
+#include "app/commandline/Output.h"
+#include "app/commandline/ProgressLine.h"
+#include "app/settings/Localization.h"
+#include "history/FileRecordSaver.h"
+
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+QString fileName(const QString &path)
+{
+    return QFileInfo(path).fileName();
+}
+
+bool isFolder(const QString &path)
+{
+    return QFileInfo(path).isDir();
+}
+
+} // namespace
+
+TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
+    : m_services(services),
+      m_options(std::move(options))
+{
+    if (m_options.files.size() < 2)
+        return;
+    if (m_options.output == Output::standardOutput) {
+        if (m_options.format == OutputFormat::SubRip)
+            throw UsageError(Localization::text(
+                u"Субтитры нескольких файлов не поместятся в один вывод: укажите папку параметром --output."_s));
+        return;
+    }
+    if (!isFolder(m_options.output))
+        throw UsageError(
+            Localization::text(u"Для нескольких файлов --output должен указывать существующую папку."_s));
+    QSet<QString> destinations;
+    for (const QString &file : m_options.files)
+        destinations.insert(destination(file));
+    if (destinations.size() < m_options.files.size())
+        throw UsageError(Localization::text(
+            u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно."_s));
+}
+
+QCoro::Task<int> TranscribeCommand::run()
+{
+    const ModelFile chosenModel = model();
+    requireWritableDestination();
+    co_await m_services.history().whenLoaded(); // what is saved can then be read back
+    const QString language =
+        m_options.language.isEmpty() ? m_services.settings().language().code : m_options.language;
+
+    bool everyFileDone = true;
+    for (const QString &file : m_options.files) {
+        const bool done = co_await transcribe(file, chosenModel, language);
+        everyFileDone = everyFileDone && done;
+        if (m_interrupted)
+            break;
+    }
+
+    co_await m_services.whisperEngine().stopAndWait();
+    if (m_options.history == TranscriptionService::History::Save) {
+        co_await m_services.history().flush();
+        if (const QString error = m_services.history().lastError(); !error.isEmpty()) {
+            Output::complain(error);
+            everyFileDone = false;
+        }
+    }
+    co_return everyFileDone ? ExitStatus::success : ExitStatus::failure;
+}
+
+void TranscribeCommand::interrupt()
+{
+    m_interrupted = true;
+    m_services.transcriber().cancel();
+    m_services.whisperEngine().stop(); // what waits for it ends with it
+}
+
+QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, QString language)
+{
+    TranscriptionService &transcriber = m_services.transcriber();
+    TranscriptionService::Request request;
+    request.audioPath = file;
+    request.model = model;
+    request.language = language;
+    request.history = m_options.history;
+    const QUuid savedBefore = transcriber.lastSavedID();
+    {
+        const ProgressLine progress(fileName(file), [&transcriber] {
+            return ProgressLine::State{.stage = transcriber.statusText(),
+                                       .remainingMs = transcriber.remainingMs()};
+        });
+        co_await transcriber.transcribe(request);
+    }
+    if (m_interrupted)
+        co_return false;
+    if (!transcriber.errorText().isEmpty()) {
+        Output::complain(u"%1: %2"_s.arg(fileName(file), transcriber.errorText()));
+        co_return false;
+    }
+
+    try {
+        writeResult(file, resultOf(request, savedBefore));
+    } catch (const Error &error) {
+        Output::complain(error.description());
+        co_return false;
+    }
+    co_return true;
+}
+
+TranscriptRecord TranscribeCommand::resultOf(const TranscriptionService::Request &request,
+                                             const QUuid &savedBefore) const
+{
+    const TranscriptionService &transcriber = m_services.transcriber();
+    if (transcriber.lastSavedID() != savedBefore) {
+        if (const auto stored = m_services.history().record(transcriber.lastSavedID()))
+            return *stored;
+    }
+    return FileTranscript{.path = request.audioPath,
+                          .segments = transcriber.segments(),
+                          .text = transcriber.transcript(),
+                          .modelID = request.model.id,
+                          .languageCode = request.language}
+        .record();
+}
+
+void TranscribeCommand::writeResult(const QString &file, const TranscriptRecord &record) const
+{
+    if (record.text.trimmed().isEmpty())
+        Output::complain(u"%1: %2"_s.arg(fileName(file), Localization::text(u"речь не найдена"_s)));
+    const QString target = destination(file);
+    const bool needsHeading = m_options.files.size() > 1 && m_options.format == OutputFormat::Text &&
+                              target == Output::standardOutput;
+    const QByteArray heading = needsHeading ? u"==> %1 <==\n"_s.arg(file).toUtf8() : QByteArray();
+    Output::write(heading + rendered(record, m_options.format), target);
+}
+
+ModelFile TranscribeCommand::model() const
+{
+    const ModelManager &models = m_services.models();
+    if (m_options.model.isEmpty()) {
+        if (const auto chosen = models.resolved(m_services.settings().selectedModelID()))
+            return {.id = chosen->id, .path = models.localURL(*chosen)};
+        throw Error(
+            Localization::text(u"Не скачано ни одной модели распознавания. Положите модель в папку "_s) +
+            models.modelsDirectory());
+    }
+
+    const QList<WhisperModel> &catalog = WhisperModel::catalog();
+    const auto known = std::ranges::find(catalog, m_options.model, &WhisperModel::id);
+    if (known != catalog.end() && models.downloaded().contains(known->id))
+        return {.id = known->id, .path = models.localURL(*known)};
+    if (QFileInfo(m_options.model).isFile())
+        return ModelFile::atPath(m_options.model);
+    throw Error((known != catalog.end() ? Localization::text(u"Модель распознавания не скачана: "_s)
+                                        : Localization::text(u"Нет такой модели распознавания: "_s)) +
+                m_options.model);
+}
+
+QString TranscribeCommand::destination(const QString &file) const
+{
+    if (!isFolder(m_options.output))
+        return m_options.output;
+    return u"%1/%2.%3"_s.arg(m_options.output, QFileInfo(file).completeBaseName(),
+                             extension(m_options.format));
+}
+
+void TranscribeCommand::requireWritableDestination() const
+{
+    if (m_options.output == Output::standardOutput)
+        return;
+    const QFileInfo folder(isFolder(m_options.output) ? m_options.output
+                                                      : QFileInfo(m_options.output).absolutePath());
+    if (!folder.isDir() || !folder.isWritable())
+        throw Error(Localization::text(u"В эту папку нельзя записать результат: "_s) + folder.filePath());
+}
+
+} // namespace orvane

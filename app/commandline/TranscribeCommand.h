@@ -1,0 +1,58 @@
+#pragma once
+
+#include "app/commandline/OutputFormat.h"
+#include "models/ModelFile.h"
+#include "recognition/TranscriptionService.h"
+
+#include <QStringList>
+
+#include <QCoroTask>
+
+namespace orvane {
+
+class AppServices;
+
+/// `orvane transcribe`: transcribes files one after the other and writes each result as soon as it is
+/// there. A file that fails is reported and the next one goes on.
+class TranscribeCommand
+{
+public:
+    struct Options
+    {
+        QStringList files;
+        /// Id of a catalogue model or path of a file; empty for the user's choice.
+        QString model;
+        /// Empty for the user's choice.
+        QString language;
+        OutputFormat format = OutputFormat::Text;
+        /// A file, a folder or "-"; with several files a folder or "-".
+        QString output;
+        TranscriptionService::History history = TranscriptionService::History::Save;
+    };
+
+    /// Throws UsageError when the options do not fit together.
+    TranscribeCommand(AppServices &services, Options options);
+
+    /// Returns the exit status, with the engine ended and the history written. Throws Error when
+    /// nothing could be begun.
+    QCoro::Task<int> run();
+
+    /// Ends run() as soon as possible, without the rest of the results.
+    void interrupt();
+
+private:
+    QCoro::Task<bool> transcribe(QString file, ModelFile model, QString language);
+    /// The stored record when one was saved since, else one made for the occasion.
+    [[nodiscard]] TranscriptRecord resultOf(const TranscriptionService::Request &request,
+                                            const QUuid &savedBefore) const;
+    void writeResult(const QString &file, const TranscriptRecord &record) const;
+    [[nodiscard]] ModelFile model() const;
+    [[nodiscard]] QString destination(const QString &file) const;
+    void requireWritableDestination() const;
+
+    AppServices &m_services;
+    const Options m_options;
+    bool m_interrupted = false;
+};
+
+} // namespace orvane

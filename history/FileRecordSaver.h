@@ -1,0 +1,43 @@
+#pragma once
+
+#include "history/TranscriptRecord.h"
+
+#include <QList>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+namespace orvane {
+
+class HistoryStore;
+
+/// What was recognised in a media file.
+struct FileTranscript
+{
+    /// Of the media file; may be relative to the working folder.
+    QString path;
+    QList<DisplaySegment> segments;
+    QString text;
+    QString modelID;
+    QString languageCode;
+
+    /// The record for it, made now and not yet in the history.
+    [[nodiscard]] TranscriptRecord record() const;
+};
+
+/// Makes the history's record of a transcribed media file. Main thread.
+class FileRecordSaver
+{
+public:
+    /// The history must outlive this object.
+    explicit FileRecordSaver(HistoryStore &history) : m_history(history) {}
+
+    /// The id of the record; none when there is no text to keep.
+    [[nodiscard]] std::optional<QUuid> save(const FileTranscript &transcript) const;
+
+private:
+    HistoryStore &m_history;
+};
+
+} // namespace orvane

@@ -1,0 +1,100 @@
+#include "history/LegacyMigration.h"
+
+#include "app/settings/UserDefaults.h"
+
+#include <QFile>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace fs = std::filesystem;
+
+namespace orvane {
+
+namespace {
+
+fs::path pathOf(const QString &path)
+{
+    return QFile::encodeName(path).toStdString();
+}
+
+// Counts a link that leads nowhere: it must not be overwritten either.
+bool somethingAt(const fs::path &path)
+{
+    std::error_code failure;
+    return fs::exists(fs::symlink_status(path, failure));
+}
+
+bool isFolder(const fs::path &path)
+{
+    std::error_code failure;
+    return fs::is_directory(path, failure);
+}
+
+bool isEmptyFolder(const fs::path &path)
+{
+    std::error_code failure;
+    return isFolder(path) && fs::is_empty(path, failure) && !failure;
+}
+
+void mergeEntry(const fs::path &entry, const fs::path &target)
+{
+    std::error_code ignored;
+    if (isEmptyFolder(target))
+        fs::remove(target, ignored);
+    if (!somethingAt(target))
+        fs::rename(entry, target, ignored);
+}
+
+// Listed before the first entry moves: a listing need not survive changes.
+std::vector<fs::path> entriesOf(const fs::path &folder)
+{
+    std::error_code failure;
+    std::vector<fs::path> entries;
+    fs::directory_iterator entry(folder, failure);
+    for (; !failure && entry != fs::directory_iterator(); entry.increment(failure))
+        entries.push_back(entry->path());
+    return entries;
+}
+
+} // namespace
+
+void LegacyMigration::migrateAppSupportDirectory(const StandardFolders &folders)
+{
+    const fs::path oldFolder = pathOf(folders.applicationSupport + u"/Vesk"_s);
+    const fs::path newFolder = pathOf(folders.orvane());
+    if (!isFolder(oldFolder))
+        return;
+
+    std::error_code ignored;
+    if (!somethingAt(newFolder)) {
+        fs::rename(oldFolder, newFolder, ignored);
+        return;
+    }
+    if (fs::equivalent(oldFolder, newFolder, ignored))
+        return; // one is a link to the other
+    for (const fs::path &entry : entriesOf(oldFolder))
+        mergeEntry(entry, newFolder / entry.filename());
+    if (isEmptyFolder(oldFolder))
+        fs::remove(oldFolder, ignored);
+}
+
+void LegacyMigration::migrateDefaults(UserDefaults &defaults)
+{
+    static const std::pair<QString, QString> keys[] = {
+        {u"vesk.update.notifiedVersion"_s, u"orvane.update.notifiedVersion"_s},
+    };
+    for (const auto &[oldKey, newKey] : keys) {
+        if (!defaults.contains(oldKey))
+            continue;
+        if (!defaults.contains(newKey))
+            defaults.set(newKey, defaults.value(oldKey));
+        defaults.remove(oldKey);
+    }
+}
+
+} // namespace orvane

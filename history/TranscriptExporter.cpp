@@ -1,0 +1,111 @@
+#include "history/TranscriptExporter.h"
+
+#include "app/settings/Localization.h"
+
+#include <QSaveFile>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+bool isBlank(QChar c)
+{
+    return c == u'\t' || c.category() == QChar::Separator_Space;
+}
+
+// Line breaks stay.
+QString withoutOuterBlanks(QStringView text)
+{
+    while (!text.isEmpty() && isBlank(text.front()))
+        text = text.sliced(1);
+    while (!text.isEmpty() && isBlank(text.back()))
+        text.chop(1);
+    return text.toString();
+}
+
+} // namespace
+
+TranscriptExporter::ExportError::ExportError(const QString &reason)
+    : Error(Localization::text(u"Не удалось сохранить файл: "_s) + reason)
+{}
+
+QString TranscriptExporter::extension(Format format)
+{
+    switch (format) {
+    case Format::PlainText:
+        return u".txt"_s;
+    case Format::SubRip:
+        return u".srt"_s;
+    case Format::Markdown:
+        return u".md"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString TranscriptExporter::content(Format format, const QString &baseName,
+                                    const QList<DisplaySegment> &segments, const QString &text)
+{
+    switch (format) {
+    case Format::PlainText:
+        return text;
+    case Format::SubRip:
+        return srt(segments);
+    case Format::Markdown:
+        return markdown(baseName, segments, text);
+    }
+    Q_UNREACHABLE();
+}
+
+QString TranscriptExporter::srt(const QList<DisplaySegment> &segments)
+{
+    QString subtitles;
+    for (qsizetype i = 0; i < segments.size(); ++i) {
+        const DisplaySegment &segment = segments.at(i);
+        if (i > 0)
+            subtitles += u'\n';
+        subtitles += QString::number(i + 1) + u'\n' + time(segment.start) + u" --> "_s + time(segment.end) +
+                     u'\n' + withoutOuterBlanks(segment.text) + u'\n';
+    }
+    return subtitles;
+}
+
+QString TranscriptExporter::time(qint64 milliseconds)
+{
+    const QChar zero = u'0';
+    return u"%1:%2:%3,%4"_s.arg(milliseconds / 3'600'000, 2, 10, zero)
+        .arg(milliseconds % 3'600'000 / 60'000, 2, 10, zero)
+        .arg(milliseconds % 60'000 / 1000, 2, 10, zero)
+        .arg(milliseconds % 1000, 3, 10, zero);
+}
+
+QString TranscriptExporter::markdown(const QString &title, const QList<DisplaySegment> &segments,
+                                     const QString &plainText)
+{
+    QString document = u"# "_s + title + u"\n\n"_s;
+    if (segments.isEmpty())
+        return document + plainText;
+
+    std::optional<qint64> heading;
+    for (const DisplaySegment &segment : segments) {
+        if (segment.speaker && segment.speaker != heading) {
+            document += u"\n**Спикер "_s + QString::number(*segment.speaker) + u"**\n\n"_s;
+            heading = segment.speaker;
+        }
+        document += u'`' + segment.timecode() + u"`  "_s + withoutOuterBlanks(segment.text) + u"\n\n"_s;
+    }
+    return document;
+}
+
+void TranscriptExporter::save(const QString &path, const QString &content)
+{
+    const QByteArray bytes = content.toUtf8();
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        throw ExportError(file.errorString());
+}
+
+} // namespace orvane

@@ -1,0 +1,168 @@
+#include "history/TranscriptRecord.h"
+
+#include "app/settings/Localization.h"
+
+#include <QFileInfo>
+#include <QHashFunctions>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+QString dateText(const QDateTime &date)
+{
+    return date.toUTC().toString(Qt::ISODate);
+}
+
+// A lone half of a surrogate pair has no UTF-8 form: the file that holds one could not be read back.
+QString storable(const QString &text)
+{
+    return text.isValidUtf16() ? text : QString::fromUtf8(text.toUtf8());
+}
+
+void insertIfPresent(QJsonObject &object, const QString &key, const std::optional<QString> &text)
+{
+    if (text)
+        object.insert(key, storable(*text));
+}
+
+QJsonObject objectOf(const TranscriptRecord::Segment &segment)
+{
+    QJsonObject object{
+        {u"start"_s, segment.start}, {u"end"_s, segment.end}, {u"text"_s, storable(segment.text)}};
+    if (segment.speaker)
+        object.insert(u"speaker"_s, *segment.speaker);
+    return object;
+}
+
+QJsonObject objectOf(const RecordEvent &event)
+{
+    QJsonObject object{{u"id"_s, uuidText(event.id)},
+                       {u"ts"_s, dateText(event.ts)},
+                       {u"kind"_s, rawValue(event.kind)},
+                       {u"text"_s, storable(event.text)}};
+    insertIfPresent(object, u"prompt"_s, event.prompt);
+    return object;
+}
+
+template <typename Item>
+QJsonArray arrayOf(const QList<Item> &items)
+{
+    QJsonArray array;
+    for (const Item &item : items)
+        array.append(objectOf(item));
+    return array;
+}
+
+// std::optional has no hash in Qt; an absent value counts as an own value beside every present one.
+template <typename Value>
+size_t hashOf(const std::optional<Value> &value)
+{
+    return value ? qHashMulti(1, *value) : 0;
+}
+
+} // namespace
+
+QString rawValue(TranscriptKind kind)
+{
+    return kind == TranscriptKind::File ? u"file"_s : u"meeting"_s;
+}
+
+QString title(TranscriptKind kind)
+{
+    return Localization::text(kind == TranscriptKind::File ? u"Файл"_s : u"Совещание"_s);
+}
+
+QString rawValue(RecordEvent::Kind kind)
+{
+    switch (kind) {
+    case RecordEvent::Kind::Transcription:
+        return u"transcription"_s;
+    case RecordEvent::Kind::Correction:
+        return u"correction"_s;
+    case RecordEvent::Kind::Summary:
+        return u"summary"_s;
+    case RecordEvent::Kind::Prompt:
+        return u"prompt"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QByteArray TranscriptRecord::json() const
+{
+    QJsonObject object{{u"id"_s, uuidText(id)},           {u"kind"_s, rawValue(kind)},
+                       {u"title"_s, storable(title)},     {u"createdAt"_s, dateText(createdAt)},
+                       {u"modelID"_s, storable(modelID)}, {u"languageCode"_s, storable(languageCode)},
+                       {u"durationMs"_s, durationMs},     {u"segments"_s, arrayOf(segments)},
+                       {u"text"_s, storable(text)}};
+    insertIfPresent(object, u"corrected"_s, corrected);
+    insertIfPresent(object, u"audioFileName"_s, audioFileName);
+    insertIfPresent(object, u"summary"_s, summary);
+    insertIfPresent(object, u"sourceFilePath"_s, sourceFilePath);
+    if (events)
+        object.insert(u"events"_s, arrayOf(*events));
+    return QJsonDocument(object).toJson(QJsonDocument::Indented);
+}
+
+QList<DisplaySegment> TranscriptRecord::displaySegments() const
+{
+    QList<DisplaySegment> display;
+    display.reserve(segments.size());
+    for (const Segment &segment : segments)
+        display.append(
+            {.start = segment.start, .end = segment.end, .text = segment.text, .speaker = segment.speaker});
+    return display;
+}
+
+QList<TranscriptRecord::Segment> TranscriptRecord::segmentsFrom(const QList<DisplaySegment> &segments)
+{
+    QList<Segment> stored;
+    stored.reserve(segments.size());
+    for (const DisplaySegment &segment : segments)
+        stored.append(
+            {.start = segment.start, .end = segment.end, .text = segment.text, .speaker = segment.speaker});
+    return stored;
+}
+
+std::optional<QUrl> TranscriptRecord::playableURL(const QString &recordingsFolder) const
+{
+    if (audioFileName) {
+        const QFileInfo recording(recordingsFolder + u'/' + *audioFileName);
+        if (recording.isFile())
+            return QUrl::fromLocalFile(recording.filePath());
+    }
+    if (sourceFilePath && QFileInfo(*sourceFilePath).isFile())
+        return QUrl::fromLocalFile(*sourceFilePath);
+    return std::nullopt;
+}
+
+size_t qHash(const RecordEvent &event, size_t seed) noexcept
+{
+    return qHashMulti(seed, event.id, event.ts, static_cast<int>(event.kind), hashOf(event.prompt),
+                      event.text);
+}
+
+size_t qHash(const TranscriptRecord::Segment &segment, size_t seed) noexcept
+{
+    return qHashMulti(seed, segment.start, segment.end, segment.text, hashOf(segment.speaker));
+}
+
+size_t qHash(const TranscriptRecord &record, size_t seed) noexcept
+{
+    return qHashMulti(seed, record.id, static_cast<int>(record.kind), record.title, record.createdAt,
+                      record.modelID, record.languageCode, record.durationMs, record.segments, record.text,
+                      hashOf(record.corrected), hashOf(record.audioFileName), hashOf(record.summary),
+                      hashOf(record.events), hashOf(record.sourceFilePath));
+}
+
+QString uuidText(const QUuid &id)
+{
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+} // namespace orvane

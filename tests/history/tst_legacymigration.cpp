@@ -1,0 +1,205 @@
+#include "history/LegacyMigration.h"
+
+#include "app/settings/UserDefaults.h"
+#include "tests/history/WithoutPrivileges.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <filesystem>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+// As the link holds it: QFileInfo makes it absolute.
+QString linkTarget(const QString &path)
+{
+    return QString::fromStdString(std::filesystem::read_symlink(path.toStdString()).string());
+}
+
+} // namespace
+
+/// A tree of files is written as its paths, in order: "Vesk/History/a" is a file, "Vesk/Models/" an empty
+/// folder, "Orvane->Vesk" a link. A file holds the path that it had first.
+class TestLegacyMigration : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void folders_data();
+    void folders();
+    void contentMovesWithItsFile();
+    void withoutPermission_data();
+    void withoutPermission();
+    void defaults_data();
+    void defaults();
+
+private:
+    void plant(const QStringList &tree) const;
+    [[nodiscard]] QStringList tree() const;
+    void migrate() const { LegacyMigration::migrateAppSupportDirectory({m_folder->path(), {}, {}}); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestLegacyMigration::plant(const QStringList &tree) const
+{
+    for (const QString &entry : tree) {
+        const QString path = m_folder->filePath(entry.section(u"->"_s, 0, 0));
+        QVERIFY(QDir().mkpath(path.section(u'/', 0, -2)));
+        QFile file(path);
+        if (entry.contains(u"->"_s)) {
+            QVERIFY(QFile::link(entry.section(u"->"_s, 1), path));
+        } else if (!entry.endsWith(u'/')) {
+            QVERIFY(file.open(QFile::WriteOnly));
+            file.write(entry.toUtf8());
+        }
+    }
+}
+
+QStringList TestLegacyMigration::tree() const
+{
+    QStringList found;
+    const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    QDirIterator entries(m_folder->path(), all, QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QFileInfo entry = entries.nextFileInfo();
+        const QString path = QDir(m_folder->path()).relativeFilePath(entry.filePath());
+        if (entry.isSymLink())
+            found.append(path + u"->"_s + linkTarget(entry.filePath()));
+        else if (!entry.isDir())
+            found.append(path);
+        else if (QDir(entry.filePath()).isEmpty(all))
+            found.append(path + u'/');
+    }
+    found.sort();
+    return found;
+}
+
+void TestLegacyMigration::folders_data()
+{
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QStringList>("after");
+    const auto row = [](const char *name, const QStringList &before, const QStringList &after) {
+        QTest::newRow(name) << before << after;
+    };
+    row("nothing old", {u"Orvane/a"_s, u"Other/"_s}, {u"Orvane/a"_s, u"Other/"_s});
+    row("nothing at all", {}, {});
+    row("old only", {u"Vesk/.hidden"_s, u"Vesk/History/a.json"_s, u"Vesk/Models/"_s},
+        {u"Orvane/.hidden"_s, u"Orvane/History/a.json"_s, u"Orvane/Models/"_s});
+    row("old and empty", {u"Vesk/"_s}, {u"Orvane/"_s});
+    row("new one empty", {u"Vesk/History/a"_s, u"Vesk/.pids"_s, u"Orvane/"_s},
+        {u"Orvane/.pids"_s, u"Orvane/History/a"_s});
+    row("old one empty", {u"Vesk/"_s, u"Orvane/a"_s}, {u"Orvane/a"_s});
+    row("both filled", {u"Vesk/History/old"_s, u"Orvane/History/new"_s},
+        {u"Orvane/History/new"_s, u"Vesk/History/old"_s});
+    row("new history empty", {u"Vesk/History/old"_s, u"Orvane/History/"_s, u"Orvane/Models/m"_s},
+        {u"Orvane/History/old"_s, u"Orvane/Models/m"_s});
+    row("some stay",
+        {u"Vesk/History/old"_s, u"Vesk/Models/m"_s, u"Vesk/pids"_s, u"Orvane/History/new"_s,
+         u"Orvane/pids"_s},
+        {u"Orvane/History/new"_s, u"Orvane/Models/m"_s, u"Orvane/pids"_s, u"Vesk/History/old"_s,
+         u"Vesk/pids"_s});
+    row("empty against filled", {u"Vesk/History/"_s, u"Orvane/History/new"_s},
+        {u"Orvane/History/new"_s, u"Vesk/History/"_s});
+    row("empty against empty", {u"Vesk/History/"_s, u"Orvane/History/"_s}, {u"Orvane/History/"_s});
+    row("file against empty folder", {u"Vesk/x"_s, u"Orvane/x/"_s}, {u"Orvane/x"_s});
+    row("folder against file", {u"Vesk/x/y"_s, u"Orvane/x"_s}, {u"Orvane/x"_s, u"Vesk/x/y"_s});
+    row("hidden file fills a folder", {u"Vesk/History/old"_s, u"Orvane/History/.new"_s},
+        {u"Orvane/History/.new"_s, u"Vesk/History/old"_s});
+    row("old one is a file", {u"Vesk"_s}, {u"Vesk"_s});
+    row("old one is a link to a folder", {u"Disk/a"_s, u"Vesk->Disk"_s}, {u"Disk/a"_s, u"Orvane->Disk"_s});
+    row("old one leads nowhere", {u"Vesk->Disk"_s}, {u"Vesk->Disk"_s});
+    row("old one leads to itself", {u"Vesk->Vesk"_s, u"Orvane/"_s}, {u"Orvane/"_s, u"Vesk->Vesk"_s});
+    row("new one is a link to the old", {u"Vesk/a"_s, u"Vesk/b/"_s, u"Orvane->Vesk"_s},
+        {u"Orvane->Vesk"_s, u"Vesk/a"_s, u"Vesk/b/"_s});
+    row("new one leads nowhere", {u"Vesk/a"_s, u"Orvane->Disk"_s}, {u"Orvane->Disk"_s, u"Vesk/a"_s});
+    row("links among the entries", {u"Vesk/a->../x"_s, u"Vesk/b"_s, u"Orvane/b->nowhere"_s},
+        {u"Orvane/a->../x"_s, u"Orvane/b->nowhere"_s, u"Vesk/b"_s});
+}
+
+void TestLegacyMigration::folders()
+{
+    QFETCH(const QStringList, before);
+    QFETCH(const QStringList, after);
+    plant(before);
+    migrate();
+    QCOMPARE(tree(), after);
+    migrate();
+    QCOMPARE(tree(), after);
+}
+
+void TestLegacyMigration::contentMovesWithItsFile()
+{
+    plant({u"Vesk/History/a"_s, u"Vesk/History/b"_s, u"Orvane/History/"_s, u"Orvane/b"_s});
+    migrate();
+    for (const QString &name : {u"a"_s, u"b"_s}) {
+        QFile file(m_folder->filePath(u"Orvane/History/"_s + name));
+        QVERIFY(file.open(QFile::ReadOnly));
+        QCOMPARE(file.readAll(), "Vesk/History/" + name.toUtf8());
+    }
+}
+
+void TestLegacyMigration::withoutPermission_data()
+{
+    QTest::addColumn<QString>("closed");
+    QTest::addColumn<QFileDevice::Permissions>("permissions");
+    const QFileDevice::Permissions readOnly = QFileDevice::ReadOwner | QFileDevice::ExeOwner;
+    QTest::newRow("old one unreadable") << u"Vesk"_s << QFileDevice::Permissions();
+    QTest::newRow("old one read-only") << u"Vesk"_s << readOnly;
+    QTest::newRow("new one unreadable") << u"Orvane"_s << QFileDevice::Permissions();
+    QTest::newRow("new one read-only") << u"Orvane"_s << readOnly;
+}
+
+void TestLegacyMigration::withoutPermission()
+{
+    QFETCH(const QString, closed);
+    QFETCH(const QFileDevice::Permissions, permissions);
+    const QStringList before = {u"Orvane/b"_s, u"Vesk/a"_s, u"Vesk/c/d"_s};
+    plant(before);
+    QVERIFY(QFile::setPermissions(m_folder->filePath(closed), permissions));
+    {
+        const WithoutPrivileges asUser;
+        migrate();
+    }
+    QVERIFY(QFile::setPermissions(m_folder->filePath(closed), QFileDevice::Permissions(0x7000)));
+    QCOMPARE(tree(), before);
+}
+
+void TestLegacyMigration::defaults_data()
+{
+    QTest::addColumn<QVariant>("oldValue");
+    QTest::addColumn<QVariant>("newValue");
+    QTest::addColumn<QVariant>("expected");
+    QTest::newRow("none") << QVariant() << QVariant() << QVariant();
+    QTest::newRow("old only") << QVariant(u"1.2"_s) << QVariant() << QVariant(u"1.2"_s);
+    QTest::newRow("old of another type") << QVariant(true) << QVariant() << QVariant(true);
+    QTest::newRow("both") << QVariant(u"1.2"_s) << QVariant(u"2.0"_s) << QVariant(u"2.0"_s);
+    QTest::newRow("new only") << QVariant() << QVariant(u"2.0"_s) << QVariant(u"2.0"_s);
+}
+
+void TestLegacyMigration::defaults()
+{
+    QFETCH(const QVariant, oldValue);
+    QFETCH(const QVariant, newValue);
+    const QString oldKey = u"vesk.update.notifiedVersion"_s;
+    const QString newKey = u"orvane.update.notifiedVersion"_s;
+    UserDefaults defaults(m_folder->filePath(u"settings.json"_s));
+    if (oldValue.isValid())
+        defaults.set(oldKey, oldValue);
+    if (newValue.isValid())
+        defaults.set(newKey, newValue);
+
+    LegacyMigration::migrateDefaults(defaults);
+    QVERIFY(!defaults.contains(oldKey));
+    QTEST(defaults.value(newKey), "expected");
+}
+
+QTEST_GUILESS_MAIN(TestLegacyMigration)
+#include "tst_legacymigration.moc"

@@ -1,0 +1,313 @@
+#include "history/TranscriptRecord.h"
+
+#include "history/TranscriptRecordReader.h"
+#include "tests/history/Samples.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+const char fullForm[] = R"({
+    "audioFileName": "Совещание 2025-03-03 14.05.09.wav",
+    "corrected": "Привет! Пока.",
+    "createdAt": "2025-03-03T14:05:09Z",
+    "durationMs": 7500,
+    "events": [
+        {
+            "id": "11111111-2222-4333-8444-555555555555",
+            "kind": "prompt",
+            "prompt": "Кто был?",
+            "text": "Двое.",
+            "ts": "2025-03-03T14:06:09Z"
+        }
+    ],
+    "id": "0A1B2C3D-4E5F-4607-8899-AABBCCDDEEFF",
+    "kind": "meeting",
+    "languageCode": "ru",
+    "modelID": "base",
+    "segments": [
+        {
+            "end": 4000,
+            "speaker": 1,
+            "start": 0,
+            "text": " Привет."
+        },
+        {
+            "end": 7500,
+            "start": 4000,
+            "text": " Пока."
+        }
+    ],
+    "sourceFilePath": "/home/user/встреча.mp4",
+    "summary": "Поздоровались.",
+    "text": "Привет. Пока.",
+    "title": "Планёрка / «среда»"
+}
+)";
+
+std::optional<TranscriptRecord> read(const QByteArray &json)
+{
+    return TranscriptRecordReader().read(json);
+}
+
+QByteArray fullFormWith(const QByteArray &part, const QByteArray &replacement)
+{
+    QByteArray json(fullForm);
+    const qsizetype place = json.indexOf(part);
+    if (place < 0)
+        qFatal("nothing to replace: %s", part.constData());
+    return json.replace(place, part.size(), replacement);
+}
+
+} // namespace
+
+class TestTranscriptRecord : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void form();
+    void absentOptionalsAreLeftOut();
+    void comesBack_data();
+    void comesBack();
+    void readsFormOfOthers_data();
+    void readsFormOfOthers();
+    void unreadable_data();
+    void unreadable();
+    void everyRequiredKey();
+    void readerOutlivesBadRecords();
+    void segmentsForViews();
+    void playableURL_data();
+    void playableURL();
+    void equalityAndHash();
+};
+
+void TestTranscriptRecord::form()
+{
+    QCOMPARE(Samples::fullRecord().json(), QByteArray(fullForm));
+}
+
+void TestTranscriptRecord::absentOptionalsAreLeftOut()
+{
+    const QJsonObject object = QJsonDocument::fromJson(Samples::plainRecord(u"a"_s).json()).object();
+    QCOMPARE(object.keys(),
+             QStringList({u"createdAt"_s, u"durationMs"_s, u"id"_s, u"kind"_s, u"languageCode"_s,
+                          u"modelID"_s, u"segments"_s, u"text"_s, u"title"_s}));
+}
+
+void TestTranscriptRecord::comesBack_data()
+{
+    QTest::addColumn<TranscriptRecord>("record");
+    QTest::newRow("every field") << Samples::fullRecord();
+    QTest::newRow("no optional field") << Samples::plainRecord(u"Запись"_s);
+
+    TranscriptRecord empty = Samples::plainRecord(QString());
+    empty.events.emplace();
+    empty.corrected = u""_s;
+    empty.id = QUuid();
+    QTest::newRow("empty but present") << empty;
+
+    TranscriptRecord extreme = Samples::fullRecord();
+    extreme.durationMs = std::numeric_limits<qint64>::max();
+    extreme.segments.first().start = std::numeric_limits<qint64>::min();
+    extreme.segments.first().end = (1LL << 53) + 1;
+    extreme.segments.first().speaker = -1;
+    extreme.createdAt = QDateTime(QDate(1, 1, 1), QTime(0, 0), Qt::UTC);
+    QTest::newRow("extreme numbers") << extreme;
+
+    TranscriptRecord odd =
+        Samples::plainRecord(u"\"\\/\b\f\n\r\t\u0001\u007f\u2028 🎙 é"_s + QChar(0) + u"x"_s);
+    odd.segments = {{.start = 0, .end = 1, .text = odd.title, .speaker = {}}};
+    QTest::newRow("odd characters") << odd;
+}
+
+void TestTranscriptRecord::comesBack()
+{
+    QFETCH(const TranscriptRecord, record);
+    const auto back = read(record.json());
+    QVERIFY(back);
+    QVERIFY(*back == record);
+    QCOMPARE(back->json(), record.json());
+}
+
+void TestTranscriptRecord::readsFormOfOthers_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    const QByteArray full(fullForm);
+    QTest::newRow("compact") << QJsonDocument::fromJson(full).toJson(QJsonDocument::Compact);
+    QTest::newRow("escaped slashes") << fullFormWith("/home/user/", "\\/home\\/user\\/");
+    QTest::newRow("escaped letters") << fullFormWith("Двое", "\\u0414\\u0432\\u043e\\u0435");
+    QTest::newRow("escaped key") << fullFormWith("\"title\"", "\"t\\u0069tle\"");
+    QTest::newRow("other key order") << fullFormWith("\"title\": \"Планёрка / «среда»\"",
+                                                     "\"kind\": \"meeting\"")
+                                            .replace("\"kind\": \"meeting\",\n    \"languageCode\"",
+                                                     "\"title\": \"Планёрка / «среда»\", \"languageCode\"");
+    QTest::newRow("unknown keys") << fullFormWith(
+        "\"kind\": \"prompt\"",
+        "\"kind\": \"prompt\", \"x\": [{\"text\": \"\"}, -1e9, null, \"]}\"], \"Kind\": 1");
+    QTest::newRow("integral with a fraction")
+        << fullFormWith("7500,\n    \"events\"", "7500.0,\n    \"events\"");
+    QTest::newRow("integral with an exponent")
+        << fullFormWith("7500,\n    \"events\"", "75e2,\n    \"events\"");
+    QTest::newRow("lower-case id") << fullFormWith("0A1B2C3D-4E5F", "0a1b2c3d-4e5f");
+    QTest::newRow("zone east of Greenwich")
+        << fullFormWith("2025-03-03T14:05:09Z", "2025-03-03T17:35:09+03:30");
+    QTest::newRow("zone west of Greenwich")
+        << fullFormWith("2025-03-03T14:05:09Z", "2025-03-02T23:05:09-15:00");
+    QTest::newRow("null for absent") << fullFormWith("\"start\": 4000,",
+                                                     "\"start\": 4000, \"speaker\": null,");
+    QTest::newRow("white space around") << " \r\n\t" + full + "\n\n ";
+}
+
+void TestTranscriptRecord::readsFormOfOthers()
+{
+    QFETCH(const QByteArray, json);
+    const auto record = read(json);
+    QVERIFY(record);
+    QVERIFY(*record == Samples::fullRecord());
+}
+
+void TestTranscriptRecord::unreadable_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    const QByteArray duration = "7500,\n    \"events\"";
+    const auto withDuration = [&](const QByteArray &number) {
+        return fullFormWith(duration, number + ",\n    \"events\"");
+    };
+    QTest::newRow("no text") << QByteArray();
+    QTest::newRow("no JSON") << QByteArray("Привет");
+    QTest::newRow("a list") << QByteArray("[]");
+    QTest::newRow("half written") << QByteArray(fullForm).chopped(40);
+    QTest::newRow("last brace missing") << QByteArray(fullForm).chopped(2);
+    QTest::newRow("overwritten by a shorter one") << QByteArray(fullForm) + "azadi\"\n}\n";
+    QTest::newRow("zeros after a crash") << QByteArray(2000, '\0');
+    QTest::newRow("not UTF-8") << fullFormWith("Двое", "\xc3\x28");
+    QTest::newRow("half a surrogate pair") << fullFormWith("Двое", "\\ud83c");
+    QTest::newRow("nested without end") << fullFormWith("{", "{\"x\": " + QByteArray(100'000, '['));
+    QTest::newRow("fraction") << withDuration("12.5");
+    QTest::newRow("number as text") << withDuration("\"12\"");
+    QTest::newRow("truth as number") << withDuration("true");
+    QTest::newRow("null as number") << withDuration("null");
+    QTest::newRow("beyond 64 bits") << withDuration("9223372036854775808");
+    QTest::newRow("far beyond 64 bits") << withDuration("1e300");
+    QTest::newRow("unknown kind") << fullFormWith("\"meeting\"", "\"dictation\"");
+    QTest::newRow("kind in other case") << fullFormWith("\"meeting\"", "\"Meeting\"");
+    QTest::newRow("unknown event") << fullFormWith("\"prompt\",", "\"rename\",");
+    QTest::newRow("event without time") << fullFormWith("\"ts\"", "\"time\"");
+    QTest::newRow("segment without end") << fullFormWith("\"end\": 7500,", "");
+    QTest::newRow("segments no list") << fullFormWith("\"segments\": [", "\"segments\": {}, \"others\": [");
+    QTest::newRow("speaker as text") << fullFormWith("\"speaker\": 1", "\"speaker\": \"1\"");
+    QTest::newRow("optional of wrong type") << fullFormWith("\"Поздоровались.\"", "7");
+    QTest::newRow("date as number") << fullFormWith("\"2025-03-03T14:05:09Z\"", "762703509");
+    QTest::newRow("date with fraction") << fullFormWith("14:05:09Z", "14:05:09.5Z");
+    QTest::newRow("date without zone") << fullFormWith("14:05:09Z", "14:05:09");
+    QTest::newRow("no such day") << fullFormWith("2025-03-03T", "2025-02-30T");
+    QTest::newRow("short id") << fullFormWith("0A1B2C3D-", "");
+    QTest::newRow("id in braces") << fullFormWith("0A1B2C3D-4E5F-4607-8899-AABBCCDDEEFF",
+                                                  "{0A1B2C3D-4E5F-4607-8899-AABBCCDDEEFF}");
+    QTest::newRow("id of other characters") << fullFormWith("0A1B", "0XYZ");
+}
+
+void TestTranscriptRecord::unreadable()
+{
+    QFETCH(const QByteArray, json);
+    QVERIFY(!read(json));
+}
+
+void TestTranscriptRecord::everyRequiredKey()
+{
+    const QJsonObject complete = QJsonDocument::fromJson(Samples::plainRecord(u"a"_s).json()).object();
+    for (const QString &key : complete.keys()) {
+        QJsonObject object = complete;
+        object.remove(key);
+        QVERIFY2(!read(QJsonDocument(object).toJson()), qPrintable(key));
+        object.insert(key, QJsonValue::Null);
+        QVERIFY2(!read(QJsonDocument(object).toJson()), qPrintable(key));
+    }
+}
+
+void TestTranscriptRecord::readerOutlivesBadRecords()
+{
+    TranscriptRecordReader reader;
+    TranscriptRecord large = Samples::fullRecord();
+    large.text = QString(300'000, u'ы');
+    large.events->append({.ts = Samples::moment(), .prompt = {}, .text = large.text});
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(!reader.read(large.json().chopped(100)));
+        QVERIFY(reader.read(fullForm) == Samples::fullRecord());
+        QVERIFY(!reader.read("{\"segments\": [1]}"));
+        QVERIFY(reader.read(large.json()) == large);
+    }
+}
+
+void TestTranscriptRecord::segmentsForViews()
+{
+    const TranscriptRecord record = Samples::fullRecord();
+    const QList<DisplaySegment> first = record.displaySegments();
+    const QList<DisplaySegment> second = record.displaySegments();
+    QCOMPARE(first.size(), 2);
+    QCOMPARE_NE(first[0].id, second[0].id);
+    QCOMPARE_NE(first[0].id, first[1].id);
+    QVERIFY(TranscriptRecord::segmentsFrom(first) == record.segments);
+    QVERIFY(TranscriptRecord().displaySegments().isEmpty());
+}
+
+void TestTranscriptRecord::playableURL_data()
+{
+    QTest::addColumn<std::optional<QString>>("audioFileName");
+    QTest::addColumn<std::optional<QString>>("source");
+    QTest::addColumn<QString>("expected");
+    using Name = std::optional<QString>;
+    QTest::newRow("recording first") << Name(u"да %1.wav"_s) << Name(u"film.mp4"_s)
+                                     << u"Recordings/да %1.wav"_s;
+    QTest::newRow("recording removed") << Name(u"gone.wav"_s) << Name(u"film.mp4"_s) << u"film.mp4"_s;
+    QTest::newRow("source only") << Name() << Name(u"film.mp4"_s) << u"film.mp4"_s;
+    QTest::newRow("neither left") << Name(u"gone.wav"_s) << Name(u"gone.mp4"_s) << QString();
+    QTest::newRow("neither given") << Name() << Name() << QString();
+    QTest::newRow("a folder is no recording") << Name(u""_s) << Name() << QString();
+}
+
+void TestTranscriptRecord::playableURL()
+{
+    QFETCH(const std::optional<QString>, audioFileName);
+    QFETCH(const std::optional<QString>, source);
+    QFETCH(const QString, expected);
+    const QTemporaryDir folder;
+    const QString recordings = folder.filePath(u"Recordings"_s);
+    Samples::put(recordings + u"/да %1.wav"_s, "RIFF");
+    Samples::put(folder.filePath(u"film.mp4"_s), "ftyp");
+
+    TranscriptRecord record;
+    record.audioFileName = audioFileName;
+    if (source)
+        record.sourceFilePath = folder.filePath(*source);
+    const auto url = record.playableURL(recordings);
+    QCOMPARE(url.has_value(), !expected.isEmpty());
+    if (url)
+        QCOMPARE(url->toLocalFile(), folder.filePath(expected));
+}
+
+void TestTranscriptRecord::equalityAndHash()
+{
+    const TranscriptRecord record = Samples::fullRecord();
+    QCOMPARE(qHash(record), qHash(Samples::fullRecord()));
+
+    TranscriptRecord labelled = record;
+    labelled.segments.last().speaker = 0;
+    TranscriptRecord asked = record;
+    asked.events->first().prompt.reset();
+    for (const TranscriptRecord &other : {labelled, asked}) {
+        QVERIFY(other != record);
+        QCOMPARE_NE(qHash(other), qHash(record));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestTranscriptRecord)
+#include "tst_transcriptrecord.moc"

@@ -1,0 +1,90 @@
+// Times the loading of a history: bench-history FOLDER [COUNT]
+// FOLDER is an application data folder. When it holds no history, COUNT records of about 20 KiB are made
+// in it first. Prints one line: records, milliseconds, resident memory at its peak in MiB.
+
+#include "history/HistoryFolder.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+constexpr int segmentsPerRecord = 62;
+constexpr int wordsPerSegment = 6;
+
+QString speech(std::mt19937 &random)
+{
+    static const QStringList words =
+        u"и потом мы решили что запись совещания останется на диске а расшифровка появится позже just in time"_s
+            .split(u' ');
+    std::uniform_int_distribution<qsizetype> pick(0, words.size() - 1);
+    QStringList said;
+    for (int i = 0; i < wordsPerSegment; ++i)
+        said.append(words.at(pick(random)));
+    return u' ' + said.join(u' ');
+}
+
+TranscriptRecord meeting(std::mt19937 &random, int number)
+{
+    TranscriptRecord record;
+    record.kind = TranscriptKind::Meeting;
+    record.title = u"Совещание %1"_s.arg(number);
+    record.createdAt = record.createdAt.addSecs(-60 * number);
+    record.modelID = u"base"_s;
+    record.languageCode = u"ru"_s;
+    for (int i = 0; i < segmentsPerRecord; ++i) {
+        record.segments.append(
+            {.start = i * 4000, .end = (i + 1) * 4000, .text = speech(random), .speaker = i % 3 + 1});
+        record.text += record.segments.last().text;
+    }
+    record.durationMs = record.segments.last().end;
+    record.events = {RecordEvent{.prompt = std::nullopt, .text = record.text}};
+    return record;
+}
+
+void makeRecords(HistoryFolder &history, int count)
+{
+    std::mt19937 random(1);
+    for (int i = 0; i < count; ++i)
+        history.save(meeting(random, i));
+}
+
+double peakMemory()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc < 2) {
+        std::fputs("Usage: bench-history FOLDER [COUNT]\n", stderr);
+        return 2;
+    }
+    const StandardFolders folders{
+        .applicationSupport = QFile::decodeName(argv[1]), .resources = {}, .temporary = {}};
+    HistoryFolder history(folders);
+    if (!QFileInfo::exists(folders.history()))
+        makeRecords(history, argc > 2 ? std::atoi(argv[2]) : 10'000);
+
+    QElapsedTimer timer;
+    timer.start();
+    history.prepare();
+    const qsizetype loaded = history.load().size();
+    std::printf("%lld records, %.1f ms, peak %.0f MiB\n", static_cast<long long>(loaded),
+                static_cast<double>(timer.nsecsElapsed()) / 1e6, peakMemory());
+    return 0;
+}

@@ -1,0 +1,110 @@
+// Compares a transcription through the service, engine warm, with the same upload sent by curl to the
+// same server. Prints one line of JSON: milliseconds of the service and of curl, the best of the rounds.
+//
+// usage: bench-transcription WAV MODEL RESOURCES ROUNDS
+
+#include "app/base/Async.h"
+#include "recognition/AudioDecoder.h"
+#include "recognition/EngineProcessRegistry.h"
+#include "recognition/TranscriptionService.h"
+#include "recognition/WhisperServerEngine.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <QCoroProcess>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+/// The engine, with the address of its server shown to the peer.
+class ObservableEngine : public WhisperServerEngine
+{
+public:
+    using WhisperServerEngine::WhisperServerEngine;
+    [[nodiscard]] QString address() const { return url(u"/inference"_s).toString(); }
+};
+
+QCoro::Task<qint64> millisecondsOfCurl(QString address, QString wav)
+{
+    QProcess curl;
+    QElapsedTimer timer;
+    timer.start();
+    curl.start(u"curl"_s, {u"--silent"_s, u"--fail"_s, u"--output"_s, u"/dev/null"_s,
+                           u"-F"_s, u"file=@"_s + wav, u"-F"_s, u"response_format=verbose_json"_s,
+                           u"-F"_s, u"language=en"_s, u"-F"_s, u"temperature=0.0"_s,
+                           u"-F"_s, u"no_language_probabilities=true"_s, u"-F"_s, u"split_on_word=true"_s, address});
+    co_await qCoro(curl).waitForFinished(-1ms);
+    if (curl.exitStatus() != QProcess::NormalExit || curl.exitCode() != 0)
+        throw Error(u"curl failed: "_s + curl.errorString());
+    co_return timer.elapsed();
+}
+
+QCoro::Task<qint64> millisecondsOfService(TranscriptionService *service, TranscriptionService::Request request)
+{
+    QElapsedTimer timer;
+    timer.start();
+    co_await service->transcribe(request);
+    if (!service->errorText().isEmpty())
+        throw Error(service->errorText());
+    co_return timer.elapsed();
+}
+
+QCoro::Task<> measure(QStringList arguments)
+{
+    const AudioDecoder decoder(arguments[3]);
+    EngineProcessRegistry registry{QString()};
+    ObservableEngine engine({.resources = arguments[3]}, registry, QDir::tempPath());
+    TranscriptionService service({.engine = engine, .decoder = decoder, .saveRecord = {}, .labelSpeakers = {}});
+
+    TranscriptionService::Request request;
+    request.audioPath = arguments[1];
+    request.model = ModelFile::atPath(arguments[2]);
+    request.language = u"en"_s;
+    request.history = TranscriptionService::History::Skip;
+    co_await millisecondsOfService(&service, request); // warms up
+
+    qint64 ofService = std::numeric_limits<qint64>::max();
+    qint64 ofCurl = std::numeric_limits<qint64>::max();
+    for (int round = 0; round < arguments[4].toInt(); ++round) {
+        ofCurl = std::min(ofCurl, co_await millisecondsOfCurl(engine.address(), request.audioPath));
+        ofService = std::min(ofService, co_await millisecondsOfService(&service, request));
+    }
+    std::printf("{\"service_ms\": %lld, \"curl_ms\": %lld}\n", ofService, ofCurl);
+    co_await engine.stopAndWait();
+}
+
+QCoro::Task<> run(QStringList arguments)
+{
+    int status = 0;
+    try {
+        co_await measure(arguments);
+    } catch (const Error &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        status = 1;
+    }
+    QCoreApplication::exit(status);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 5) {
+        std::fputs("usage: bench-transcription WAV MODEL RESOURCES ROUNDS\n", stderr);
+        return 2;
+    }
+    QMetaObject::invokeMethod(
+        qApp, [arguments] { spawn(run(arguments)); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
