@@ -66,7 +66,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     const EitherStop either(alive, m_cancellation.get_token());
 
     setError({});
-    setProgress(0, -1);
+    beginProgress();
     setWorking(true);
     QString failure;
     try {
@@ -148,19 +148,21 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDirectly(Request r
     }
     co_await m_engine.load(request.model.path);
     throwIfCancelled(stop);
-    m_recognitionTime.start();
+    const QElapsedTimer time = startRecognition(audience);
     const QList<RawSegment> segments = co_await m_engine.infer(request.audioPath, request.language);
     throwIfCancelled(stop);
     if (!segments.isEmpty())
-        learnFrom(request, 1ms * segments.last().end);
+        m_estimate.learn(request.model.path, 1ms * segments.last().end, 1ms * time.elapsed());
     co_return segments;
 }
 
 QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDecoded(Request request, Audience audience,
                                                                       std::stop_token stop)
 {
-    if (audience == Audience::Published)
+    if (audience == Audience::Published) {
         setStatus(Localization::text(u"Декодирование аудио…"_s));
+        beginProgress();
+    }
     auto decode = [decoder = &m_decoder, path = request.audioPath, stop] {
         return decoder->decode(path, stop);
     };
@@ -172,13 +174,13 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDecoded(Request re
         setStatus(Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s));
     co_await m_engine.load(request.model.path);
     throwIfCancelled(stop);
-    m_recognitionTime.start();
+    const QElapsedTimer time = startRecognition(audience);
     if (audience == Audience::Published)
         beginEstimate(request.model.path, length);
     const QList<RawSegment> segments =
         co_await m_engine.transcribe(std::move(samples), request.model.path, request.language);
     throwIfCancelled(stop);
-    learnFrom(request, length);
+    m_estimate.learn(request.model.path, length, 1ms * time.elapsed());
     co_return segments;
 }
 
@@ -246,6 +248,22 @@ QCoro::Task<> TranscriptionService::estimateFromFile(Request request, std::stop_
         beginEstimate(request.model.path, *length);
 }
 
+void TranscriptionService::beginProgress()
+{
+    m_estimateTimer.stop();
+    m_recognitionTime.invalidate();
+    setProgress(0, -1);
+}
+
+QElapsedTimer TranscriptionService::startRecognition(Audience audience)
+{
+    QElapsedTimer time;
+    time.start();
+    if (audience == Audience::Published)
+        m_recognitionTime = time;
+    return time;
+}
+
 void TranscriptionService::beginEstimate(const QString &modelPath, std::chrono::milliseconds audio)
 {
     m_expected = m_estimate.expected(modelPath, audio);
@@ -260,12 +278,6 @@ void TranscriptionService::updateEstimate()
     const double fraction = std::chrono::duration<double>(elapsed) / std::max(m_expected, 1ms);
     const bool overdue = elapsed > m_expected;
     setProgress(std::min(fraction, mostEstimated), overdue ? -1 : (m_expected - elapsed).count());
-}
-
-void TranscriptionService::learnFrom(const Request &request, std::chrono::milliseconds audio)
-{
-    m_estimate.learn(request.model.path, audio, std::chrono::milliseconds(m_recognitionTime.elapsed()));
-    m_recognitionTime.invalidate();
 }
 
 void TranscriptionService::setWorking(bool working)

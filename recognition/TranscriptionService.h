@@ -129,10 +129,13 @@ private:
     void setError(const QString &text);
     void setProgress(double progress, qint64 remainingMs);
 
+    /// Nothing of the recording is recognised yet.
+    void beginProgress();
+    /// The time of the engine's work from now on.
+    [[nodiscard]] QElapsedTimer startRecognition(Audience audience);
     QCoro::Task<> estimateFromFile(Request request, std::stop_token stop);
     void beginEstimate(const QString &modelPath, std::chrono::milliseconds audio);
     void updateEstimate();
-    void learnFrom(const Request &request, std::chrono::milliseconds audio);
 
     WhisperServerEngine &m_engine;
     const AudioDecoder &m_decoder;
