@@ -21,6 +21,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace orvane;
 
 namespace {
