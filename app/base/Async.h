@@ -67,7 +67,8 @@ public:
         if (m_shared->failure)
             std::rethrow_exception(m_shared->failure);
         if constexpr (!std::is_void_v<Result>)
-            return std::move(*m_shared->result); // NOLINT(bugprone-unchecked-optional-access): it did not fail
+            // NOLINTNEXTLINE(bugprone-unchecked-optional-access): what did not fail has a result
+            return std::move(*m_shared->result);
     }
 
 private:
