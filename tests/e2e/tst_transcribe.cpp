@@ -29,6 +29,12 @@ void makeMedia(const QStringList &arguments)
     QVERIFY2(ffmpeg.waitForFinished(-1) && ffmpeg.exitCode() == 0, ffmpeg.readAllStandardError().constData());
 }
 
+/// The same where the sentence may be spread over several lines.
+bool heardInPieces(const QByteArray &output)
+{
+    return output.contains("my fellow Americans") && output.contains("country");
+}
+
 } // namespace
 
 /// The real program with the real engine on real recordings.
@@ -149,7 +155,7 @@ private Q_SLOTS:
         QVERIFY(record[u"durationMs"_s].toInteger() > 9000);
 
         const QString id = record[u"id"_s].toString();
-        QVERIFY(heard(orvane.run({u"history"_s, u"show"_s, id}).output));
+        QVERIFY(heardInPieces(orvane.run({u"history"_s, u"show"_s, id}).output));
         QCOMPARE(orvane.run({u"history"_s, u"rename"_s, id, u"Речь"_s}).exitCode, 0);
         const auto srt = orvane.run({u"history"_s, u"export"_s, id.first(8), u"--format"_s, u"srt"_s});
         QVERIFY2(srt.output.startsWith("1\n00:00:00,000 --> 00:00:"), srt.output.constData());
@@ -171,7 +177,7 @@ private Q_SLOTS:
 
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.complaints.startsWith("missing.mp3: "));
-        QVERIFY(heard(read(results + u"/jfk.md"_s)));
+        QVERIFY(heardInPieces(read(results + u"/jfk.md"_s)));
     }
 
     void saysWhatDoesNotFitOnAFullDisk()
