@@ -55,8 +55,8 @@ void write(const QByteArray &bytes, const QString &destination)
     const bool isDevice = present.exists() && !present.isFile();
     const QString failure = isDevice ? writeInPlace(bytes, destination) : replaceFile(bytes, destination);
     if (!failure.isEmpty())
-        throw Error(Localization::text(u"Не удалось записать файл"_s)
-                    + u" «%1»: %2"_s.arg(destination, failure));
+        throw Error(Localization::text(u"Не удалось записать файл"_s) +
+                    u" «%1»: %2"_s.arg(destination, failure));
 }
 
 void complain(const QString &sentence)
