@@ -91,12 +91,7 @@ public:
         if (m_shared->failure)
             std::rethrow_exception(std::exchange(m_shared->failure, nullptr)); // the worker may outlive us
         if constexpr (!std::is_void_v<Result>)
-<<<<<<< HEAD
             return std::move(m_shared->result).value();
-=======
-            return std::move(
-                *m_shared->result); // NOLINT(bugprone-unchecked-optional-access): set unless it failed
->>>>>>> history
     }
 
 private:
