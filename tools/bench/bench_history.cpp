@@ -19,7 +19,7 @@ using namespace orvane;
 
 namespace {
 
-constexpr int segmentsPerRecord = 62;
+constexpr int segmentsPerRecord = 55;
 constexpr int wordsPerSegment = 6;
 
 // Cyrillic letters, two bytes each on disk.
