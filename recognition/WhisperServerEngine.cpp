@@ -98,7 +98,7 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float
     const TemporaryFile wav(m_temporaryFolder, u"orvane-"_s, u".wav"_s);
     auto writeWav = [path = wav.path(), samples = std::move(samples)] {
         WavFileWriter writer(path, sampleRate);
-        writer.append(samples);
+        appendInPieces(writer, samples);
         writer.finalize();
     };
     co_await offMainThread(std::move(writeWav)); // moved: an hour of samples is 230 MB

@@ -1,0 +1,134 @@
+#include "recognition/WavFileWriter.h"
+
+#include "app/settings/Localization.h"
+#include "recognition/FileError.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+constexpr quint32 headerBytes = 44;
+constexpr size_t pieceSamples = 1 << 18;
+
+// Without a branch, so that the compiler converts several samples at once.
+qint16 pcm(float sample)
+{
+    const float clipped = std::max(-1.0F, std::min(sample, 1.0F));
+    const float number = sample == sample ? clipped : 0.0F;
+    return qToLittleEndian(static_cast<qint16>(number * 32767.0F));
+}
+
+std::array<char, headerBytes> header(quint32 sampleRate, quint32 dataBytes)
+{
+    std::array<char, headerBytes> bytes{};
+    char *next = bytes.data();
+    const auto put = [&next](auto number) {
+        qToLittleEndian(number, next);
+        next += sizeof(number);
+    };
+    const auto putTag = [&next](const char *tag) {
+        std::memcpy(next, tag, 4);
+        next += 4;
+    };
+    putTag("RIFF");
+    put(quint32(dataBytes + headerBytes - 8));
+    putTag("WAVE");
+    putTag("fmt ");
+    put(quint32(16)); // size of the format chunk
+    put(quint16(1));  // PCM
+    put(quint16(1));  // channels
+    put(sampleRate);
+    put(quint32(sampleRate * 2)); // bytes per second
+    put(quint16(2));              // bytes per frame
+    put(quint16(16));             // bits per sample
+    putTag("data");
+    put(dataBytes);
+    return bytes;
+}
+
+} // namespace
+
+WavFileWriter::WavWriteError::WavWriteError(Kind kind)
+    : Error(Localization::text(u"Не вся запись поместилась в звуковой файл."_s)),
+      m_kind(kind)
+{}
+
+WavFileWriter::WavFileWriter(const QString &path, quint32 sampleRate, quint64 dataBytes)
+    : m_sampleRate(sampleRate),
+      m_file(path),
+      m_dataBytes(dataBytes)
+{
+    // Unbuffered: a block is one write, and a full disk shows at once.
+    const auto mode = QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered;
+    if (!m_file.open(mode, QFile::ReadOwner | QFile::WriteOwner))
+        throw FileError::notWritten(m_file);
+    const auto bytes = header(m_sampleRate, 0);
+    if (m_file.write(bytes.data(), bytes.size()) != qint64(bytes.size()) ||
+        !m_file.seek(qint64(headerBytes + m_dataBytes)))
+        throw FileError::notWritten(m_file);
+}
+
+void WavFileWriter::append(std::span<const float> samples)
+{
+    if (samples.empty())
+        return;
+    const auto block = std::make_unique_for_overwrite<qint16[]>(samples.size());
+    std::ranges::transform(samples, block.get(), pcm);
+    write({reinterpret_cast<const char *>(block.get()), samples.size() * sizeof(qint16)});
+}
+
+void WavFileWriter::write(std::span<const char> block)
+{
+    const std::scoped_lock locked(m_lock);
+    if (m_closed)
+        return;
+    if (m_dataBytes + block.size() > mostDataBytes) {
+        m_writeFailed = true;
+        return;
+    }
+    if (m_file.write(block.data(), qint64(block.size())) == qint64(block.size())) {
+        m_dataBytes += block.size();
+        return;
+    }
+    m_writeFailed = true;
+    // A part of the block may be there: the next one takes its place.
+    m_file.seek(qint64(headerBytes + m_dataBytes));
+}
+
+void WavFileWriter::finalize()
+{
+    const std::scoped_lock locked(m_lock);
+    if (m_closed)
+        return;
+    m_closed = true;
+    const auto bytes = header(m_sampleRate, quint32(std::min(m_dataBytes, mostDataBytes)));
+    const bool whole = !m_writeFailed || m_file.resize(qint64(headerBytes + m_dataBytes));
+    const bool patched = m_file.seek(0) && m_file.write(bytes.data(), bytes.size()) == qint64(bytes.size());
+    const FileError failure = FileError::notWritten(m_file);
+    if (!whole || !patched) {
+        m_file.close();
+        throw failure;
+    }
+    m_file.close();
+    if (m_file.error() != QFile::NoError)
+        throw FileError::notWritten(m_file);
+    if (m_writeFailed)
+        throw WavWriteError(WavWriteError::Kind::incomplete);
+}
+
+void appendInPieces(WavFileWriter &writer, std::span<const float> samples)
+{
+    for (; !samples.empty(); samples = samples.subspan(std::min(pieceSamples, samples.size())))
+        writer.append(samples.first(std::min(pieceSamples, samples.size())));
+}
+
+} // namespace orvane
