@@ -120,6 +120,11 @@ constexpr TextPair pairs[] = {
     {u"Не удалось прочитать файл", u"Could not read the file"},
     {u"Не удалось записать файл", u"Could not write the file"},
 
+    // Saving
+    {u"Не удалось сохранить запись: ", u"Could not save the record: "},
+    {u"Не удалось удалить запись: ", u"Could not delete the record: "},
+    {u"Не удалось сохранить файл: ", u"Could not save the file: "},
+
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},
     {u"Параметру нужно значение: ", u"The option needs a value: "},
