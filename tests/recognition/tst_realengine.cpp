@@ -47,7 +47,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QString recording() const { return m_fixtures + u"/jfk.wav"_s; }
-    [[nodiscard]] QString model(const QString &name = u"base"_s) const
+    [[nodiscard]] QString model(const QString &name = u"tiny.en"_s) const
     {
         return m_models + u"/ggml-%1.bin"_s.arg(name);
     }
@@ -67,7 +67,7 @@ private:
 
 void TestRealEngine::initTestCase()
 {
-    for (const QString &path : {m_engineFile, recording(), model(), model(u"tiny.en"_s)})
+    for (const QString &path : {m_engineFile, recording(), model(), model(u"base"_s)})
         QVERIFY2(QFile::exists(path), qPrintable(u"«%1» is missing; ./test provides it"_s.arg(path)));
 }
 
@@ -117,11 +117,11 @@ qint64 TestRealEngine::server() const
 
 void TestRealEngine::recognisesSpeech()
 {
-    const TaskResult load(m_engine->load(model()));
+    const TaskResult load(m_engine->load(model(u"base"_s)));
     QTRY_VERIFY_WITH_TIMEOUT(load.isDone(), patience);
     QCOMPARE(load.error(), QString());
     const TaskResult file(m_engine->infer(recording(), u"auto"_s));
-    const TaskResult samples = transcribe(speech(), model());
+    const TaskResult samples = transcribe(speech(), model(u"base"_s));
     QTRY_VERIFY_WITH_TIMEOUT(file.isDone() && samples.isDone(), patience);
     QCOMPARE(file.error() + samples.error(), QString());
     for (const Segments &segments : {file.value(), samples.value()}) {
@@ -140,7 +140,7 @@ void TestRealEngine::recognisesSpeech()
 void TestRealEngine::silenceGivesNothing()
 {
     const std::vector<float> silence(32000);
-    const TaskResult result(m_engine->transcribe(silence, model(), u"auto"_s, NonSpeech::Suppress));
+    const TaskResult result(m_engine->transcribe(silence, model(u"base"_s), u"auto"_s, NonSpeech::Suppress));
     QTRY_VERIFY_WITH_TIMEOUT(result.isDone(), patience);
     QCOMPARE(result.error(), QString());
     QCOMPARE(textOf(result.value()), QString());
@@ -179,7 +179,7 @@ void TestRealEngine::modelSwitchWaitsForRequest()
     QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
     const qint64 first = server();
     const TaskResult running = transcribe(speech(3), model());
-    const TaskResult switched = transcribe(speech(), model(u"tiny.en"_s));
+    const TaskResult switched = transcribe(speech(), model(u"base"_s));
     QTRY_VERIFY_WITH_TIMEOUT(running.isDone() && switched.isDone(), patience);
     QCOMPARE(running.error() + switched.error(), QString());
     QVERIFY(textOf(running.value()).contains(u"ask not"_s, Qt::CaseInsensitive));
