@@ -50,11 +50,11 @@ void FFmpegInput::open()
     const std::string name = std::string("media.") + m_source.suffix();
     AVFormatContext *opening = format.release(); // freed by the call when it fails
     const int opened = avformat_open_input(&opening, name.c_str(), nullptr, nullptr);
+    m_format.reset(opening);
     if (m_source.isCancelled())
         fail(DecodingOutcome::Cancelled);
     if (opened < 0)
         m_refused ? fail(DecodingOutcome::RefersElsewhere) : failWith(opened, DecodingOutcome::NotMedia);
-    m_format.reset(opening);
 
     // Its failure alone says nothing: tracks that are known well enough still decode.
     avformat_find_stream_info(m_format.get(), nullptr);

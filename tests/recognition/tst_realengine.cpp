@@ -17,7 +17,7 @@ using Segments = QList<RawSegment>;
 
 namespace {
 
-constexpr int patience = 120'000; // sanitizers, and other tests at the same time
+constexpr int patience = 300'000; // a machine that builds something beside
 
 QString textOf(const Segments &segments)
 {
