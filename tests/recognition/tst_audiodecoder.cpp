@@ -224,6 +224,9 @@ void TestAudioDecoder::decodes_data()
     row(u"cover.m4a"_s, still + stereo(), cover);
     row(u"cover.flac"_s, stereo() + still, cover);
     row(u"звук с пробелом %d.m4a"_s, stereo());
+    row(u"late.mp4"_s, picture + QStringList{u"-itsoffset"_s, u"5"_s} + stereo());
+    row(u"times.mkv"_s, stereo(),
+        as("aac") + QStringList{u"-bsf:a"_s, u"setts=ts=if(mod(N\\,5)\\,TS\\,N*900)"_s});
     row(u"no ending"_s, stereo(), {u"-f"_s, u"mp3"_s});
     row(u"wrong ending.txt"_s, stereo(), {u"-f"_s, u"ipod"_s});
 }
