@@ -74,27 +74,36 @@ void runOnAllCores(size_t items, const std::function<void()> &work)
     try {
         while (helpers.size() < helperCount)
             helpers.emplace_back(work);
-    } catch (const std::system_error &) {
-        // The system gives no more threads: those that there are do the work.
+    } catch (const std::system_error &error) {
+        qWarning("%s", error.what()); // those threads that there are do the work
     }
     work();
 }
 
-/// Indices of the files that hold a record, in the order of the list.
-std::vector<size_t> newestFirst(const std::vector<RecordFile> &files, const std::vector<QByteArray> &names)
+/// Takes the records out of the files.
+QList<TranscriptRecord> newestFirst(std::vector<RecordFile> &files, const std::vector<QByteArray> &names)
 {
-    std::vector<std::pair<qint64, size_t>> order;
+    struct Entry
+    {
+        qint64 created;
+        const QByteArray *name;
+        TranscriptRecord *record;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(files.size());
     for (size_t i = 0; i < files.size(); ++i) {
-        if (files[i].record)
-            order.emplace_back(files[i].record->createdAt.toMSecsSinceEpoch(), i);
+        if (auto &record = files[i].record)
+            entries.push_back({record->createdAt.toMSecsSinceEpoch(), &names[i], &*record});
     }
-    std::ranges::sort(order, [&names](const auto &left, const auto &right) {
-        return left.first != right.first ? left.first > right.first
-                                         : names[left.second] < names[right.second];
+    std::ranges::sort(entries, [](const Entry &left, const Entry &right) {
+        return left.created != right.created ? left.created > right.created : *left.name < *right.name;
     });
-    std::vector<size_t> indices(order.size());
-    std::ranges::transform(order, indices.begin(), [](const auto &entry) { return entry.second; });
-    return indices;
+
+    QList<TranscriptRecord> records;
+    records.reserve(static_cast<qsizetype>(entries.size()));
+    for (const Entry &entry : entries)
+        records.append(std::move(*entry.record));
+    return records;
 }
 
 void tightenFolder(const QString &folder)
@@ -164,12 +173,7 @@ QList<TranscriptRecord> HistoryFolder::load()
             m_known.insert(names[i], {*stamp, record ? std::optional(record->id) : std::nullopt});
     }
 
-    const std::vector<size_t> order = newestFirst(files, names);
-    QList<TranscriptRecord> records;
-    records.reserve(static_cast<qsizetype>(order.size()));
-    for (const size_t index : order)
-        records.append(std::move(*files[index].record));
-    return records;
+    return newestFirst(files, names);
 }
 
 void HistoryFolder::save(const TranscriptRecord &record)

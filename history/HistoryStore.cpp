@@ -42,11 +42,11 @@ HistoryStore::HistoryStore(const StandardFolders &folders, QObject *parent)
 HistoryStore::~HistoryStore()
 {
     m_lifetime.request_stop();
-    m_pool.waitForDone();
+    waitForDone(m_pool);
     if (!m_waiting.isEmpty()) {
         const QSignalBlocker quiet(this);
         publish(m_folder.load());
-        m_pool.waitForDone();
+        waitForDone(m_pool);
     }
 }
 

@@ -92,7 +92,7 @@ QString TranscriptExporter::markdown(const QString &title, const QList<DisplaySe
     std::optional<qint64> heading;
     for (const DisplaySegment &segment : segments) {
         if (segment.speaker && segment.speaker != heading) {
-            document += u"\n**Спикер "_s + QString::number(*segment.speaker) + u"**\n\n"_s;
+            document += u"\n**"_s + u"Спикер "_s + QString::number(*segment.speaker) + u"**\n\n"_s;
             heading = segment.speaker;
         }
         document += u'`' + segment.timecode() + u"`  "_s + withoutOuterBlanks(segment.text) + u"\n\n"_s;

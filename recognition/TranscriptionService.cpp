@@ -207,6 +207,7 @@ void TranscriptionService::prewarm(const QString &modelPath)
         try {
             co_await engine->load(path);
         } catch (const Error &) {
+            co_return;
         }
     };
     spawn(load(&m_engine, modelPath));

@@ -43,22 +43,32 @@ QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
     throwIfCancelled(stop);
 }
 
+void waitForDone(QThreadPool &pool)
+{
+    pool.waitForDone();
+    detail::acceptHandOver();
+}
+
 namespace detail {
 
 #ifdef ORVANE_THREAD_SANITIZER
-void announceHandOver(void *job)
-{
-    __tsan_release(job);
+namespace {
+char handOvers; // its address stands for all of them
 }
 
-void acceptHandOver(void *job)
+void announceHandOver()
 {
-    __tsan_acquire(job);
+    __tsan_release(&handOvers);
+}
+
+void acceptHandOver()
+{
+    __tsan_acquire(&handOvers);
 }
 #else
-void announceHandOver(void *) {}
+void announceHandOver() {}
 
-void acceptHandOver(void *) {}
+void acceptHandOver() {}
 #endif
 
 } // namespace detail

@@ -10,6 +10,8 @@
 
 #include <chrono>
 #include <coroutine>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -26,12 +28,38 @@ void spawn(QCoro::Task<> task);
 /// Call and stop on the same thread.
 [[nodiscard]] QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop = {});
 
+/// Waits for every job given to the pool so far, and for what they have left in memory.
+void waitForDone(QThreadPool &pool);
+
 namespace detail {
 
-// Qt's own synchronisation is invisible to the thread sanitizer, so the two hand-overs of a job
-// (to the pool and back) are told to it. Nothing in other builds.
-void announceHandOver(void *job);
-void acceptHandOver(void *job);
+// Qt's own synchronisation is invisible to the thread sanitizer, so what passes from one thread to
+// another is told to it: all that was done before an announcement is seen after the next acceptance.
+// Nothing in other builds.
+void announceHandOver();
+void acceptHandOver();
+
+/// A function on its way to another thread, which copies it to where that thread finds it.
+template <typename Function>
+class HandedOver
+{
+public:
+    explicit HandedOver(Function function) : m_function(std::move(function)) {}
+    HandedOver(const HandedOver &other) : m_function(other.m_function) { announceHandOver(); }
+    HandedOver &operator=(const HandedOver &) = delete;
+    ~HandedOver() { acceptHandOver(); } // either thread may be the last to let go of it
+
+    void operator()()
+    {
+        acceptHandOver();
+        Function function = m_function;
+        announceHandOver();
+        function();
+    }
+
+private:
+    Function m_function;
+};
 
 /// Awaits a function that runs on a pool thread. Awaited on the main thread only, where it resumes.
 template <typename Result>
@@ -50,24 +78,20 @@ public:
     void await_suspend(std::coroutine_handle<> awaiting)
     {
         Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
-        announceHandOver(m_shared.get());
-        m_pool->start([shared = m_shared, awaiting] {
-            acceptHandOver(shared.get());
+        m_pool->start(std::function<void()>(HandedOver([shared = m_shared, awaiting] {
             shared->run();
-            announceHandOver(shared.get());
             // The application object lives as long as the event loop that can resume us.
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(), [awaiting] { awaiting.resume(); }, Qt::QueuedConnection);
-        });
+            QMetaObject::invokeMethod(QCoreApplication::instance(),
+                                      HandedOver([awaiting] { awaiting.resume(); }), Qt::QueuedConnection);
+        })));
     }
 
     Result await_resume()
     {
-        acceptHandOver(m_shared.get());
         if (m_shared->failure)
-            std::rethrow_exception(m_shared->failure);
+            std::rethrow_exception(std::exchange(m_shared->failure, nullptr)); // the worker may outlive us
         if constexpr (!std::is_void_v<Result>)
-            return std::move(*m_shared->result);
+            return std::move(m_shared->result).value();
     }
 
 private:

@@ -20,7 +20,7 @@ private:
     struct Request
     {
         std::stop_source source;
-        void operator()() { source.request_stop(); }
+        void operator()() const { source.request_stop(); }
     };
 
     std::stop_source m_source;

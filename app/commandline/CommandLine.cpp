@@ -134,7 +134,7 @@ Command parse(const QStringList &arguments)
 {
     if (arguments.isEmpty())
         return ShowHelp();
-    const QString name = arguments.first();
+    const QString &name = arguments.first();
     const QStringList rest = arguments.sliced(1);
     const bool asksForHelp = name == "help"_L1 || name == "--help"_L1 || name == "-h"_L1 ||
                              rest.contains(u"--help"_s) || rest.contains(u"-h"_s);

@@ -3,6 +3,8 @@
 #include "app/base/Error.h"
 #include "app/settings/Localization.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <cerrno>
@@ -11,6 +13,29 @@
 using namespace Qt::StringLiterals;
 
 namespace orvane::Output {
+
+namespace {
+
+// Both return what went wrong, or nothing.
+
+QString replaceFile(const QByteArray &bytes, const QString &path)
+{
+    QSaveFile file(path);
+    const bool written =
+        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return written ? QString() : file.errorString();
+}
+
+// A pipe or a device is written to; replacing it by a file would destroy it.
+QString writeInPlace(const QByteArray &bytes, const QString &path)
+{
+    QFile file(path);
+    const bool written =
+        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size();
+    return written ? QString() : file.errorString();
+}
+
+} // namespace
 
 void write(const QByteArray &bytes)
 {
@@ -26,11 +51,12 @@ void write(const QByteArray &bytes, const QString &destination)
         write(bytes);
         return;
     }
-    QSaveFile file(destination);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    const QFileInfo present(destination);
+    const bool isDevice = present.exists() && !present.isFile();
+    const QString failure = isDevice ? writeInPlace(bytes, destination) : replaceFile(bytes, destination);
+    if (!failure.isEmpty())
         throw Error(Localization::text(u"Не удалось записать файл"_s) +
-                    u" «%1»: %2"_s.arg(destination, file.errorString()));
-    }
+                    u" «%1»: %2"_s.arg(destination, failure));
 }
 
 void complain(const QString &sentence)

@@ -108,6 +108,21 @@ constexpr TextPair pairs[] = {
     {u"Скачиваю обновление…", u"Downloading update…"},
     {u"Скачиваю обновление", u"Downloading update"},
     {u"Не удалось скачать обновление", u"Could not download the update"},
+    {u"В этой сборке не задан адрес сервера обновлений.",
+     u"This build does not know the address of an update server."},
+    {u"Сервер обновлений не найден. Проверьте подключение к интернету.",
+     u"The update server was not found. Check your internet connection."},
+    {u"Не удалось установить защищённое соединение с сервером обновлений.",
+     u"A secure connection to the update server could not be made."},
+    {u"Сервер обновлений не отвечает. Повторите позже.",
+     u"The update server does not answer. Try again later."},
+    {u"Соединение с сервером обновлений прервалось. Повторите загрузку.",
+     u"The connection to the update server broke off. Try the download again."},
+    {u"Ответ сервера обновлений слишком велик.", u"The update server’s answer is too large."},
+    {u"Не удалось записать файл. Проверьте, есть ли место и доступ к папке ",
+     u"The file could not be written. Check that there is room and access to the folder "},
+    {u"Не удалось открыть обновление", u"Could not open the update"},
+    {u"Откройте скачанный файл сами: ", u"Open the downloaded file yourself: "},
 
     // Privacy
     {u"Делиться анонимной статистикой об устройстве", u"Share anonymous device statistics"},
@@ -115,6 +130,91 @@ constexpr TextPair pairs[] = {
      u"версия приложения — без имени, почты и содержимого расшифровок. Можно выключить в любой момент.",
      u"Helps improve Orvane and lets us notify you about new versions. Once a day it sends your OS, Mac "
      u"model and app version — no name, email, or transcript content. You can turn it off anytime."},
+
+    // Files
+    {u"Не удалось прочитать файл", u"Could not read the file"},
+    {u"Не удалось записать файл", u"Could not write the file"},
+
+    // Saving
+    {u"Не удалось сохранить запись: ", u"Could not save the record: "},
+    {u"Не удалось удалить запись: ", u"Could not delete the record: "},
+    {u"Не удалось сохранить файл: ", u"Could not save the file: "},
+
+    // Command line
+    {u"Неизвестный параметр: ", u"Unknown option: "},
+    {u"Параметру нужно значение: ", u"The option needs a value: "},
+    {u"Неизвестный формат (есть txt, md, srt и json): ",
+     u"Unknown format (there are txt, md, srt and json): "},
+    {u"Неизвестный язык (есть %1): ", u"Unknown language (there are %1): "},
+    {u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…",
+     u"Name a file to transcribe: orvane transcribe FILE…"},
+    {u"Неизвестное действие с историей: ", u"Unknown history action: "},
+    {u"--format и --output есть только у history export.", u"Only history export has --format and --output."},
+    {u"Укажите запись: её обозначение показывает orvane history list.",
+     u"Name a record: orvane history list shows their ids."},
+    {u"Укажите новое название записи.", u"Give the record's new title."},
+    {u"Лишнее слово в команде: ", u"One word too many: "},
+    {u"Неизвестная команда: ", u"Unknown command: "},
+    {u"Справка: orvane --help", u"Help: orvane --help"},
+    {u"Не удалось записать результат: ", u"Could not write the result: "},
+    {u"осталось ≈ ", u"left ≈ "},
+    {u"Субтитры нескольких файлов не поместятся в один вывод: укажите папку параметром --output.",
+     u"Subtitles of several files do not fit into one output: name a folder with --output."},
+    {u"Для нескольких файлов --output должен указывать существующую папку.",
+     u"For several files --output must name an existing folder."},
+    {u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно.",
+     u"Results of files with equal names would overwrite each other: transcribe them one by one."},
+    {u"речь не найдена", u"no speech found"},
+    {u"Не скачано ни одной модели распознавания. Положите модель в папку ",
+     u"No recognition model is there. Put one into the folder "},
+    {u"Модель распознавания не скачана: ", u"This recognition model is not downloaded: "},
+    {u"Нет такой модели распознавания: ", u"There is no such recognition model: "},
+    {u"В эту папку нельзя записать результат: ", u"The result cannot be written to this folder: "},
+    {u"Под это обозначение подходит несколько записей: ", u"Several records match this id: "},
+    {u"В истории нет записи ", u"The history has no record "},
+    {u"Orvane уже работает.", u"Orvane is already running."},
+    {uR"(Orvane превращает речь в текст на вашем компьютере.
+
+  orvane transcribe ФАЙЛ…         расшифровать аудио или видео
+      --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
+      --language КОД              язык речи, например ru или en; auto — определить
+      --format txt|md|srt|json    вид результата (по умолчанию txt)
+      --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
+      --no-history                не сохранять в историю
+
+  orvane history [list]           показать историю
+  orvane history show ID          показать запись
+  orvane history export ID        выдать запись (--format, --output — как выше)
+  orvane history rename ID ИМЯ    переименовать запись
+  orvane history delete ID        удалить запись
+
+  orvane --background             остаться работать в фоне
+  orvane --version                показать версию
+  orvane --help                   показать эту справку
+
+Коды завершения: 0 — готово, 1 — не получилось, 2 — ошибка в команде, 130 — прервано.
+)",
+     uR"(Orvane turns speech into text on your computer.
+
+  orvane transcribe FILE…         transcribe audio or video
+      --model NAME|PATH           recognition model (by default the one chosen in the settings)
+      --language CODE             language of the speech, such as ru or en; auto finds out
+      --format txt|md|srt|json    form of the result (txt by default)
+      --output PATH|-             file or folder for the result (standard output by default)
+      --no-history                do not save to the history
+
+  orvane history [list]           show the history
+  orvane history show ID          show a record
+  orvane history export ID        give out a record (--format and --output as above)
+  orvane history rename ID NAME   rename a record
+  orvane history delete ID        delete a record
+
+  orvane --background             stay and work in the background
+  orvane --version                show the version
+  orvane --help                   show this help
+
+Exit status: 0 done, 1 failed, 2 wrong command, 130 interrupted.
+)"},
 };
 
 } // namespace

@@ -200,7 +200,6 @@ void TestLocalization::readOnAnyThread()
 {
     std::atomic<int> strange = 0;
     std::vector<std::jthread> readers;
-    readers.reserve(3);
     for (int count = 0; count < 3; ++count)
         readers.emplace_back([&strange](const std::stop_token &stop) {
             while (!stop.stop_requested()) {

@@ -19,30 +19,32 @@ using namespace orvane;
 
 namespace {
 
-constexpr int segmentsPerRecord = 62;
+constexpr int segmentsPerRecord = 55;
 constexpr int wordsPerSegment = 6;
 
+// Cyrillic letters, two bytes each on disk.
 QString speech(std::mt19937 &random)
 {
-    static const QStringList words =
-        u"и потом мы решили что запись совещания останется на диске а расшифровка появится позже just in time"_s
-            .split(u' ');
-    std::uniform_int_distribution<qsizetype> pick(0, words.size() - 1);
-    QStringList said;
-    for (int i = 0; i < wordsPerSegment; ++i)
-        said.append(words.at(pick(random)));
-    return u' ' + said.join(u' ');
+    std::uniform_int_distribution<int> letter(0x430, 0x44f);
+    std::uniform_int_distribution<int> length(1, 11);
+    QString said;
+    for (int word = 0; word < wordsPerSegment; ++word) {
+        said += u' ';
+        for (int i = length(random); i > 0; --i)
+            said += QChar(letter(random));
+    }
+    return said;
 }
 
 TranscriptRecord meeting(std::mt19937 &random, int number)
 {
     TranscriptRecord record;
     record.kind = TranscriptKind::Meeting;
-    record.title = u"Совещание %1"_s.arg(number);
-    record.createdAt = record.createdAt.addSecs(-60 * number);
+    record.title = u"Meeting %1"_s.arg(number);
+    record.createdAt = record.createdAt.addSecs(-60 * qint64{number});
     record.modelID = u"base"_s;
     record.languageCode = u"ru"_s;
-    for (int i = 0; i < segmentsPerRecord; ++i) {
+    for (qint64 i = 0; i < segmentsPerRecord; ++i) {
         record.segments.append(
             {.start = i * 4000, .end = (i + 1) * 4000, .text = speech(random), .speaker = i % 3 + 1});
         record.text += record.segments.last().text;

@@ -21,6 +21,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace orvane;
 
 namespace {
@@ -38,17 +39,18 @@ QCoro::Task<qint64> millisecondsOfCurl(QString address, QString wav)
     QProcess curl;
     QElapsedTimer timer;
     timer.start();
-    curl.start(u"curl"_s, {u"--silent"_s, u"--fail"_s, u"--output"_s, u"/dev/null"_s,
-                           u"-F"_s, u"file=@"_s + wav, u"-F"_s, u"response_format=verbose_json"_s,
-                           u"-F"_s, u"language=en"_s, u"-F"_s, u"temperature=0.0"_s,
-                           u"-F"_s, u"no_language_probabilities=true"_s, u"-F"_s, u"split_on_word=true"_s, address});
+    curl.start(u"curl"_s, {u"--silent"_s, u"--fail"_s, u"--output"_s, u"/dev/null"_s, u"-F"_s,
+                           u"file=@"_s + wav, u"-F"_s, u"response_format=verbose_json"_s, u"-F"_s,
+                           u"language=en"_s, u"-F"_s, u"temperature=0.0"_s, u"-F"_s,
+                           u"no_language_probabilities=true"_s, u"-F"_s, u"split_on_word=true"_s, address});
     co_await qCoro(curl).waitForFinished(-1ms);
     if (curl.exitStatus() != QProcess::NormalExit || curl.exitCode() != 0)
         throw Error(u"curl failed: "_s + curl.errorString());
     co_return timer.elapsed();
 }
 
-QCoro::Task<qint64> millisecondsOfService(TranscriptionService *service, TranscriptionService::Request request)
+QCoro::Task<qint64> millisecondsOfService(TranscriptionService *service,
+                                          TranscriptionService::Request request)
 {
     QElapsedTimer timer;
     timer.start();
@@ -63,7 +65,8 @@ QCoro::Task<> measure(QStringList arguments)
     const AudioDecoder decoder(arguments[3]);
     EngineProcessRegistry registry{QString()};
     ObservableEngine engine({.resources = arguments[3]}, registry, QDir::tempPath());
-    TranscriptionService service({.engine = engine, .decoder = decoder, .saveRecord = {}, .labelSpeakers = {}});
+    TranscriptionService service(
+        {.engine = engine, .decoder = decoder, .saveRecord = {}, .labelSpeakers = {}});
 
     TranscriptionService::Request request;
     request.audioPath = arguments[1];
@@ -104,7 +107,6 @@ int main(int argc, char *argv[])
         std::fputs("usage: bench-transcription WAV MODEL RESOURCES ROUNDS\n", stderr);
         return 2;
     }
-    QMetaObject::invokeMethod(
-        qApp, [arguments] { spawn(run(arguments)); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(qApp, [arguments] { spawn(run(arguments)); }, Qt::QueuedConnection);
     return QCoreApplication::exec();
 }

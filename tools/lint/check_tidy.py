@@ -39,15 +39,20 @@ class Checker:
         self.source = source
         self.build = build
         self.dependencies = dependencies(build)
-        self.configuration = Path(source, ".clang-tidy").read_text() + subprocess.run(
-            [TIDY, "--version"], check=True, capture_output=True, text=True
-        ).stdout
+        self.version = subprocess.run([TIDY, "--version"], check=True, capture_output=True, text=True).stdout
         base = os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")
         self.clean = Path(base, "orvane", "clang-tidy")
         self.clean.mkdir(parents=True, exist_ok=True)
 
     def portable(self, text):
         return text.replace(self.build, "<build>").replace(self.source, "<source>")
+
+    @cache
+    def configuration(self, folder):
+        """What the .clang-tidy files from the folder up to the source folder say."""
+        here = Path(folder, ".clang-tidy")
+        above = "" if folder == self.source else self.configuration(os.path.dirname(folder))
+        return above + (here.read_text() if here.exists() else "")
 
     @cache
     def state(self, file):
@@ -65,7 +70,8 @@ class Checker:
             return None
         # A header that is gone was dropped after the last build.
         states = [self.state(file) for file in sorted({entry["file"], *files}) if os.path.exists(file)]
-        everything = "\0".join([self.configuration, self.portable(entry["command"]), *states])
+        configuration = self.configuration(os.path.dirname(entry["file"]))
+        everything = "\0".join([self.version, configuration, self.portable(entry["command"]), *states])
         return self.clean / hashlib.sha256(everything.encode()).hexdigest()
 
     def check(self, entry):

@@ -8,7 +8,7 @@ and so on. Both forms are little-endian.
 
 CTranslate2 form, version 6. A string is a u16 length and that many bytes, the last of them NUL:
 
-    u32 version, string specification, u32 revision
+    u32 version, string architecture, u32 revision
     u32 number of variables, for each: string name, u8 rank, u32 dimensions..., u8 type, u32 bytes, data
         type: 0 float32, 1 int8, 2 int16, 3 int32, 4 float16
     u32 number of aliases, for each: string alias, string name       (only the projection, tied to the embedding)
@@ -87,9 +87,9 @@ def read_wheels(paths):
 def read_variables(model):
     reader = Reader(model)
     (version,) = reader.unpack("I")
-    specification = reader.string()
-    if (version, specification) != (6, "WhisperSpec"):
-        raise ValueError(f"unknown form: version {version}, {specification}")
+    architecture = reader.string()
+    if (version, architecture) != (6, "WhisperSpec"):
+        raise ValueError(f"unknown form: version {version}, {architecture}")
     _revision, count = reader.unpack("II")
     variables = {}
     for _ in range(count):

@@ -1,0 +1,120 @@
+#include "tests/e2e/OrvaneProgram.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+/// What needs no engine: the command line's manners, and the application beside it.
+class CommandLineTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refusesAWrongCommand_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("complaint");
+
+        QTest::newRow("unknown command") << QStringList{u"sing"_s} << u"Неизвестная команда: sing"_s;
+        QTest::newRow("no file") << QStringList{u"transcribe"_s} << u"Укажите файл"_s;
+        QTest::newRow("unknown option")
+            << QStringList{u"transcribe"_s, u"a"_s, u"--loud"_s} << u"Неизвестный параметр: loud"_s;
+        QTest::newRow("option without value")
+            << QStringList{u"transcribe"_s, u"a"_s, u"--model"_s} << u"Параметру нужно значение: --model"_s;
+        QTest::newRow("format") << QStringList{u"transcribe"_s, u"a"_s, u"--format"_s, u"pdf"_s} << u"pdf"_s;
+        QTest::newRow("language") << QStringList{u"transcribe"_s, u"a"_s, u"--language"_s, u"xx"_s}
+                                  << u"xx"_s;
+        QTest::newRow("several files into one")
+            << QStringList{u"transcribe"_s, u"a"_s, u"b"_s, u"--output"_s, u"c.txt"_s} << u"--output"_s;
+        QTest::newRow("subtitles of several files")
+            << QStringList{u"transcribe"_s, u"a"_s, u"b"_s, u"--format"_s, u"srt"_s} << u"--output"_s;
+        QTest::newRow("results that overwrite each other")
+            << QStringList{u"transcribe"_s, u"a.wav"_s, u"a.mp3"_s, u"--output"_s, u"/tmp"_s}
+            << u"одинаковыми"_s;
+        QTest::newRow("history action") << QStringList{u"history"_s, u"burn"_s} << u"burn"_s;
+        QTest::newRow("no record") << QStringList{u"history"_s, u"show"_s} << u"Укажите запись"_s;
+        QTest::newRow("blank title") << QStringList{u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}
+                                     << u"Укажите новое название"_s;
+        QTest::newRow("one word too many") << QStringList{u"history"_s, u"show"_s, u"1"_s, u"2"_s} << u"2"_s;
+    }
+
+    void refusesAWrongCommand()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, complaint);
+        const auto result = OrvaneProgram().run(arguments);
+        QCOMPARE(result.exitCode, 2);
+        QCOMPARE(result.output, QByteArray());
+        QVERIFY2(QString::fromUtf8(result.complaints).contains(complaint), result.complaints.constData());
+    }
+
+    void cannotBegin_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("complaint");
+
+        QTest::newRow("no model at all")
+            << QStringList{u"transcribe"_s, u"a.wav"_s} << u"Не скачано ни одной модели"_s;
+        QTest::newRow("model not downloaded")
+            << QStringList{u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"small"_s} << u"не скачана: small"_s;
+        QTest::newRow("no such model")
+            << QStringList{u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"/nowhere.bin"_s}
+            << u"Нет такой модели"_s;
+        QTest::newRow("no such record")
+            << QStringList{u"history"_s, u"show"_s, u"1234"_s} << u"нет записи 1234"_s;
+    }
+
+    void cannotBegin()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, complaint);
+        const auto result = OrvaneProgram().run(arguments);
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, QByteArray());
+        const QString words = QString::fromUtf8(result.complaints);
+        QVERIFY2(words.contains(complaint), result.complaints.constData());
+        QCOMPARE(words.count(u'\n'), 1);
+    }
+
+    void speaksTheInterfaceLanguage()
+    {
+        const OrvaneProgram orvane;
+        orvane.setPreferences(R"({"interfaceLanguage": "en"})");
+        QVERIFY(orvane.run({u"--help"_s}).output.contains("turns speech into text"));
+        QCOMPARE(orvane.run({u"sing"_s}).complaints.split('\n').first(), QByteArray("Unknown command: sing"));
+    }
+
+    void saysWhenItsResultCannotBeWritten()
+    {
+        QProcess shell;
+        shell.start(u"sh"_s, {u"-c"_s, u"exec '%1' --help >/dev/full"_s.arg(QStringLiteral(ORVANE_PROGRAM))});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 1);
+        QVERIFY(!shell.readAllStandardError().isEmpty());
+    }
+
+    /// The command line must neither read nor delete the file of a running application's engines.
+    void leavesTheApplicationsEnginesAlone()
+    {
+        const OrvaneProgram orvane;
+        const QString processFile = orvane.dataFolder() + u"/server-pids.txt"_s;
+        QFile file(processFile);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("1") == 1);
+        file.close();
+        QCOMPARE(orvane.run({u"history"_s}).exitCode, 0);
+        QVERIFY(QFile::exists(processFile));
+
+        // The application itself takes it for what a crash left behind.
+        const auto application = orvane.start({u"--background"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(processFile), 30'000);
+        application->terminate();
+        QVERIFY(application->waitForFinished());
+        QCOMPARE(application->exitStatus(), QProcess::NormalExit);
+    }
+};
+
+QTEST_GUILESS_MAIN(CommandLineTest)
+#include "tst_commandline.moc"

@@ -1,0 +1,249 @@
+#include "tests/e2e/OrvaneProgram.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+const QString said = u"ask not what your country can do for you"_s;
+
+bool heard(const QByteArray &output)
+{
+    return QString::fromUtf8(output).contains(said, Qt::CaseInsensitive);
+}
+
+/// Makes a media file with the ffmpeg program.
+void makeMedia(const QStringList &arguments)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s, u"-y"_s} + arguments);
+    QVERIFY2(ffmpeg.waitForFinished(-1) && ffmpeg.exitCode() == 0, ffmpeg.readAllStandardError().constData());
+}
+
+/// The same where the sentence may be spread over several lines.
+bool heardInPieces(const QByteArray &output)
+{
+    return output.contains("my fellow Americans") && output.contains("country");
+}
+
+} // namespace
+
+/// The real program with the real engine on real recordings.
+class TranscribeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void understandsEveryKindOfFile_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("encoding");
+
+        const QStringList picture = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s,
+                                     u"-shortest"_s};
+        QTest::newRow("wav") << u"a.wav"_s << QStringList{};
+        QTest::newRow("mp3") << u"a.MP3"_s << QStringList{u"-f"_s, u"mp3"_s};
+        QTest::newRow("flac") << u"a.flac"_s << QStringList{};
+        QTest::newRow("vorbis") << u"vorbis.ogg"_s << QStringList{u"-c:a"_s, u"libvorbis"_s};
+        QTest::newRow("voice message") << u"opus.ogg"_s << QStringList{u"-c:a"_s, u"libopus"_s};
+        QTest::newRow("m4a") << u"a.m4a"_s << QStringList{};
+        QTest::newRow("video") << u"a.mp4"_s << picture;
+        QTest::newRow("matroska") << u"a.mkv"_s << picture + QStringList{u"-c:a"_s, u"libopus"_s};
+    }
+
+    void understandsEveryKindOfFile()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, encoding);
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const QString media = orvane.path(name);
+        makeMedia(QStringList{u"-i"_s, fixture(u"jfk.wav"_s)} + encoding + QStringList{media});
+
+        const auto result = orvane.run({u"transcribe"_s, media, u"--language"_s, u"en"_s, u"--no-history"_s});
+
+        QCOMPARE(result.complaints, QByteArray());
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY2(heard(result.output), result.output.constData());
+        QCOMPARE(orvane.temporaryFiles(), QStringList());
+        QCOMPARE(orvane.recordFiles(), QStringList());
+    }
+
+    void refusesBadFilesInOneSentence_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("complaint");
+
+        const QString unreadable = u"Не удалось открыть файл: "_s;
+        QTest::newRow("video without sound") << u"silent.mp4"_s << u"В файле нет аудиодорожки."_s;
+        QTest::newRow("empty") << u"empty.wav"_s << unreadable;
+        QTest::newRow("empty, to be decoded") << u"empty.m4a"_s << unreadable;
+        QTest::newRow("text") << u"text.mp3"_s << unreadable;
+        QTest::newRow("folder") << u"folder.wav"_s << unreadable;
+        QTest::newRow("missing") << u"missing.mp3"_s << unreadable;
+        QTest::newRow("truncated") << u"truncated.m4a"_s << unreadable;
+    }
+
+    void refusesBadFilesInOneSentence()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, complaint);
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        makeMedia({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s, u"-t"_s, u"1"_s,
+                   orvane.path(u"silent.mp4"_s)});
+        makeMedia({u"-i"_s, fixture(u"jfk.wav"_s), orvane.path(u"whole.m4a"_s)});
+        write(orvane.path(u"truncated.m4a"_s), read(orvane.path(u"whole.m4a"_s)).first(20'000));
+        write(orvane.path(u"empty.wav"_s), {});
+        write(orvane.path(u"empty.m4a"_s), {});
+        write(orvane.path(u"text.mp3"_s), "Dear diary, nothing here can be heard.\n");
+        QDir().mkpath(orvane.path(u"folder.wav"_s));
+
+        const auto result = orvane.run({u"transcribe"_s, orvane.path(name)});
+
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, QByteArray());
+        const QString words = QString::fromUtf8(result.complaints);
+        QVERIFY2(words.contains(complaint), result.complaints.constData());
+        QCOMPARE(words.count(u'\n'), 1);
+        QCOMPARE(orvane.temporaryFiles(), QStringList());
+        QCOMPARE(orvane.recordFiles(), QStringList());
+    }
+
+    void hearsRussian()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const auto result =
+            orvane.run({u"transcribe"_s, fixture(u"russian.wav"_s), u"--language"_s, u"auto"_s});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(QString::fromUtf8(result.output).trimmed(),
+                 QString::fromUtf8(read(fixture(u"russian.txt"_s))).trimmed());
+    }
+
+    void storesARecordThatMatchesItsResult()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const auto result = orvane.run(
+            {u"transcribe"_s, fixture(u"jfk.wav"_s), u"--language"_s, u"en"_s, u"--format"_s, u"json"_s});
+        QCOMPARE(result.exitCode, 0);
+
+        const QStringList files = orvane.recordFiles();
+        QCOMPARE(files.size(), 1);
+        QCOMPARE(read(files.first()).trimmed(), result.output.trimmed());
+        QCOMPARE(QFileInfo(files.first()).permissions() & ~(QFile::ReadUser | QFile::WriteUser),
+                 QFile::ReadOwner | QFile::WriteOwner);
+
+        const QJsonObject record = QJsonDocument::fromJson(result.output).object();
+        QCOMPARE(record[u"title"_s].toString(), u"jfk"_s);
+        QCOMPARE(record[u"kind"_s].toString(), u"file"_s);
+        QCOMPARE(record[u"modelID"_s].toString(), u"base"_s);
+        QCOMPARE(record[u"languageCode"_s].toString(), u"en"_s);
+        QCOMPARE(record[u"sourceFilePath"_s].toString(), QFileInfo(fixture(u"jfk.wav"_s)).absoluteFilePath());
+        QVERIFY(record[u"createdAt"_s].toString().endsWith(u'Z'));
+        QCOMPARE(record[u"id"_s].toString() + u".json"_s, QFileInfo(files.first()).fileName());
+        QVERIFY(record[u"durationMs"_s].toInteger() > 9000);
+
+        const QString id = record[u"id"_s].toString();
+        QVERIFY(heardInPieces(orvane.run({u"history"_s, u"show"_s, id}).output));
+        QCOMPARE(orvane.run({u"history"_s, u"rename"_s, id, u"Речь"_s}).exitCode, 0);
+        const auto srt = orvane.run({u"history"_s, u"export"_s, id.first(8), u"--format"_s, u"srt"_s});
+        QVERIFY2(srt.output.startsWith("1\n00:00:00,000 --> 00:00:"), srt.output.constData());
+        QVERIFY(orvane.run({u"history"_s}).output.contains("Речь"));
+        QCOMPARE(orvane.run({u"history"_s, u"delete"_s, id}).exitCode, 0);
+        QCOMPARE(orvane.recordFiles(), QStringList());
+    }
+
+    void goesOnAfterAFileThatFails()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const QString results = orvane.path(u"results"_s);
+        QDir().mkpath(results);
+
+        const auto result =
+            orvane.run({u"transcribe"_s, orvane.path(u"missing.mp3"_s), fixture(u"jfk.wav"_s),
+                        u"--language"_s, u"en"_s, u"--format"_s, u"md"_s, u"--output"_s, results});
+
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.complaints.startsWith("missing.mp3: "));
+        QVERIFY(heardInPieces(read(results + u"/jfk.md"_s)));
+    }
+
+    void saysWhatDoesNotFitOnAFullDisk()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const auto result =
+            orvane.run({u"transcribe"_s, fixture(u"jfk.wav"_s), u"--output"_s, u"/dev/full"_s});
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(!result.complaints.isEmpty());
+        QCOMPARE(orvane.recordFiles().size(), 1); // the transcript itself is safe
+    }
+
+    void endsInOrderWhenInterrupted_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("ctrl-c") << SIGINT;
+        QTest::newRow("terminate") << SIGTERM;
+    }
+
+    void endsInOrderWhenInterrupted()
+    {
+        QFETCH(int, signal);
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const QString recording = orvane.path(u"long.wav"_s);
+        makeMedia({u"-stream_loop"_s, u"40"_s, u"-i"_s, fixture(u"jfk.wav"_s), recording});
+
+        const auto program = orvane.start({u"transcribe"_s, recording, u"--language"_s, u"en"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(!orvane.temporaryFiles().isEmpty(), 120'000);
+        const QList<qint64> engines = orvane.enginesOf(*program);
+        QCOMPARE(engines.size(), 1);
+        ::kill(pid_t(program->processId()), signal);
+
+        QVERIFY(program->waitForFinished(60'000));
+        QCOMPARE(program->exitCode(), 128 + signal);
+        QTRY_VERIFY_WITH_TIMEOUT(!isAlive(engines.first()), 10'000);
+        QCOMPARE(orvane.temporaryFiles(), QStringList());
+        QCOMPARE(orvane.recordFiles(), QStringList());
+    }
+
+    void leavesNoEngineWhenKilled()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const auto program = orvane.start({u"transcribe"_s, fixture(u"jfk.wav"_s)});
+        QTRY_COMPARE_WITH_TIMEOUT(orvane.enginesOf(*program).size(), 1, 120'000);
+        const qint64 engine = orvane.enginesOf(*program).first();
+        program->kill();
+        QVERIFY(program->waitForFinished(60'000));
+        QTRY_VERIFY_WITH_TIMEOUT(!isAlive(engine), 10'000);
+    }
+
+private:
+    static QByteArray read(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static void write(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    }
+};
+
+QTEST_GUILESS_MAIN(TranscribeTest)
+#include "tst_transcribe.moc"

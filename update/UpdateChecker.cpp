@@ -1,0 +1,281 @@
+#include "update/UpdateChecker.h"
+
+#include "app/base/Async.h"
+#include "app/settings/Localization.h"
+#include "app/settings/UserDefaults.h"
+#include "update/HttpExchange.h"
+#include "update/UpdateDownload.h"
+#include "update/UpdateError.h"
+#include "update/VendorServer.h"
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orvane {
+
+using Localization::text;
+
+namespace {
+
+const QString notifiedVersionKey = u"orvane.update.notifiedVersion"_s;
+
+/// The digits a version's piece starts with, without leading zeros; empty for 0.
+QStringView numberIn(QStringView piece)
+{
+    piece = piece.trimmed();
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    piece = piece.first(std::ranges::find_if_not(piece, isDigit) - piece.begin());
+    return piece.sliced(std::ranges::find_if_not(piece, [](QChar c) { return c == u'0'; }) - piece.begin());
+}
+
+int compareNumbers(QStringView left, QStringView right)
+{
+    if (left.size() != right.size())
+        return left.size() < right.size() ? -1 : 1;
+    return left.compare(right);
+}
+
+} // namespace
+
+UpdateChecker::UpdateChecker(UserDefaults &defaults, UpdatePresenter &presenter, Opener open,
+                             const QString &folder, const Options &options, QObject *parent)
+    : QObject(parent),
+      m_defaults(defaults),
+      m_presenter(presenter),
+      m_open(std::move(open)),
+      m_folder(folder),
+      m_options(options)
+{
+    m_threads.setMaxThreadCount(2);         // a check and a download
+    m_timer.setTimerType(Qt::PreciseTimer); // the default may be off by a twentieth, here more than an hour
+    connect(&m_timer, &QTimer::timeout, this, [this] { spawn(check(Mode::Scheduled)); });
+}
+
+UpdateChecker::~UpdateChecker()
+{
+    // The pool's destructor waits for its threads, which this sends home.
+    m_lifetime.request_stop();
+    m_offer.request_stop();
+}
+
+void UpdateChecker::start()
+{
+    QTimer::singleShot(m_options.firstCheck, this, [this] { spawn(check(Mode::Scheduled)); });
+    m_timer.start(m_options.repeat);
+}
+
+QCoro::Task<> UpdateChecker::check(Mode mode)
+{
+    if (m_checking) {
+        if (mode == Mode::Interactive)
+            m_mode = mode;
+        co_return;
+    }
+    if (m_options.endpoint.isEmpty()) {
+        if (mode == Mode::Interactive)
+            noticeFailedCheck(text(u"В этой сборке не задан адрес сервера обновлений."_s));
+        co_return;
+    }
+
+    const std::stop_token stop = m_lifetime.get_token();
+    m_mode = mode;
+    setChecking(true);
+    std::optional<Release> published;
+    try {
+        const HttpExchange::Request request{.url = m_options.endpoint,
+                                            .wholeTimeout = m_options.checkTimeout};
+        const QByteArray manifest = co_await offMainThread(
+            &m_threads, [request, stop] { return HttpExchange::fetch(request, stop); });
+        throwIfCancelled(stop);
+        published = releaseIn(manifest);
+    } catch (const UpdateError &) {
+        // One sentence covers every reason.
+        throwIfCancelled(stop);
+    }
+    setChecking(false);
+    conclude(published);
+}
+
+std::optional<UpdateChecker::Release> UpdateChecker::releaseIn(const QByteArray &manifest) const
+{
+    const auto decoded = Manifest::fromJson(manifest);
+    if (!decoded)
+        return std::nullopt;
+    const Manifest::Entry &entry = decoded->entryFor(m_options.edition);
+    const QUrl url(entry.url, QUrl::StrictMode);
+    if (!isWebAddress(url))
+        return std::nullopt;
+    return Release{.version = entry.version, .url = url};
+}
+
+void UpdateChecker::conclude(const std::optional<Release> &published)
+{
+    const bool interactive = m_mode == Mode::Interactive;
+    if (!published) {
+        if (interactive)
+            noticeFailedCheck(text(u"Проверьте подключение к интернету и повторите."_s));
+        return;
+    }
+    if (isNewer(published->version, m_options.installedVersion)) {
+        setAvailable(published);
+        tellAbout(*published);
+        return;
+    }
+    setAvailable(std::nullopt); // what was offered before has been withdrawn
+    if (interactive)
+        m_presenter.notice(text(u"У вас последняя версия"_s),
+                           text(u"Установлена версия"_s) + u' ' + m_options.installedVersion + u'.');
+}
+
+void UpdateChecker::tellAbout(const Release &release)
+{
+    if (m_mode == Mode::Scheduled) {
+        if (m_defaults.string(notifiedVersionKey) == release.version)
+            return;
+        m_defaults.set(notifiedVersionKey, release.version);
+    }
+    spawn(offerDownload(release));
+}
+
+void UpdateChecker::noticeFailedCheck(const QString &text)
+{
+    m_presenter.notice(Localization::text(u"Не удалось проверить обновления"_s), text);
+}
+
+QCoro::Task<> UpdateChecker::offerDownload(Release release)
+{
+    const std::stop_token lifetime = m_lifetime.get_token();
+    m_offer.request_stop();
+    m_offer = std::stop_source();
+
+    const UpdatePresenter::Offer offer{
+        .title = text(u"Доступно обновление"_s) + u' ' + release.version,
+        .text = text(u"Установлена версия"_s) + u' ' + m_options.installedVersion + u".\n\n"_s +
+                text(u"Нажмите «Скачать» — образ с новой версией скачается и откроется, останется "
+                     u"перетащить приложение в «Программы»."_s),
+        .downloadButton = text(u"Скачать"_s),
+        .laterButton = text(u"Позже"_s)};
+    const UpdatePresenter::Choice choice = co_await m_presenter.offer(offer, m_offer.get_token());
+    throwIfCancelled(lifetime);
+    if (choice == UpdatePresenter::Choice::Download)
+        co_await downloadAndOpen(release);
+}
+
+QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
+{
+    if (m_downloading)
+        co_return;
+    const std::stop_token stop = m_lifetime.get_token();
+    setDownloading(true);
+    setDownloadProgress(0);
+    m_presenter.showProgress(text(u"Скачиваю обновление"_s), text(u"Скачиваю обновление…"_s));
+
+    // Looked at from here a few times a second, however often the network tells it.
+    const auto progress = std::make_shared<std::atomic<double>>(0);
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, [this, progress] { setDownloadProgress(*progress); });
+    watch.start(50ms);
+
+    const UpdateDownload download{.release = release,
+                                  .folder = m_folder,
+                                  .idleTimeout = m_options.downloadIdleTimeout,
+                                  .progress = [progress](double fraction) { *progress = fraction; }};
+    QString file;
+    QString failure;
+    try {
+        file = co_await offMainThread(&m_threads, [download, stop] { return download.run(stop); });
+        throwIfCancelled(stop);
+    } catch (const UpdateError &error) {
+        throwIfCancelled(stop);
+        failure = error.description();
+    }
+    watch.stop();
+    if (failure.isEmpty())
+        setDownloadProgress(1);
+    m_presenter.hideProgress();
+    setDownloading(false);
+    if (!failure.isEmpty())
+        m_presenter.notice(text(u"Не удалось скачать обновление"_s), failure);
+    else
+        open(file);
+}
+
+void UpdateChecker::open(const QString &file)
+{
+    if (!m_open(file))
+        m_presenter.notice(text(u"Не удалось открыть обновление"_s),
+                           text(u"Откройте скачанный файл сами: "_s) + file);
+}
+
+bool UpdateChecker::isNewer(const QString &version, const QString &than)
+{
+    const QStringList left = version.split(u'.');
+    const QStringList right = than.split(u'.');
+    for (qsizetype piece = 0; piece < std::max(left.size(), right.size()); ++piece) {
+        const QString leftPiece = left.value(piece);
+        const QString rightPiece = right.value(piece);
+        if (const int order = compareNumbers(numberIn(leftPiece), numberIn(rightPiece)); order != 0)
+            return order > 0;
+    }
+    return false;
+}
+
+QString UpdateChecker::currentVersion()
+{
+    return BuildInfo::version;
+}
+
+bool UpdateChecker::isProBuild()
+{
+    return BuildInfo::edition == BuildInfo::Edition::Pro;
+}
+
+QUrl UpdateChecker::endpoint()
+{
+    return vendorAddress(BuildInfo::vendorServer, u"/api/version"_s);
+}
+
+QVariant UpdateChecker::availableVariant() const
+{
+    return m_available ? QVariant::fromValue(*m_available) : QVariant();
+}
+
+void UpdateChecker::setAvailable(const std::optional<Release> &release)
+{
+    if (m_available == release)
+        return;
+    m_available = release;
+    Q_EMIT
+    availableChanged();
+}
+
+void UpdateChecker::setChecking(bool checking)
+{
+    m_checking = checking;
+    Q_EMIT
+    checkingChanged();
+}
+
+void UpdateChecker::setDownloading(bool downloading)
+{
+    m_downloading = downloading;
+    Q_EMIT
+    downloadingChanged();
+}
+
+void UpdateChecker::setDownloadProgress(double progress)
+{
+    if (m_downloadProgress == progress)
+        return;
+    m_downloadProgress = progress;
+    if (progress > 0)
+        m_presenter.setProgress(progress);
+    Q_EMIT
+    downloadProgressChanged();
+}
+
+} // namespace orvane
