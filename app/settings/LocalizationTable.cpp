@@ -106,6 +106,26 @@ constexpr TextPair pairs[] = {
     {u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси.",
      u"The proxy server does not let the download through. Check the proxy settings."},
 
+    // Correction models and engines
+    {u"Встроенная (Apple)", u"Built-in (Apple)"},
+    {u"Опенсорсная модель", u"Open-source model"},
+    {u"Лёгкая · быстрая", u"Light · fast"},
+    {u"Лёгкая", u"Light"},
+    {u"Сбалансированная", u"Balanced"},
+    {u"Высокая точность", u"High accuracy"},
+    {u"Максимальное качество", u"Maximum quality"},
+    {u"Русский, английский — хорошо. Для слабых Mac (8 ГБ).",
+     u"Russian, English — good. For modest Macs (8 GB)."},
+    {u"Многоязычная (Google). Русский — хорошо.", u"Multilingual (Google). Good Russian."},
+    {u"Русский — отлично. Хороший выбор по умолчанию.", u"Excellent Russian. A solid default."},
+    {u"Английский — отлично, русский — хорошо (Meta).", u"Excellent English, good Russian (Meta)."},
+    {u"Русский, английский — превосходно. Для Mac с 16 ГБ.",
+     u"Superb Russian and English. For Macs with 16 GB."},
+    {u"Сильная многоязычная (Google). Для Mac с 16 ГБ+.",
+     u"Strong multilingual (Google). For Macs with 16 GB+."},
+    {u"Лучшая точность и русский. Нужен мощный Mac (24–32 ГБ).",
+     u"Best accuracy and Russian. Needs a powerful Mac (24–32 GB)."},
+
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
     {u"Не удалось проверить обновления", u"Could not check for updates"},
