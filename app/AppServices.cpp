@@ -5,7 +5,8 @@
 
 namespace orvane {
 
-AppServices::AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile)
+AppServices::AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile,
+                         const ModelRepository &repository)
     : m_folders(folders),
       m_defaults(defaultsFile),
       m_engineProcesses(role == Role::Application ? folders.engineProcessFile() : QString()),
@@ -15,10 +16,11 @@ AppServices::AppServices(Role role, const StandardFolders &folders, const QStrin
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
-    m_models = std::make_unique<ModelManager>(m_folders.models());
+    m_models = std::make_unique<ModelManager>(m_folders.models(), repository);
     m_history = std::make_unique<HistoryStore>(m_folders);
     m_whisperEngine = std::make_unique<WhisperServerEngine>(
         EngineServer::SearchPath{.resources = m_folders.resources}, m_engineProcesses, m_folders.temporary);
+    m_correctionModels = std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), repository);
 }
 
 AppServices::~AppServices() = default;

@@ -3,6 +3,7 @@
 #include "app/base/StandardFolders.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/UserDefaults.h"
+#include "correction/catalogue/CorrectionModelManager.h"
 #include "history/HistoryStore.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
@@ -25,7 +26,9 @@ public:
     enum class Role { Application, CommandLine };
 
     /// Carries over the earlier product's data first, so that every service finds it.
-    AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile);
+    /// `repository` is where models are downloaded from.
+    AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile,
+                const ModelRepository &repository = ModelRepository::ofBuild());
     ~AppServices();
     Q_DISABLE_COPY_MOVE(AppServices)
 
@@ -33,6 +36,7 @@ public:
     [[nodiscard]] ModelManager &models() { return *m_models; }
     [[nodiscard]] HistoryStore &history() { return *m_history; }
     [[nodiscard]] WhisperServerEngine &whisperEngine() { return *m_whisperEngine; }
+    [[nodiscard]] CorrectionModelManager &correctionModels() { return *m_correctionModels; }
     [[nodiscard]] EngineProcessRegistry &engineProcesses() { return m_engineProcesses; }
 
     /// Made on first access, the same object afterwards.
@@ -48,6 +52,7 @@ private:
     std::unique_ptr<ModelManager> m_models;
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
+    std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
 };
 

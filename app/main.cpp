@@ -43,6 +43,12 @@ public:
         return untilDone(command.run(), [] {});
     }
 
+    int execute(const ModelsCommand::Options &options)
+    {
+        ModelsCommand command(m_services.models(), m_services.correctionModels(), options);
+        return untilDone(command.run(), [&command] { command.interrupt(); });
+    }
+
 private:
     template <typename Interrupt>
     int untilDone(QCoro::Task<int> task, const Interrupt &interrupt)
@@ -98,10 +104,10 @@ int runApplication()
 }
 
 template <typename Options>
-int runCommand(const Options &options)
+int runCommand(const Options &options, const ModelRepository &repository = ModelRepository::ofBuild())
 {
     AppServices services(AppServices::Role::CommandLine, StandardFolders::ofUser(),
-                         UserDefaults::standardFile());
+                         UserDefaults::standardFile(), repository);
     return CommandRun(services).execute(options);
 }
 
@@ -120,6 +126,13 @@ struct Execute
     int operator()(CommandLine::RunApplication) const { return runApplication(); }
     int operator()(const TranscribeCommand::Options &options) const { return runCommand(options); }
     int operator()(const HistoryCommand::Options &options) const { return runCommand(options); }
+    int operator()(const ModelsCommand::Options &options) const
+    {
+        ModelRepository repository = ModelRepository::ofBuild();
+        if (!options.repository.isEmpty())
+            repository.address = options.repository;
+        return runCommand(options, repository);
+    }
 };
 
 } // namespace

@@ -94,8 +94,7 @@ void ModelCatalogManager::refresh()
     if (found == m_downloaded)
         return;
     m_downloaded = found;
-    Q_EMIT
-    downloadedChanged();
+    Q_EMIT downloadedChanged();
 }
 
 void ModelCatalogManager::download(const QString &id)
@@ -200,15 +199,13 @@ QCoro::Task<> ModelCatalogManager::transfer(DownloadableModel model, std::shared
 void ModelCatalogManager::setProgress(const QString &id, double fraction)
 {
     m_progress[id] = fraction;
-    Q_EMIT
-    progressChanged();
+    Q_EMIT progressChanged();
 }
 
 void ModelCatalogManager::clearProgress(const QString &id)
 {
     if (m_progress.remove(id) > 0)
-        Q_EMIT
-    progressChanged();
+        Q_EMIT progressChanged();
 }
 
 void ModelCatalogManager::setLastError(const QString &text)
@@ -216,8 +213,7 @@ void ModelCatalogManager::setLastError(const QString &text)
     if (text == m_lastError)
         return;
     m_lastError = text;
-    Q_EMIT
-    lastErrorChanged();
+    Q_EMIT lastErrorChanged();
 }
 
 } // namespace orvane

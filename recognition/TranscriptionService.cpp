@@ -97,8 +97,7 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Requ
     const std::stop_token alive = m_lifetime.get_token();
     const auto setBusy = [this](bool busy) {
         m_isBusyDetached = busy;
-        Q_EMIT
-        isBusyDetachedChanged();
+        Q_EMIT isBusyDetachedChanged();
     };
     setBusy(true);
     const auto free = qScopeGuard([alive, setBusy] {
@@ -188,13 +187,11 @@ void TranscriptionService::publish(const Request &request, const QList<DisplaySe
 {
     m_segments = segments;
     m_transcript = joinedText(segments);
-    Q_EMIT
-    resultChanged();
+    Q_EMIT resultChanged();
     if (request.history == History::Save) {
         if (const std::optional<QUuid> id = m_saveRecord(request, segments, m_transcript)) {
             m_lastSavedID = *id;
-            Q_EMIT
-            lastSavedIDChanged();
+            Q_EMIT lastSavedIDChanged();
         }
     }
     setProgress(1, 0);
@@ -230,14 +227,12 @@ void TranscriptionService::reset()
         return;
     m_segments.clear();
     m_transcript.clear();
-    Q_EMIT
-    resultChanged();
+    Q_EMIT resultChanged();
     setError({});
     setStatus({});
     setProgress(0, -1);
     m_resetToken = QUuid::createUuid();
-    Q_EMIT
-    resetTokenChanged();
+    Q_EMIT resetTokenChanged();
 }
 
 QCoro::Task<> TranscriptionService::estimateFromFile(Request request, std::stop_token stop)
@@ -284,8 +279,7 @@ void TranscriptionService::updateEstimate()
 void TranscriptionService::setWorking(bool working)
 {
     m_isWorking = working;
-    Q_EMIT
-    isWorkingChanged();
+    Q_EMIT isWorkingChanged();
 }
 
 void TranscriptionService::setStatus(const QString &text)
@@ -293,8 +287,7 @@ void TranscriptionService::setStatus(const QString &text)
     if (m_statusText == text)
         return;
     m_statusText = text;
-    Q_EMIT
-    statusTextChanged();
+    Q_EMIT statusTextChanged();
 }
 
 void TranscriptionService::setError(const QString &text)
@@ -302,8 +295,7 @@ void TranscriptionService::setError(const QString &text)
     if (m_errorText == text)
         return;
     m_errorText = text;
-    Q_EMIT
-    errorTextChanged();
+    Q_EMIT errorTextChanged();
 }
 
 void TranscriptionService::setProgress(double progress, qint64 remainingMs)
@@ -312,8 +304,7 @@ void TranscriptionService::setProgress(double progress, qint64 remainingMs)
         return;
     m_progress = progress;
     m_remainingMs = remainingMs;
-    Q_EMIT
-    progressChanged();
+    Q_EMIT progressChanged();
 }
 
 } // namespace orvane

@@ -21,6 +21,7 @@ const QString languageOption = u"language"_s;
 const QString formatOption = u"format"_s;
 const QString outputOption = u"output"_s;
 const QString noHistoryOption = u"no-history"_s;
+const QString repositoryOption = u"repository"_s;
 
 QCommandLineOption withValue(const QString &name)
 {
@@ -128,6 +129,34 @@ Command parseHistory(const QStringList &arguments)
     return options;
 }
 
+Command parseModels(const QStringList &arguments)
+{
+    using Action = ModelsCommand::Action;
+    static const QMap<QString, Action> actions = {{u"list"_s, Action::List},
+                                                  {u"download"_s, Action::Download},
+                                                  {u"delete"_s, Action::Delete},
+                                                  {u"path"_s, Action::Path}};
+    QCommandLineParser parser;
+    parser.addOption(withValue(repositoryOption));
+    parseInto(parser, arguments);
+
+    const QStringList words = parser.positionalArguments();
+    const QString name = words.value(0, u"list"_s);
+    if (!actions.contains(name))
+        throw usageError(Localization::text(u"Неизвестное действие с моделями: "_s), name);
+
+    ModelsCommand::Options options;
+    options.action = actions[name];
+    options.ids = words.mid(1);
+    options.repository = parser.value(repositoryOption);
+    const bool needsModel = options.action == Action::Download || options.action == Action::Delete;
+    if (needsModel && options.ids.isEmpty())
+        throw UsageError(Localization::text(u"Укажите модель: их названия показывает orvane models list."_s));
+    if (options.action == Action::List && !options.ids.isEmpty())
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), options.ids.first());
+    return options;
+}
+
 } // namespace
 
 Command parse(const QStringList &arguments)
@@ -148,6 +177,8 @@ Command parse(const QStringList &arguments)
         return parseTranscribe(rest);
     if (name == "history"_L1)
         return parseHistory(rest);
+    if (name == "models"_L1)
+        return parseModels(rest);
     throw usageError(Localization::text(u"Неизвестная команда: "_s), name);
 }
 
@@ -167,6 +198,12 @@ QString help()
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
   orvane history delete ID        удалить запись
+
+  orvane models [list]            показать модели: размер, память, что скачано
+  orvane models download ID…      скачать модели; прерванная загрузка продолжится
+  orvane models delete ID…        удалить модели
+  orvane models path [ID…]        показать, где лежат модели
+      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
   orvane --background             остаться работать в фоне
   orvane --version                показать версию

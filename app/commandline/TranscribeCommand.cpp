@@ -153,7 +153,8 @@ ModelFile TranscribeCommand::model() const
         if (const auto chosen = models.resolved(m_services.settings().selectedModelID()))
             return {.id = chosen->id, .path = models.localURL(*chosen)};
         throw Error(
-            Localization::text(u"Не скачано ни одной модели распознавания. Положите модель в папку "_s) +
+            Localization::text(
+                u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в папку "_s) +
             models.modelsDirectory());
     }
 

@@ -212,14 +212,28 @@ constexpr TextPair pairs[] = {
     {u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно.",
      u"Results of files with equal names would overwrite each other: transcribe them one by one."},
     {u"речь не найдена", u"no speech found"},
-    {u"Не скачано ни одной модели распознавания. Положите модель в папку ",
-     u"No recognition model is there. Put one into the folder "},
+    {u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в "
+     u"папку ",
+     u"No recognition model is there. Download one: orvane models download base, or put one into the "
+     u"folder "},
     {u"Модель распознавания не скачана: ", u"This recognition model is not downloaded: "},
     {u"Нет такой модели распознавания: ", u"There is no such recognition model: "},
     {u"В эту папку нельзя записать результат: ", u"The result cannot be written to this folder: "},
     {u"Под это обозначение подходит несколько записей: ", u"Several records match this id: "},
     {u"В истории нет записи ", u"The history has no record "},
     {u"Orvane уже работает.", u"Orvane is already running."},
+    {u"Неизвестное действие с моделями: ", u"Unknown models action: "},
+    {u"Укажите модель: их названия показывает orvane models list.",
+     u"Name a model: orvane models list shows their ids."},
+    {u"Распознавание речи", u"Speech recognition"},
+    {u"Обработка текста", u"Text processing"},
+    {u"только английский", u"English only"},
+    {u"ГБ", u"GB"},
+    {u"МБ/с", u"MB/s"},
+    {u"уже скачана", u"is downloaded already"},
+    {u"Эта модель не скачана: ", u"This model is not downloaded: "},
+    {u"Не удалось удалить модель: ", u"Could not delete the model: "},
+    {u"Нет такой модели: ", u"There is no such model: "},
     {uR"(Orvane превращает речь в текст на вашем компьютере.
 
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
@@ -234,6 +248,12 @@ constexpr TextPair pairs[] = {
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
   orvane history delete ID        удалить запись
+
+  orvane models [list]            показать модели: размер, память, что скачано
+  orvane models download ID…      скачать модели; прерванная загрузка продолжится
+  orvane models delete ID…        удалить модели
+  orvane models path [ID…]        показать, где лежат модели
+      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
   orvane --background             остаться работать в фоне
   orvane --version                показать версию
@@ -255,6 +275,12 @@ constexpr TextPair pairs[] = {
   orvane history export ID        give out a record (--format and --output as above)
   orvane history rename ID NAME   rename a record
   orvane history delete ID        delete a record
+
+  orvane models [list]            show the models: size, memory, what is downloaded
+  orvane models download ID…      download models; an interrupted download goes on
+  orvane models delete ID…        delete models
+  orvane models path [ID…]        show where the models lie
+      --repository ADDRESS        where to download from (by default as the build says)
 
   orvane --background             stay and work in the background
   orvane --version                show the version

@@ -31,7 +31,7 @@ class ObservableEngine : public WhisperServerEngine
 {
 public:
     using WhisperServerEngine::WhisperServerEngine;
-    [[nodiscard]] QString address() const { return url(u"/inference"_s).toString(); }
+    [[nodiscard]] QString address() const { return requestTo(u"/inference"_s).url().toString(); }
 };
 
 QCoro::Task<qint64> millisecondsOfCurl(QString address, QString wav)
