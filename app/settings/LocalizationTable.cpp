@@ -228,6 +228,7 @@ constexpr TextPair pairs[] = {
     {u"Распознавание речи", u"Speech recognition"},
     {u"Обработка текста", u"Text processing"},
     {u"только английский", u"English only"},
+    {u"Рекомендуем", u"Recommended"},
     {u"ГБ", u"GB"},
     {u"МБ/с", u"MB/s"},
     {u"уже скачана", u"is downloaded already"},

@@ -68,7 +68,14 @@ private:
     void fail(const QString &why)
     {
         if (m_fault.isEmpty())
-            m_fault = why;
+            m_fault = why + u"; the last interruptions: "_s + m_history.join(u", ");
+    }
+
+    void remember(const QString &interruption, QProcess &child)
+    {
+        m_history.append(interruption + u' ' + QString::fromUtf8(child.readAllStandardOutput().trimmed()));
+        if (m_history.size() > 6)
+            m_history.removeFirst();
     }
 
     void start(QProcess &child)
@@ -86,7 +93,7 @@ private:
         child.waitForFinished(static_cast<int>(below(2500)));
         child.kill();
         child.waitForFinished();
-        m_interruption = u"kill"_s;
+        remember(u"kill"_s, child);
     }
 
     void spoil()
@@ -107,7 +114,7 @@ private:
         start(child);
         if (!child.waitForFinished(60'000))
             fail(u"the download does not end after: "_s + name);
-        m_interruption = name;
+        remember(name, child);
         if (losesTrust) {
             m_reached.clear();
             m_server.forgetServed();
@@ -129,7 +136,7 @@ private:
         case 4:
             return {u"another entity tag"_s, {.etag = "\"v2\""}};
         case 5:
-            return {u"too much"_s, {.body = QByteArray(18 * mebibyte, 'x'), .givesLength = false}};
+            return {u"too much"_s, {.more = "and more", .givesLength = false}};
         case 6:
             return {u"page of the right size"_s, {.etag = "", .body = page, .ignoresRange = true}};
         case 7:
@@ -148,7 +155,7 @@ private:
             return;
         QFile file(destination());
         if (!file.open(QFile::ReadOnly) || file.readAll() != m_server.content())
-            fail(u"a wrong file has the final name after: "_s + m_interruption);
+            fail(u"a wrong file has the final name"_s);
         file.remove();
         m_reached.clear();
         ++m_finished;
@@ -164,7 +171,7 @@ private:
         const qint64 twice = reached - one.request.range->start;
         m_mostFetchedTwice = std::max(m_mostFetchedTwice, twice);
         if (twice > bytesPerSecond + underWay)
-            fail(u"%1 bytes fetched twice after: %2"_s.arg(twice).arg(m_interruption));
+            fail(u"%1 bytes of segment %2 fetched twice"_s.arg(twice).arg(segment));
         reached = one.request.range->start + one.sent;
     }
 
@@ -176,7 +183,8 @@ private:
     const QTemporaryDir m_folder;
     /// By segment: where the last true bytes ended that the server has sent.
     QMap<qint64, qint64> m_reached;
-    QString m_interruption;
+    /// The last few interruptions and what the process said of them.
+    QStringList m_history;
     QString m_fault;
     int m_finished = 0;
     qint64 m_mostFetchedTwice = 0;

@@ -121,6 +121,7 @@ QList<FaultServer::Served> FaultServer::served() const
 
 void FaultServer::forgetServed()
 {
+    m_connections.waitForDone();
     const QMutexLocker lock(&m_mutex);
     m_served.clear();
 }
@@ -157,7 +158,7 @@ void FaultServer::answer(QTcpSocket &socket, Request request)
     const bool isRange = request.range && !given.ignoresRange;
     const ByteRange range = isRange ? *request.range : ByteRange{0, content.size() - 1};
     const int status = given.status.value_or(isRange ? 206 : 200);
-    const QByteArray body = given.body.value_or(content.mid(range.start, range.length()));
+    const QByteArray body = given.body.value_or(content.mid(range.start, range.length())) + given.more;
 
     QByteArray head = "HTTP/1.1 " + QByteArray::number(status) + " Answer\r\nConnection: close\r\n";
     if (!etag.isEmpty())

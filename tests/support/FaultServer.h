@@ -43,6 +43,8 @@ public:
         std::optional<QByteArray> location = {};
         /// Instead of the file's bytes.
         std::optional<QByteArray> body = {};
+        /// After the body.
+        QByteArray more = {};
         /// False leaves the body's end to the end of the connection.
         bool givesLength = true;
         bool ignoresRange = false;
@@ -76,7 +78,8 @@ public:
     void setContent(QByteArray content, QByteArray etag);
 
     [[nodiscard]] QByteArray content() const;
-    /// What was served, in the order of the requests' ends. Waits until no request is being served.
+    /// What was served, in the order of the requests' ends. This and forgetting it wait until no request
+    /// is being served.
     [[nodiscard]] QList<Served> served() const;
     void forgetServed();
 
