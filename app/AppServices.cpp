@@ -1,7 +1,10 @@
 #include "app/AppServices.h"
 
+#include "app/base/Async.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
+
+#include <QThreadPool>
 
 namespace orvane {
 
@@ -23,7 +26,12 @@ AppServices::AppServices(Role role, const StandardFolders &folders, const QStrin
     m_correctionModels = std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), repository);
 }
 
-AppServices::~AppServices() = default;
+AppServices::~AppServices()
+{
+    // It tells its work on other threads to stop; that work uses the decoder until it has.
+    m_transcriber.reset();
+    waitForDone(*QThreadPool::globalInstance());
+}
 
 TranscriptionService &AppServices::transcriber()
 {

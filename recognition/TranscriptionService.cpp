@@ -237,7 +237,9 @@ void TranscriptionService::reset()
 
 QCoro::Task<> TranscriptionService::estimateFromFile(Request request, std::stop_token stop)
 {
-    auto probe = [decoder = &m_decoder, path = request.audioPath] { return decoder->duration(path); };
+    auto probe = [decoder = &m_decoder, path = request.audioPath, stop] {
+        return decoder->duration(path, stop);
+    };
     const std::optional<std::chrono::milliseconds> length = co_await offMainThread(std::move(probe));
     throwIfCancelled(stop);
     if (length)

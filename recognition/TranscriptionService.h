@@ -65,6 +65,7 @@ public:
     };
 
     explicit TranscriptionService(Collaborators collaborators, QObject *parent = nullptr);
+    /// Tells its work on the global thread pool to stop without waiting: the decoder must outlive that.
     ~TranscriptionService() override;
 
     [[nodiscard]] bool isWorking() const { return m_isWorking; }
