@@ -63,10 +63,10 @@ QCoro::Task<int> TranscribeCommand::run()
 
     bool everyFileDone = true;
     for (const QString &file : m_options.files) {
-        const bool done = co_await transcribe(file, chosenModel, language);
-        everyFileDone = everyFileDone && done;
         if (m_interrupted)
             break;
+        const bool done = co_await transcribe(file, chosenModel, language);
+        everyFileDone = everyFileDone && done;
     }
 
     co_await m_services.whisperEngine().stopAndWait();
@@ -181,6 +181,10 @@ void TranscribeCommand::requireWritableDestination() const
 {
     if (m_options.output == Output::standardOutput)
         return;
+    const QFileInfo present(m_options.output);
+    const bool isDevice = present.exists() && !present.isFile() && !present.isDir();
+    if (isDevice)
+        return; // written to where it is: its folder may belong to another user
     const QFileInfo folder(isFolder(m_options.output) ? m_options.output
                                                       : QFileInfo(m_options.output).absolutePath());
     if (!folder.isDir() || !folder.isWritable())
