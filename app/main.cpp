@@ -76,8 +76,8 @@ private:
     {
         try {
             *status = co_await std::move(task);
-        } catch (const Error &error) {
-            Output::complain(error.description());
+        } catch (const std::exception &error) { // whatever it is, the event loop must end
+            Output::complain(QString::fromUtf8(error.what()));
             *status = ExitStatus::failure;
         }
         QCoreApplication::quit();
