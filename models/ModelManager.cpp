@@ -28,10 +28,6 @@ QByteArray magic()
 
 } // namespace
 
-ModelManager::ModelManager(const QString &modelsDirectory, QObject *parent)
-    : ModelManager(modelsDirectory, ModelRepository::ofBuild(), parent)
-{}
-
 ModelManager::ModelManager(const QString &modelsDirectory, ModelRepository repository, QObject *parent)
     : ModelCatalogManager(downloadable(), magic(), modelsDirectory, std::move(repository), parent)
 {}

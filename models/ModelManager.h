@@ -14,8 +14,8 @@ class ModelManager : public ModelCatalogManager
 
 public:
     /// The folder need not exist; nothing is downloaded then.
-    explicit ModelManager(const QString &modelsDirectory, QObject *parent = nullptr);
-    ModelManager(const QString &modelsDirectory, ModelRepository repository, QObject *parent = nullptr);
+    explicit ModelManager(const QString &modelsDirectory,
+                          ModelRepository repository = ModelRepository::ofBuild(), QObject *parent = nullptr);
 
     [[nodiscard]] QString modelsDirectory() const { return directory(); }
 
