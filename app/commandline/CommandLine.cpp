@@ -41,7 +41,20 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
         throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
+    // The one option without a value.
+    const QString flag = u"--"_s + noHistoryOption;
+    if (arguments.filter(flag + u'=').size() > 0)
+        throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
     throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
+}
+
+template <typename Action>
+Action actionNamed(const QString &name, const QMap<QString, Action> &actions, const QString &complaint)
+{
+    const auto found = actions.constFind(name);
+    if (found == actions.cend())
+        throw usageError(complaint, name);
+    return *found;
 }
 
 OutputFormat formatOf(const QCommandLineParser &parser)
@@ -56,7 +69,12 @@ OutputFormat formatOf(const QCommandLineParser &parser)
 
 QString outputOf(const QCommandLineParser &parser)
 {
-    return parser.isSet(outputOption) ? parser.value(outputOption) : Output::standardOutput.toString();
+    if (!parser.isSet(outputOption))
+        return Output::standardOutput.toString();
+    const QString path = parser.value(outputOption);
+    if (path.isEmpty())
+        throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + outputOption);
+    return path;
 }
 
 QString languageOf(const QCommandLineParser &parser)
@@ -105,12 +123,9 @@ Command parseHistory(const QStringList &arguments)
     parseInto(parser, arguments);
 
     const QStringList words = parser.positionalArguments();
-    const QString name = words.value(0, u"list"_s);
-    if (!actions.contains(name))
-        throw usageError(Localization::text(u"Неизвестное действие с историей: "_s), name);
-
     HistoryCommand::Options options;
-    options.action = actions[name];
+    options.action = actionNamed(words.value(0, u"list"_s), actions,
+                                 Localization::text(u"Неизвестное действие с историей: "_s));
     options.id = words.value(1);
     options.title = words.value(2).trimmed();
     options.format = formatOf(parser);
@@ -141,12 +156,9 @@ Command parseModels(const QStringList &arguments)
     parseInto(parser, arguments);
 
     const QStringList words = parser.positionalArguments();
-    const QString name = words.value(0, u"list"_s);
-    if (!actions.contains(name))
-        throw usageError(Localization::text(u"Неизвестное действие с моделями: "_s), name);
-
     ModelsCommand::Options options;
-    options.action = actions[name];
+    options.action = actionNamed(words.value(0, u"list"_s), actions,
+                                 Localization::text(u"Неизвестное действие с моделями: "_s));
     options.ids = words.mid(1);
     options.repository = parser.value(repositoryOption);
     const bool needsModel = options.action == Action::Download || options.action == Action::Delete;

@@ -190,6 +190,7 @@ constexpr TextPair pairs[] = {
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},
     {u"Параметру нужно значение: ", u"The option needs a value: "},
+    {u"Параметр не принимает значения: ", u"The option takes no value: "},
     {u"Неизвестный формат (есть txt, md, srt и json): ",
      u"Unknown format (there are txt, md, srt and json): "},
     {u"Неизвестный язык (есть %1): ", u"Unknown language (there are %1): "},
