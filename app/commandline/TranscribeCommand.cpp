@@ -34,6 +34,12 @@ TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
     : m_services(services),
       m_options(std::move(options))
 {
+    const auto isItsOwnResult = [this](const QString &file) {
+        return QFileInfo(file).isFile() && QFileInfo(file) == QFileInfo(destination(file));
+    };
+    if (std::ranges::any_of(m_options.files, isItsOwnResult))
+        throw UsageError(Localization::text(
+            u"Результат перезаписал бы исходный файл: укажите для --output другой путь."_s));
     if (m_options.files.size() < 2)
         return;
     if (m_options.output == Output::standardOutput) {

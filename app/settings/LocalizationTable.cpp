@@ -190,6 +190,8 @@ constexpr TextPair pairs[] = {
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},
     {u"Параметру нужно значение: ", u"The option needs a value: "},
+    {u"Результат перезаписал бы исходный файл: укажите для --output другой путь.",
+     u"The result would overwrite the recording: choose another path for --output."},
     {u"Параметр не принимает значения: ", u"The option takes no value: "},
     {u"Неизвестный формат (есть txt, md, srt и json): ",
      u"Unknown format (there are txt, md, srt and json): "},

@@ -56,6 +56,19 @@ private Q_SLOTS:
         QVERIFY2(QString::fromUtf8(result.complaints).contains(complaint), result.complaints.constData());
     }
 
+    void sparesTheRecording()
+    {
+        const OrvaneProgram orvane;
+        const QString recording = orvane.path(u"talk.txt"_s);
+        QFile file(recording);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        for (const QString &output : {recording, orvane.path(u"tmp/../talk.txt"_s), orvane.path({})}) {
+            const auto result = orvane.run({u"transcribe"_s, recording, u"--output"_s, output});
+            QCOMPARE(result.exitCode, 2);
+            QVERIFY2(result.complaints.contains("исходный файл"), result.complaints.constData());
+        }
+    }
+
     void cannotBegin_data()
     {
         QTest::addColumn<QStringList>("arguments");
