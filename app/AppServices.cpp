@@ -5,7 +5,8 @@
 
 namespace orvane {
 
-AppServices::AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile)
+AppServices::AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile,
+                         const std::optional<Windows> &windows)
     : m_folders(folders),
       m_defaults(defaultsFile),
       m_engineProcesses(role == Role::Application ? folders.engineProcessFile() : QString()),
@@ -15,10 +16,19 @@ AppServices::AppServices(Role role, const StandardFolders &folders, const QStrin
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
+    if (windows) {
+        m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
+                                                    m_folders.temporary, UpdateChecker::Options());
+    }
     m_models = std::make_unique<ModelManager>(m_folders.models());
     m_history = std::make_unique<HistoryStore>(m_folders);
     m_whisperEngine = std::make_unique<WhisperServerEngine>(
         EngineServer::SearchPath{.resources = m_folders.resources}, m_engineProcesses, m_folders.temporary);
+
+    if (role == Role::Application) {
+        QObject::connect(m_settings.get(), &AppSettings::shareAnonymousStatsChanged, m_settings.get(),
+                         [this] { telemetry().pingIfEnabled(); });
+    }
 }
 
 AppServices::~AppServices() = default;
@@ -39,6 +49,15 @@ TranscriptionService &AppServices::transcriber()
             .engine = *m_whisperEngine, .decoder = m_decoder, .saveRecord = save, .labelSpeakers = {}});
     }
     return *m_transcriber;
+}
+
+Telemetry &AppServices::telemetry()
+{
+    if (!m_telemetry) {
+        m_telemetry = std::make_unique<Telemetry>(*m_settings, m_defaults, DeviceSources::ofThisMachine(),
+                                                  Telemetry::Options());
+    }
+    return *m_telemetry;
 }
 
 } // namespace orvane

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/AppServices.h"
+#include "app/Display.h"
 #include "app/SingleInstance.h"
 #include "app/base/Async.h"
 #include "app/commandline/CommandLine.h"
@@ -9,10 +10,12 @@
 #include "app/settings/BuildInfo.h"
 #include "app/settings/Localization.h"
 #include "app/settings/UserDefaults.h"
+#include "ui/UpdateDialogs.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTimer>
 
+#include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -86,8 +89,14 @@ int runApplication()
         Output::complain(Localization::text(u"Orvane уже работает."_s));
         return ExitStatus::success;
     }
+    std::optional<UpdateDialogs> dialogs;
+    std::optional<AppServices::Windows> windows;
+    if (qobject_cast<QApplication *>(qApp)) {
+        windows.emplace(
+            AppServices::Windows{.updates = dialogs.emplace(), .openFile = UpdateDialogs::openFile});
+    }
     AppServices services(AppServices::Role::Application, StandardFolders::ofUser(),
-                         UserDefaults::standardFile());
+                         UserDefaults::standardFile(), windows);
     AppDelegate delegate(services);
     Interruption interruption;
     QObject::connect(&interruption, &Interruption::requested, qApp, [] { QCoreApplication::quit(); });
@@ -122,18 +131,32 @@ struct Execute
     int operator()(const HistoryCommand::Options &options) const { return runCommand(options); }
 };
 
+/// Without a display the application runs too, for what needs no windows; it then checks for no updates.
+std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &command, int &argc, char **argv)
+{
+    if (!std::holds_alternative<CommandLine::RunApplication>(command) || !hasDisplay())
+        return std::make_unique<QCoreApplication>(argc, argv);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    return application;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orvane"_s);
     QCoreApplication::setApplicationVersion(BuildInfo::version);
     // Complaints about the command line come before any service reads the settings.
     Localization::setLanguage(
         UserDefaults(UserDefaults::standardFile()).string(u"interfaceLanguage"_s).value_or(u"ru"_s));
     try {
-        return std::visit(Execute(), CommandLine::parse(QCoreApplication::arguments().sliced(1)));
+        QStringList arguments;
+        for (int i = 1; i < argc; ++i)
+            arguments << QString::fromLocal8Bit(argv[i]);
+        const CommandLine::Command command = CommandLine::parse(arguments);
+        const auto application = makeApplication(command, argc, argv);
+        return std::visit(Execute(), command);
     } catch (const UsageError &error) {
         Output::complain(error.description());
         Output::complain(Localization::text(u"Справка: orvane --help"_s));
