@@ -28,6 +28,9 @@ void spawn(QCoro::Task<> task);
 /// Call and stop on the same thread.
 [[nodiscard]] QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop = {});
 
+/// Runs `work` on a pool thread; nobody waits for it but the program's end. It must not throw.
+void startOffMainThread(std::function<void()> work);
+
 /// Waits for every job given to the pool so far, and for what they have left in memory.
 void waitForDone(QThreadPool &pool);
 
