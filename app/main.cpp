@@ -2,6 +2,7 @@
 #include "app/AppServices.h"
 #include "app/Display.h"
 #include "app/SingleInstance.h"
+#include "app/base/Async.h"
 #include "app/commandline/CommandLine.h"
 #include "app/commandline/CommandRun.h"
 #include "app/commandline/ExitStatus.h"
@@ -13,6 +14,7 @@
 #include "ui/UpdateDialogs.h"
 
 #include <QApplication>
+#include <QScopeGuard>
 #include <QTimer>
 
 #include <memory>
@@ -36,14 +38,15 @@ int runApplication()
     }
     std::optional<UpdateDialogs> dialogs;
     std::optional<AppServices::Windows> windows;
-    if (qobject_cast<QApplication *>(qApp)) {
+    if (qobject_cast<QApplication *>(QCoreApplication::instance())) {
         windows.emplace(
             AppServices::Windows{.updates = dialogs.emplace(), .openFile = UpdateDialogs::openFile});
     }
     AppServices services({.role = AppServices::Role::Application, .windows = windows});
     AppDelegate delegate(services);
     Interruption interruption;
-    QObject::connect(&interruption, &Interruption::requested, qApp, [] { QCoreApplication::quit(); });
+    QObject::connect(&interruption, &Interruption::requested, QCoreApplication::instance(),
+                     [] { QCoreApplication::quit(); });
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     const int status = QCoreApplication::exec();
     delegate.applicationWillTerminate();
@@ -95,6 +98,7 @@ int main(int argc, char *argv[])
             arguments << QString::fromLocal8Bit(argv[i]);
         const CommandLine::Command command = CommandLine::parse(arguments);
         const auto application = makeApplication(command, argc, argv);
+        const auto finish = qScopeGuard(endAbandonedTasks);
         return std::visit(Execute(), command);
     } catch (const UsageError &error) {
         Output::complain(error.description());
