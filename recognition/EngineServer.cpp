@@ -2,8 +2,8 @@
 
 #include "app/base/Async.h"
 #include "app/base/EitherStop.h"
-#include "recognition/EngineLoading.h"
 #include "recognition/EngineProcessRegistry.h"
+#include "recognition/OneTimeEvent.h"
 #include "recognition/PortReservation.h"
 #include "recognition/ProcessControl.h"
 
@@ -33,8 +33,12 @@ constexpr auto deathNoticeTime = 250ms;
 QCoro::Task<> start(std::shared_ptr<QProcess> process)
 {
     process->start();
-    if (process->state() == QProcess::Starting)
-        co_await qCoro(process.get(), &QProcess::stateChanged);
+    if (process->state() != QProcess::Starting)
+        co_return;
+    // QCoro cannot wait for the process's own signal, which is private to QProcess.
+    const std::shared_ptr<OneTimeEvent> decided = OneTimeEvent::create();
+    QObject::connect(process.get(), &QProcess::stateChanged, decided.get(), &OneTimeEvent::happened);
+    co_await qCoro(decided.get(), &OneTimeEvent::happened);
 }
 
 // Keeps the process object until the process has ended, killed after the grace if it must be.
@@ -93,15 +97,15 @@ QString EngineServer::findBinary() const
 QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 {
     const std::stop_token alive = lifetime();
-    while (const std::shared_ptr<EngineLoading> running = m_loading) {
-        co_await qCoro(running.get(), &EngineLoading::ended);
+    while (const std::shared_ptr<OneTimeEvent> running = m_loading) {
+        co_await qCoro(running.get(), &OneTimeEvent::happened);
         throwIfCancelled(alive);
         throwIfCancelled(stop);
     }
     if (serves(modelPath))
         co_return;
 
-    m_loading = EngineLoading::begin();
+    m_loading = OneTimeEvent::create();
     const auto finish = qScopeGuard([this, alive] {
         if (!alive.stop_requested())
             endLoading();
@@ -114,8 +118,8 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 // request before another model is loaded.
 void EngineServer::endLoading()
 {
-    if (const std::shared_ptr<EngineLoading> ended = std::exchange(m_loading, nullptr))
-        Q_EMIT ended->ended();
+    if (const std::shared_ptr<OneTimeEvent> loaded = std::exchange(m_loading, nullptr))
+        Q_EMIT loaded->happened();
 }
 
 bool EngineServer::serves(const QString &modelPath) const

@@ -18,8 +18,8 @@
 
 namespace orvane {
 
-class EngineLoading;
 class EngineProcessRegistry;
+class OneTimeEvent;
 
 /// Supervises an engine: a child process that loads one model, serves HTTP on a loopback port and is
 /// kept running between requests. Finds and launches it, waits until it answers, restarts it when
@@ -148,8 +148,8 @@ private:
     quint16 m_port = 0;
     QString m_loadedModelPath;
     bool m_forceRestart = false;
-    /// The load that is under way, if any.
-    std::shared_ptr<EngineLoading> m_loading;
+    /// The end of the load that is under way; none when none is.
+    std::shared_ptr<OneTimeEvent> m_loading;
     std::shared_ptr<int> m_requestsInFlight = std::make_shared<int>(0);
     std::stop_source m_lifetime;
 };

@@ -1,7 +1,8 @@
 #include "recognition/TemporaryFile.h"
 
+#include "app/base/Async.h"
+
 #include <QFile>
-#include <QThreadPool>
 #include <QUuid>
 
 namespace orvane {
@@ -12,7 +13,7 @@ TemporaryFile::TemporaryFile(const QString &folder, const QString &prefix, const
 
 TemporaryFile::~TemporaryFile()
 {
-    QThreadPool::globalInstance()->start([path = m_path] { QFile::remove(path); });
+    startOffMainThread([path = m_path] { QFile::remove(path); });
 }
 
 } // namespace orvane

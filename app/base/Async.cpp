@@ -43,10 +43,22 @@ QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
     throwIfCancelled(stop);
 }
 
+void startOffMainThread(std::function<void()> work)
+{
+    QThreadPool::globalInstance()->start(std::function<void()>(detail::HandedOver(std::move(work))));
+}
+
 void waitForDone(QThreadPool &pool)
 {
     pool.waitForDone();
     detail::acceptHandOver();
+}
+
+void endAbandonedTasks()
+{
+    waitForDone(*QThreadPool::globalInstance());
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 namespace detail {

@@ -28,8 +28,16 @@ void spawn(QCoro::Task<> task);
 /// Call and stop on the same thread.
 [[nodiscard]] QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop = {});
 
+/// Runs `work` on a pool thread; nobody waits for it but the program's end. It must not throw.
+void startOffMainThread(std::function<void()> work);
+
 /// Waits for every job given to the pool so far, and for what they have left in memory.
 void waitForDone(QThreadPool &pool);
+
+/// For the end of the program, when the services are gone and the application object is not: lets the
+/// jobs of the global pool end and resumes the tasks that wait for something, which find their service
+/// gone and end too.
+void endAbandonedTasks();
 
 namespace detail {
 

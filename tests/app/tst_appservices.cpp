@@ -59,8 +59,10 @@ private:
         const StandardFolders folders{.applicationSupport = m_home->path(),
                                       .resources = QStringLiteral(ORVANE_RESOURCES),
                                       .temporary = m_home->path()};
-        return std::make_unique<AppServices>(AppServices::Role::CommandLine, folders,
-                                             m_home->filePath(u"settings.json"_s));
+        AppServices::Environment environment;
+        environment.folders = folders;
+        environment.defaultsFile = m_home->filePath(u"settings.json"_s);
+        return std::make_unique<AppServices>(environment);
     }
 
     [[nodiscard]] QString write(const QString &name, const QByteArray &content) const

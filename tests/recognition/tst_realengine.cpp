@@ -47,13 +47,12 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QString recording() const { return m_fixtures + u"/jfk.wav"_s; }
-    [[nodiscard]] QString model(const QString &name = u"base"_s) const
+    [[nodiscard]] QString model(const QString &name = u"tiny.en"_s) const
     {
         return m_models + u"/ggml-%1.bin"_s.arg(name);
     }
     [[nodiscard]] std::vector<float> speech(int repetitions = 1) const;
     [[nodiscard]] TaskResult<Segments> transcribe(std::vector<float> samples, const QString &modelPath,
-                                                  NonSpeech nonSpeech = NonSpeech::Keep,
                                                   std::stop_token stop = {});
     /// The process of the server, by the file that the registry keeps.
     [[nodiscard]] qint64 server() const;
@@ -68,7 +67,7 @@ private:
 
 void TestRealEngine::initTestCase()
 {
-    for (const QString &path : {m_engineFile, recording(), model(), model(u"tiny.en"_s)})
+    for (const QString &path : {m_engineFile, recording(), model(), model(u"base"_s)})
         QVERIFY2(QFile::exists(path), qPrintable(u"«%1» is missing; ./test provides it"_s.arg(path)));
 }
 
@@ -83,9 +82,10 @@ void TestRealEngine::init()
 
 void TestRealEngine::cleanup()
 {
-    const qint64 pid = server();
+    const TaskResult stopped(m_engine->stopAndWait());
+    QTRY_VERIFY(stopped.isDone());
+    QVERIFY(!FakeEngineHome::isRunning(server()));
     m_engine.reset();
-    QTRY_VERIFY(!FakeEngineHome::isRunning(pid));
     QTRY_COMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{u"pids.txt"_s});
 }
 
@@ -104,9 +104,9 @@ std::vector<float> TestRealEngine::speech(int repetitions) const
 }
 
 TaskResult<Segments> TestRealEngine::transcribe(std::vector<float> samples, const QString &modelPath,
-                                                NonSpeech nonSpeech, std::stop_token stop)
+                                                std::stop_token stop)
 {
-    return TaskResult(m_engine->transcribe(std::move(samples), modelPath, u"en"_s, nonSpeech, stop));
+    return TaskResult(m_engine->transcribe(std::move(samples), modelPath, u"en"_s, NonSpeech::Keep, stop));
 }
 
 qint64 TestRealEngine::server() const
@@ -117,11 +117,11 @@ qint64 TestRealEngine::server() const
 
 void TestRealEngine::recognisesSpeech()
 {
-    const TaskResult load(m_engine->load(model()));
+    const TaskResult load(m_engine->load(model(u"base"_s)));
     QTRY_VERIFY_WITH_TIMEOUT(load.isDone(), patience);
     QCOMPARE(load.error(), QString());
     const TaskResult file(m_engine->infer(recording(), u"auto"_s));
-    const TaskResult samples = transcribe(speech(), model());
+    const TaskResult samples = transcribe(speech(), model(u"base"_s));
     QTRY_VERIFY_WITH_TIMEOUT(file.isDone() && samples.isDone(), patience);
     QCOMPARE(file.error() + samples.error(), QString());
     for (const Segments &segments : {file.value(), samples.value()}) {
@@ -139,7 +139,8 @@ void TestRealEngine::recognisesSpeech()
 
 void TestRealEngine::silenceGivesNothing()
 {
-    const TaskResult result = transcribe(std::vector<float>(32000), model(), NonSpeech::Suppress);
+    const std::vector<float> silence(32000);
+    const TaskResult result(m_engine->transcribe(silence, model(u"base"_s), u"auto"_s, NonSpeech::Suppress));
     QTRY_VERIFY_WITH_TIMEOUT(result.isDone(), patience);
     QCOMPARE(result.error(), QString());
     QCOMPARE(textOf(result.value()), QString());
@@ -178,7 +179,7 @@ void TestRealEngine::modelSwitchWaitsForRequest()
     QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
     const qint64 first = server();
     const TaskResult running = transcribe(speech(3), model());
-    const TaskResult switched = transcribe(speech(), model(u"tiny.en"_s));
+    const TaskResult switched = transcribe(speech(), model(u"base"_s));
     QTRY_VERIFY_WITH_TIMEOUT(running.isDone() && switched.isDone(), patience);
     QCOMPARE(running.error() + switched.error(), QString());
     QVERIFY(textOf(running.value()).contains(u"ask not"_s, Qt::CaseInsensitive));
@@ -192,7 +193,7 @@ void TestRealEngine::abortedRequestFreesTheServer()
     const TaskResult load(m_engine->load(model()));
     QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
     std::stop_source stop;
-    const TaskResult aborted = transcribe(speech(30), model(), NonSpeech::Keep, stop.get_token());
+    const TaskResult aborted = transcribe(speech(30), model(), stop.get_token());
     QTRY_COMPARE(QDir(m_folder->path()).entryList({u"orvane-upload-*"_s}).size(), 1);
     stop.request_stop();
     QTRY_VERIFY(aborted.isDone());

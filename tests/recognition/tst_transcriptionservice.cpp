@@ -118,8 +118,8 @@ void TestTranscriptionService::cleanup()
 {
     m_service.reset();
     m_engine.reset();
-    for (const FakeEngineHome::Launch &launch : m_home->launches())
-        QTRY_VERIFY(!FakeEngineHome::isRunning(launch.pid));
+    QTRY_VERIFY(m_home->allEnded());
+    QCoreApplication::processEvents(); // what waited for that goes on
 }
 
 QString TestTranscriptionService::recording(const QString &name) const

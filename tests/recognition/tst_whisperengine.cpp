@@ -93,8 +93,8 @@ void TestWhisperEngine::init()
 void TestWhisperEngine::cleanup()
 {
     m_engine.reset();
-    for (const FakeEngineHome::Launch &launch : m_home->launches())
-        QTRY_VERIFY(!FakeEngineHome::isRunning(launch.pid));
+    QTRY_VERIFY(m_home->allEnded());
+    QCoreApplication::processEvents(); // what waited for that goes on
 }
 
 void TestWhisperEngine::load()

@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -85,6 +87,14 @@ QList<QJsonObject> FakeEngineHome::log(const QString &folder, const QString &eve
             entries.append(entry);
     }
     return entries;
+}
+
+bool FakeEngineHome::allEnded() const
+{
+    const QList<Launch> launches = this->launches();
+    return std::none_of(launches.begin(), launches.end(), [](const Launch &launch) {
+        return QFile::exists(u"/proc/%1"_s.arg(launch.pid)); // a zombie too
+    });
 }
 
 void FakeEngineHome::install(const QString &folder, const QString &executable, Form form)

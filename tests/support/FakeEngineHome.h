@@ -52,6 +52,9 @@ public:
     /// How many requests to that path lost their connection before they were answered.
     [[nodiscard]] qsizetype abandoned(const QString &path) const;
 
+    /// Whether all its engines have ended, and the program that started them has taken note of it.
+    [[nodiscard]] bool allEnded() const;
+
     /// Puts the fake engine into another folder, as a link or as a file of its own.
     enum class Form { Link, Copy };
     static void install(const QString &folder, const QString &executable, Form form = Form::Link);
