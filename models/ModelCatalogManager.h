@@ -72,8 +72,9 @@ public:
     /// Deletes the model's file.
     Q_INVOKABLE void remove(const QString &id);
 
-    /// The same for callers who wait for the end: throws DownloadError, or Cancelled when stop was
-    /// requested (what was downloaded then stays for the next time) or the download was cancelled.
+    /// The same, with an id of the catalogue, for callers who wait for the end: throws DownloadError, or
+    /// Cancelled when stop was requested (what was downloaded then stays for the next time) or the download
+    /// was cancelled.
     [[nodiscard]] QCoro::Task<> fetch(QString id, std::stop_token stop = {});
     [[nodiscard]] QCoro::Task<> deleteFile(QString id);
 

@@ -69,10 +69,15 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     beginProgress();
     setWorking(true);
     QString failure;
+    bool cancelled = false;
     try {
+        if (m_isBusyDetached)
+            throw busy();
         const QList<DisplaySegment> segments = co_await run(request, Audience::Published, either.token());
         throwIfCancelled(either.token());
         publish(request, segments);
+    } catch (const Cancelled &) {
+        cancelled = true;
     } catch (const std::exception &error) {
         failure = QString::fromUtf8(error.what());
     }
@@ -80,7 +85,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
         co_return;
 
     m_estimateTimer.stop();
-    if (m_cancellation.stop_requested()) {
+    if (cancelled || m_cancellation.stop_requested()) {
         setStatus(Localization::text(u"Отменено"_s));
     } else if (!failure.isEmpty()) {
         setError(failure);
@@ -93,7 +98,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Request request)
 {
     if (m_isWorking || m_isBusyDetached)
-        throw m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
+        throw busy();
     const std::stop_token alive = m_lifetime.get_token();
     const auto setBusy = [this](bool busy) {
         m_isBusyDetached = busy;
@@ -107,10 +112,17 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Requ
     co_return co_await run(request, Audience::Nobody, alive);
 }
 
+EngineServer::EngineError TranscriptionService::busy() const
+{
+    return m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
+}
+
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::run(Request request, Audience audience,
                                                              std::stop_token stop)
 {
-    m_decoder.requireReadable(request.audioPath);
+    const auto check = [decoder = &m_decoder, path = request.audioPath] { decoder->requireReadable(path); };
+    co_await offMainThread(check);
+    throwIfCancelled(stop);
     const QList<RawSegment> raw = co_await recognise(request, audience, stop);
     throwIfCancelled(stop);
     QList<DisplaySegment> segments =
@@ -150,8 +162,8 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDirectly(Request r
     const QElapsedTimer time = startRecognition(audience);
     const QList<RawSegment> segments = co_await m_engine.infer(request.audioPath, request.language);
     throwIfCancelled(stop);
-    if (!segments.isEmpty())
-        m_estimate.learn(request.model.path, 1ms * segments.last().end, 1ms * time.elapsed());
+    if (audience == Audience::Published && m_audioLength)
+        m_estimate.learn(request.model.path, *m_audioLength, 1ms * time.elapsed());
     co_return segments;
 }
 
@@ -250,6 +262,7 @@ void TranscriptionService::beginProgress()
 {
     m_estimateTimer.stop();
     m_recognitionTime.invalidate();
+    m_audioLength.reset();
     setProgress(0, -1);
 }
 
@@ -264,6 +277,7 @@ QElapsedTimer TranscriptionService::startRecognition(Audience audience)
 
 void TranscriptionService::beginEstimate(const QString &modelPath, std::chrono::milliseconds audio)
 {
+    m_audioLength = audio;
     m_expected = m_estimate.expected(modelPath, audio);
     m_estimateTimer.start();
     updateEstimate();
