@@ -8,6 +8,9 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     m_services.engineProcesses().killStaleProcesses();
     m_services.history().watch();
+    if (UpdateChecker *updates = m_services.updates())
+        updates->start();
+    m_services.telemetry().pingIfEnabled();
 }
 
 void AppDelegate::applicationWillTerminate()

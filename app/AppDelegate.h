@@ -14,8 +14,8 @@ class AppDelegate : public QObject
 public:
     explicit AppDelegate(AppServices &services, QObject *parent = nullptr);
 
-    /// Once, when the event loop begins: ends the engines that a crashed run left behind and follows
-    /// what the command line does to the history.
+    /// Once, when the event loop begins: ends the engines that a crashed run left behind, follows
+    /// what the command line does to the history, and begins with update checks and device reports.
     void applicationDidFinishLaunching();
 
     /// Once, when the program is about to end: asks every engine to end, without waiting.

@@ -1,27 +1,46 @@
 #include "app/AppServices.h"
 
+#include "app/base/Async.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
 
+#include <QThreadPool>
+
 namespace orvane {
 
-AppServices::AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile)
-    : m_folders(folders),
-      m_defaults(defaultsFile),
-      m_engineProcesses(role == Role::Application ? folders.engineProcessFile() : QString()),
-      m_decoder(folders.resources)
+AppServices::AppServices(const Environment &environment)
+    : m_folders(environment.folders),
+      m_defaults(environment.defaultsFile),
+      m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
+      m_decoder(m_folders.resources)
 {
     LegacyMigration::migrateAppSupportDirectory(m_folders);
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
-    m_models = std::make_unique<ModelManager>(m_folders.models());
+    if (const auto &windows = environment.windows) {
+        m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
+                                                    m_folders.temporary, UpdateChecker::Options());
+    }
+    m_models = std::make_unique<ModelManager>(m_folders.models(), environment.repository);
     m_history = std::make_unique<HistoryStore>(m_folders);
     m_whisperEngine = std::make_unique<WhisperServerEngine>(
         EngineServer::SearchPath{.resources = m_folders.resources}, m_engineProcesses, m_folders.temporary);
+    m_correctionModels =
+        std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
+
+    if (environment.role == Role::Application) {
+        QObject::connect(m_settings.get(), &AppSettings::shareAnonymousStatsChanged, m_settings.get(),
+                         [this] { telemetry().pingIfEnabled(); });
+    }
 }
 
-AppServices::~AppServices() = default;
+AppServices::~AppServices()
+{
+    // It tells its work on other threads to stop; that work uses the decoder until it has.
+    m_transcriber.reset();
+    waitForDone(*QThreadPool::globalInstance());
+}
 
 TranscriptionService &AppServices::transcriber()
 {
@@ -39,6 +58,15 @@ TranscriptionService &AppServices::transcriber()
             .engine = *m_whisperEngine, .decoder = m_decoder, .saveRecord = save, .labelSpeakers = {}});
     }
     return *m_transcriber;
+}
+
+Telemetry &AppServices::telemetry()
+{
+    if (!m_telemetry) {
+        m_telemetry = std::make_unique<Telemetry>(*m_settings, m_defaults, DeviceSources::ofThisMachine(),
+                                                  Telemetry::Options());
+    }
+    return *m_telemetry;
 }
 
 } // namespace orvane

@@ -3,14 +3,18 @@
 #include "app/base/StandardFolders.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/UserDefaults.h"
+#include "correction/catalogue/CorrectionModelManager.h"
 #include "history/HistoryStore.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
 #include "recognition/EngineProcessRegistry.h"
 #include "recognition/TranscriptionService.h"
 #include "recognition/WhisperServerEngine.h"
+#include "update/Telemetry.h"
+#include "update/UpdateChecker.h"
 
 #include <memory>
+#include <optional>
 
 namespace orvane {
 
@@ -24,19 +28,42 @@ public:
     /// beside it must neither see nor end the application's engines.
     enum class Role { Application, CommandLine };
 
+    /// What the services show to the user. Only an application with a display has it. Outlives the services.
+    struct Windows
+    {
+        UpdatePresenter &updates;
+        UpdateChecker::Opener openFile;
+    };
+
+    /// What the services work in.
+    struct Environment
+    {
+        Role role = Role::CommandLine;
+        StandardFolders folders = StandardFolders::ofUser();
+        QString defaultsFile = UserDefaults::standardFile();
+        /// Where models are downloaded from.
+        ModelRepository repository = ModelRepository::ofBuild();
+        std::optional<Windows> windows = std::nullopt;
+    };
+
     /// Carries over the earlier product's data first, so that every service finds it.
-    AppServices(Role role, const StandardFolders &folders, const QString &defaultsFile);
+    explicit AppServices(const Environment &environment);
     ~AppServices();
     Q_DISABLE_COPY_MOVE(AppServices)
 
     [[nodiscard]] AppSettings &settings() { return *m_settings; }
+    /// Null without windows, as every outcome of it is shown.
+    [[nodiscard]] UpdateChecker *updates() { return m_updates.get(); }
     [[nodiscard]] ModelManager &models() { return *m_models; }
     [[nodiscard]] HistoryStore &history() { return *m_history; }
     [[nodiscard]] WhisperServerEngine &whisperEngine() { return *m_whisperEngine; }
+    [[nodiscard]] CorrectionModelManager &correctionModels() { return *m_correctionModels; }
     [[nodiscard]] EngineProcessRegistry &engineProcesses() { return m_engineProcesses; }
 
     /// Made on first access, the same object afterwards.
     [[nodiscard]] TranscriptionService &transcriber();
+    /// As above. The application has it report when the user turns sharing on.
+    [[nodiscard]] Telemetry &telemetry();
 
 private:
     // In the order of construction, which is the order of dependence.
@@ -45,10 +72,13 @@ private:
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
     std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<UpdateChecker> m_updates;
     std::unique_ptr<ModelManager> m_models;
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
+    std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
+    std::unique_ptr<Telemetry> m_telemetry;
 };
 
 } // namespace orvane

@@ -67,10 +67,8 @@ void HistoryStore::publish(QList<TranscriptRecord> records)
     m_loaded = true;
     for (const auto &change : std::exchange(m_waiting, {}))
         change();
-    Q_EMIT
-    recordsChanged();
-    Q_EMIT
-    loadedChanged();
+    Q_EMIT recordsChanged();
+    Q_EMIT loadedChanged();
 }
 
 QCoro::Task<> HistoryStore::whenLoaded()
@@ -104,8 +102,7 @@ void HistoryStore::change(const QUuid &id, const std::function<void(TranscriptRe
         TranscriptRecord &record = m_records[found - m_records.cbegin()];
         change(record);
         save(record);
-        Q_EMIT
-        recordsChanged();
+        Q_EMIT recordsChanged();
     });
 }
 
@@ -116,8 +113,7 @@ TranscriptRecord HistoryStore::add(TranscriptRecord record)
     whenReady([this, record] {
         m_records.prepend(record);
         save(record);
-        Q_EMIT
-        recordsChanged();
+        Q_EMIT recordsChanged();
     });
     return record;
 }
@@ -174,8 +170,7 @@ void HistoryStore::remove(const QUuid &id)
         if (m_records.removeIf([&id](const TranscriptRecord &record) { return record.id == id; }) == 0)
             return;
         spawn(write(id, [folder = &m_folder, id] { folder->remove(id); }));
-        Q_EMIT
-        recordsChanged();
+        Q_EMIT recordsChanged();
     });
 }
 
@@ -212,8 +207,7 @@ void HistoryStore::noteOutcome(const QUuid &id, const QString &failure)
                           : m_failures.isEmpty() ? QString()
                                                  : *m_failures.cbegin();
     if (std::exchange(m_lastError, shown) != shown)
-        Q_EMIT
-    lastErrorChanged();
+        Q_EMIT lastErrorChanged();
 }
 
 QCoro::Task<> HistoryStore::flush()
@@ -269,8 +263,7 @@ void HistoryStore::takeOver(const QHash<QUuid, QList<TranscriptRecord>> &changes
             changed |= replace(id, records);
     }
     if (changed)
-        Q_EMIT
-    recordsChanged();
+        Q_EMIT recordsChanged();
 }
 
 // What stays keeps its place in the list; what is new takes its place by time.

@@ -1,23 +1,43 @@
 #include "models/ModelManager.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-ModelManager::ModelManager(const QString &modelsDirectory, QObject *parent)
-    : QObject(parent),
-      m_modelsDirectory(modelsDirectory)
+namespace {
+
+QList<DownloadableModel> downloadable()
 {
-    refresh();
+    QList<DownloadableModel> models;
+    for (const WhisperModel &model : WhisperModel::catalog()) {
+        models.append({.id = model.id,
+                       .displayName = model.displayName,
+                       .fileName = model.fileName,
+                       .repositoryPath = u"/vantrel/whisper.cpp/resolve/main/"_s + model.fileName});
+    }
+    return models;
 }
+
+/// The ggml form's magic number, little-endian.
+QByteArray magic()
+{
+    return "lmgg";
+}
+
+} // namespace
+
+ModelManager::ModelManager(const QString &modelsDirectory, ModelRepository repository, QObject *parent)
+    : ModelCatalogManager(downloadable(), magic(), modelsDirectory, std::move(repository), parent)
+{}
 
 QList<WhisperModel> ModelManager::downloadedModels() const
 {
     QList<WhisperModel> models;
+    const QSet<QString> ids = downloaded();
     std::ranges::copy_if(WhisperModel::catalog(), std::back_inserter(models),
-                         [this](const WhisperModel &model) { return m_downloaded.contains(model.id); });
+                         [&ids](const WhisperModel &model) { return ids.contains(model.id); });
     return models;
 }
 
@@ -32,21 +52,7 @@ std::optional<WhisperModel> ModelManager::resolved(const QString &selectedID) co
 
 QString ModelManager::localURL(const WhisperModel &model) const
 {
-    return m_modelsDirectory + u'/' + model.fileName;
-}
-
-void ModelManager::refresh()
-{
-    QSet<QString> found;
-    for (const WhisperModel &model : WhisperModel::catalog()) {
-        if (QFileInfo(localURL(model)).isFile())
-            found.insert(model.id);
-    }
-    if (found == m_downloaded)
-        return;
-    m_downloaded = found;
-    Q_EMIT
-    downloadedChanged();
+    return modelsDirectory() + u'/' + model.fileName;
 }
 
 } // namespace orvane

@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// A recognition model in whisper.cpp's ggml form: an entry of the catalogue, or a file given by path.
+/// A recognition model of the catalogue, in whisper.cpp's ggml form. ModelFile is what an engine gets.
 struct WhisperModel
 {
     QString id;

@@ -110,8 +110,10 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
         if (!alive.stop_requested())
             endLoading();
     });
-    const EitherStop either(alive, stop);
-    co_await performLoad(modelPath, either.token());
+    m_loadingStop = std::stop_source();
+    const EitherStop byCaller(alive, stop);
+    const EitherStop byAnyone(byCaller.token(), m_loadingStop.get_token());
+    co_await performLoad(modelPath, byAnyone.token());
 }
 
 // Those who wait are resumed from the event loop, so that the caller whose load this was can begin its
@@ -213,6 +215,7 @@ QProcessEnvironment EngineServer::environmentFor(const QString &executable) cons
 
 void EngineServer::stop()
 {
+    m_loadingStop.request_stop();
     spawn(end(takeProcess()));
 }
 

@@ -85,7 +85,8 @@ public:
     /// The next load launches the server anew even for the same model. Nothing is stopped now.
     void requestRestart() { m_forceRestart = true; }
 
-    /// Asks the server to end; kills it if it has not after 2 s. Does not wait.
+    /// Asks the server to end; kills it if it has not after 2 s. Does not wait. A load under way ends with
+    /// Cancelled.
     void stop();
 
     /// The same, and returns once the process is gone.
@@ -150,6 +151,8 @@ private:
     bool m_forceRestart = false;
     /// The end of the load that is under way; none when none is.
     std::shared_ptr<OneTimeEvent> m_loading;
+    /// Ends that load.
+    std::stop_source m_loadingStop;
     std::shared_ptr<int> m_requestsInFlight = std::make_shared<int>(0);
     std::stop_source m_lifetime;
 };

@@ -69,10 +69,15 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     beginProgress();
     setWorking(true);
     QString failure;
+    bool cancelled = false;
     try {
+        if (m_isBusyDetached)
+            throw busy();
         const QList<DisplaySegment> segments = co_await run(request, Audience::Published, either.token());
         throwIfCancelled(either.token());
         publish(request, segments);
+    } catch (const Cancelled &) {
+        cancelled = true;
     } catch (const std::exception &error) {
         failure = QString::fromUtf8(error.what());
     }
@@ -80,7 +85,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
         co_return;
 
     m_estimateTimer.stop();
-    if (m_cancellation.stop_requested()) {
+    if (cancelled || m_cancellation.stop_requested()) {
         setStatus(Localization::text(u"Отменено"_s));
     } else if (!failure.isEmpty()) {
         setError(failure);
@@ -93,12 +98,11 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Request request)
 {
     if (m_isWorking || m_isBusyDetached)
-        throw m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
+        throw busy();
     const std::stop_token alive = m_lifetime.get_token();
     const auto setBusy = [this](bool busy) {
         m_isBusyDetached = busy;
-        Q_EMIT
-        isBusyDetachedChanged();
+        Q_EMIT isBusyDetachedChanged();
     };
     setBusy(true);
     const auto free = qScopeGuard([alive, setBusy] {
@@ -108,10 +112,17 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Requ
     co_return co_await run(request, Audience::Nobody, alive);
 }
 
+EngineServer::EngineError TranscriptionService::busy() const
+{
+    return m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
+}
+
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::run(Request request, Audience audience,
                                                              std::stop_token stop)
 {
-    m_decoder.requireReadable(request.audioPath);
+    const auto check = [decoder = &m_decoder, path = request.audioPath] { decoder->requireReadable(path); };
+    co_await offMainThread(check);
+    throwIfCancelled(stop);
     const QList<RawSegment> raw = co_await recognise(request, audience, stop);
     throwIfCancelled(stop);
     QList<DisplaySegment> segments =
@@ -151,8 +162,8 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDirectly(Request r
     const QElapsedTimer time = startRecognition(audience);
     const QList<RawSegment> segments = co_await m_engine.infer(request.audioPath, request.language);
     throwIfCancelled(stop);
-    if (!segments.isEmpty())
-        m_estimate.learn(request.model.path, 1ms * segments.last().end, 1ms * time.elapsed());
+    if (audience == Audience::Published && m_audioLength)
+        m_estimate.learn(request.model.path, *m_audioLength, 1ms * time.elapsed());
     co_return segments;
 }
 
@@ -188,13 +199,11 @@ void TranscriptionService::publish(const Request &request, const QList<DisplaySe
 {
     m_segments = segments;
     m_transcript = joinedText(segments);
-    Q_EMIT
-    resultChanged();
+    Q_EMIT resultChanged();
     if (request.history == History::Save) {
         if (const std::optional<QUuid> id = m_saveRecord(request, segments, m_transcript)) {
             m_lastSavedID = *id;
-            Q_EMIT
-            lastSavedIDChanged();
+            Q_EMIT lastSavedIDChanged();
         }
     }
     setProgress(1, 0);
@@ -230,19 +239,19 @@ void TranscriptionService::reset()
         return;
     m_segments.clear();
     m_transcript.clear();
-    Q_EMIT
-    resultChanged();
+    Q_EMIT resultChanged();
     setError({});
     setStatus({});
     setProgress(0, -1);
     m_resetToken = QUuid::createUuid();
-    Q_EMIT
-    resetTokenChanged();
+    Q_EMIT resetTokenChanged();
 }
 
 QCoro::Task<> TranscriptionService::estimateFromFile(Request request, std::stop_token stop)
 {
-    auto probe = [decoder = &m_decoder, path = request.audioPath] { return decoder->duration(path); };
+    auto probe = [decoder = &m_decoder, path = request.audioPath, stop] {
+        return decoder->duration(path, stop);
+    };
     const std::optional<std::chrono::milliseconds> length = co_await offMainThread(std::move(probe));
     throwIfCancelled(stop);
     if (length)
@@ -253,6 +262,7 @@ void TranscriptionService::beginProgress()
 {
     m_estimateTimer.stop();
     m_recognitionTime.invalidate();
+    m_audioLength.reset();
     setProgress(0, -1);
 }
 
@@ -267,6 +277,7 @@ QElapsedTimer TranscriptionService::startRecognition(Audience audience)
 
 void TranscriptionService::beginEstimate(const QString &modelPath, std::chrono::milliseconds audio)
 {
+    m_audioLength = audio;
     m_expected = m_estimate.expected(modelPath, audio);
     m_estimateTimer.start();
     updateEstimate();
@@ -284,8 +295,7 @@ void TranscriptionService::updateEstimate()
 void TranscriptionService::setWorking(bool working)
 {
     m_isWorking = working;
-    Q_EMIT
-    isWorkingChanged();
+    Q_EMIT isWorkingChanged();
 }
 
 void TranscriptionService::setStatus(const QString &text)
@@ -293,8 +303,7 @@ void TranscriptionService::setStatus(const QString &text)
     if (m_statusText == text)
         return;
     m_statusText = text;
-    Q_EMIT
-    statusTextChanged();
+    Q_EMIT statusTextChanged();
 }
 
 void TranscriptionService::setError(const QString &text)
@@ -302,8 +311,7 @@ void TranscriptionService::setError(const QString &text)
     if (m_errorText == text)
         return;
     m_errorText = text;
-    Q_EMIT
-    errorTextChanged();
+    Q_EMIT errorTextChanged();
 }
 
 void TranscriptionService::setProgress(double progress, qint64 remainingMs)
@@ -312,8 +320,7 @@ void TranscriptionService::setProgress(double progress, qint64 remainingMs)
         return;
     m_progress = progress;
     m_remainingMs = remainingMs;
-    Q_EMIT
-    progressChanged();
+    Q_EMIT progressChanged();
 }
 
 } // namespace orvane

@@ -65,6 +65,7 @@ public:
     };
 
     explicit TranscriptionService(Collaborators collaborators, QObject *parent = nullptr);
+    /// Tells its work on the global thread pool to stop without waiting: the decoder must outlive that.
     ~TranscriptionService() override;
 
     [[nodiscard]] bool isWorking() const { return m_isWorking; }
@@ -85,7 +86,8 @@ public:
     /// Changes with every reset(), so that views can clear themselves.
     [[nodiscard]] QUuid resetToken() const { return m_resetToken; }
 
-    /// Transcribes and publishes; never throws. A call while one is working does nothing.
+    /// Transcribes and publishes; never throws. A call while one is working does nothing; while a detached
+    /// one runs it is refused with an error.
     QCoro::Task<> transcribe(Request request);
 
     /// Transcribes for the caller alone and saves nothing. Throws, at once when a transcription of
@@ -123,6 +125,7 @@ private:
                                                      std::stop_token stop);
     QCoro::Task<QList<RawSegment>> recogniseDecoded(Request request, Audience audience, std::stop_token stop);
 
+    [[nodiscard]] EngineServer::EngineError busy() const;
     void publish(const Request &request, const QList<DisplaySegment> &segments);
     void setWorking(bool working);
     void setStatus(const QString &text);
@@ -144,6 +147,8 @@ private:
 
     RecognitionEstimate m_estimate;
     QElapsedTimer m_recognitionTime;
+    /// Of the recording that is being recognised, once it is known.
+    std::optional<std::chrono::milliseconds> m_audioLength;
     std::chrono::milliseconds m_expected{0};
     QTimer m_estimateTimer;
 

@@ -249,22 +249,19 @@ void UpdateChecker::setAvailable(const std::optional<Release> &release)
     if (m_available == release)
         return;
     m_available = release;
-    Q_EMIT
-    availableChanged();
+    Q_EMIT availableChanged();
 }
 
 void UpdateChecker::setChecking(bool checking)
 {
     m_checking = checking;
-    Q_EMIT
-    checkingChanged();
+    Q_EMIT checkingChanged();
 }
 
 void UpdateChecker::setDownloading(bool downloading)
 {
     m_downloading = downloading;
-    Q_EMIT
-    downloadingChanged();
+    Q_EMIT downloadingChanged();
 }
 
 void UpdateChecker::setDownloadProgress(double progress)
@@ -274,8 +271,7 @@ void UpdateChecker::setDownloadProgress(double progress)
     m_downloadProgress = progress;
     if (progress > 0)
         m_presenter.setProgress(progress);
-    Q_EMIT
-    downloadProgressChanged();
+    Q_EMIT downloadProgressChanged();
 }
 
 } // namespace orvane

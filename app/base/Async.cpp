@@ -54,6 +54,13 @@ void waitForDone(QThreadPool &pool)
     detail::acceptHandOver();
 }
 
+void endAbandonedTasks()
+{
+    waitForDone(*QThreadPool::globalInstance());
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 namespace detail {
 
 #ifdef ORVANE_THREAD_SANITIZER

@@ -34,6 +34,11 @@ void startOffMainThread(std::function<void()> work);
 /// Waits for every job given to the pool so far, and for what they have left in memory.
 void waitForDone(QThreadPool &pool);
 
+/// For the end of the program, when the services are gone and the application object is not: lets the
+/// jobs of the global pool end and resumes the tasks that wait for something, which find their service
+/// gone and end too.
+void endAbandonedTasks();
+
 namespace detail {
 
 // Qt's own synchronisation is invisible to the thread sanitizer, so what passes from one thread to

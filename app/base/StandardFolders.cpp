@@ -28,6 +28,11 @@ QString StandardFolders::models() const
     return orvane() + u"/Models"_s;
 }
 
+QString StandardFolders::correctionModels() const
+{
+    return orvane() + u"/CorrectionModels"_s;
+}
+
 QString StandardFolders::engineProcessFile() const
 {
     return orvane() + u"/server-pids.txt"_s;

@@ -20,6 +20,7 @@ struct StandardFolders
     [[nodiscard]] QString history() const;
     [[nodiscard]] QString recordings() const;
     [[nodiscard]] QString models() const;
+    [[nodiscard]] QString correctionModels() const;
     [[nodiscard]] QString engineProcessFile() const;
 
     /// The running user's folders. Needs a QCoreApplication: resources are found beside the program.

@@ -21,6 +21,7 @@ const QString languageOption = u"language"_s;
 const QString formatOption = u"format"_s;
 const QString outputOption = u"output"_s;
 const QString noHistoryOption = u"no-history"_s;
+const QString repositoryOption = u"repository"_s;
 
 QCommandLineOption withValue(const QString &name)
 {
@@ -40,7 +41,20 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
         throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
+    // The one option without a value.
+    const QString flag = u"--"_s + noHistoryOption;
+    if (arguments.filter(flag + u'=').size() > 0)
+        throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
     throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
+}
+
+template <typename Action>
+Action actionNamed(const QString &name, const QMap<QString, Action> &actions, const QString &complaint)
+{
+    const auto found = actions.constFind(name);
+    if (found == actions.cend())
+        throw usageError(complaint, name);
+    return *found;
 }
 
 OutputFormat formatOf(const QCommandLineParser &parser)
@@ -55,7 +69,12 @@ OutputFormat formatOf(const QCommandLineParser &parser)
 
 QString outputOf(const QCommandLineParser &parser)
 {
-    return parser.isSet(outputOption) ? parser.value(outputOption) : Output::standardOutput.toString();
+    if (!parser.isSet(outputOption))
+        return Output::standardOutput.toString();
+    const QString path = parser.value(outputOption);
+    if (path.isEmpty())
+        throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + outputOption);
+    return path;
 }
 
 QString languageOf(const QCommandLineParser &parser)
@@ -104,12 +123,9 @@ Command parseHistory(const QStringList &arguments)
     parseInto(parser, arguments);
 
     const QStringList words = parser.positionalArguments();
-    const QString name = words.value(0, u"list"_s);
-    if (!actions.contains(name))
-        throw usageError(Localization::text(u"Неизвестное действие с историей: "_s), name);
-
     HistoryCommand::Options options;
-    options.action = actions[name];
+    options.action = actionNamed(words.value(0, u"list"_s), actions,
+                                 Localization::text(u"Неизвестное действие с историей: "_s));
     options.id = words.value(1);
     options.title = words.value(2).trimmed();
     options.format = formatOf(parser);
@@ -125,6 +141,31 @@ Command parseHistory(const QStringList &arguments)
     const qsizetype expected = options.action == Action::List ? 1 : options.action == Action::Rename ? 3 : 2;
     if (words.size() > expected)
         throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[expected]);
+    return options;
+}
+
+Command parseModels(const QStringList &arguments)
+{
+    using Action = ModelsCommand::Action;
+    static const QMap<QString, Action> actions = {{u"list"_s, Action::List},
+                                                  {u"download"_s, Action::Download},
+                                                  {u"delete"_s, Action::Delete},
+                                                  {u"path"_s, Action::Path}};
+    QCommandLineParser parser;
+    parser.addOption(withValue(repositoryOption));
+    parseInto(parser, arguments);
+
+    const QStringList words = parser.positionalArguments();
+    ModelsCommand::Options options;
+    options.action = actionNamed(words.value(0, u"list"_s), actions,
+                                 Localization::text(u"Неизвестное действие с моделями: "_s));
+    options.ids = words.mid(1);
+    options.repository = parser.value(repositoryOption);
+    const bool needsModel = options.action == Action::Download || options.action == Action::Delete;
+    if (needsModel && options.ids.isEmpty())
+        throw UsageError(Localization::text(u"Укажите модель: их названия показывает orvane models list."_s));
+    if (options.action == Action::List && !options.ids.isEmpty())
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), options.ids.first());
     return options;
 }
 
@@ -148,6 +189,8 @@ Command parse(const QStringList &arguments)
         return parseTranscribe(rest);
     if (name == "history"_L1)
         return parseHistory(rest);
+    if (name == "models"_L1)
+        return parseModels(rest);
     throw usageError(Localization::text(u"Неизвестная команда: "_s), name);
 }
 
@@ -167,6 +210,12 @@ QString help()
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
   orvane history delete ID        удалить запись
+
+  orvane models [list]            показать модели: размер, память, что скачано
+  orvane models download ID…      скачать модели; прерванная загрузка продолжится
+  orvane models delete ID…        удалить модели
+  orvane models path [ID…]        показать, где лежат модели
+      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
   orvane --background             остаться работать в фоне
   orvane --version                показать версию

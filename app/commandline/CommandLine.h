@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/commandline/HistoryCommand.h"
+#include "app/commandline/ModelsCommand.h"
 #include "app/commandline/TranscribeCommand.h"
 
 #include <QStringList>
@@ -17,8 +18,8 @@ struct ShowHelp
 struct RunApplication
 {};
 
-using Command =
-    std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options, HistoryCommand::Options>;
+using Command = std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options,
+                             HistoryCommand::Options, ModelsCommand::Options>;
 
 /// What the arguments, without the program's name, ask for. Throws UsageError.
 [[nodiscard]] Command parse(const QStringList &arguments);

@@ -86,10 +86,11 @@ TranscriptRecord HistoryCommand::record() const
     for (const TranscriptRecord &record : m_history.records()) {
         if (!uuidText(record.id).startsWith(m_options.id, Qt::CaseInsensitive))
             continue;
-        if (found)
+        if (found && found->id != record.id)
             throw Error(Localization::text(u"Под это обозначение подходит несколько записей: "_s) +
                         m_options.id);
-        found = &record;
+        if (!found)
+            found = &record;
     }
     if (!found)
         throw Error(Localization::text(u"В истории нет записи "_s) + m_options.id);

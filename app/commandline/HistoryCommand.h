@@ -7,8 +7,6 @@
 
 #include <QCoroTask>
 
-#include <functional>
-
 namespace orvane {
 
 /// `orvane history`: what the windows do with the list of transcripts, for scripts.

@@ -49,8 +49,7 @@ void Interruption::receive()
 {
     char number = 0;
     if (::read(channel[1], &number, 1) == 1)
-        Q_EMIT
-    requested(number);
+        Q_EMIT requested(number);
 }
 
 } // namespace orvane

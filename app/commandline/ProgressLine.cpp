@@ -3,6 +3,7 @@
 #include "app/settings/Localization.h"
 #include "recognition/segments/DisplaySegment.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -57,7 +58,7 @@ void ProgressLine::paint()
     QString line = u"%1 · %2 · %3"_s.arg(timecodeOf(m_elapsed.elapsed()), m_title, state.stage);
     if (state.remainingMs >= 0)
         line += u" · "_s + Localization::text(u"осталось ≈ "_s) + timecodeOf(state.remainingMs);
-    const qsizetype columns = terminalColumns() - 1; // a full last column would wrap
+    const qsizetype columns = std::max<qsizetype>(terminalColumns() - 1, 1); // a full last column would wrap
     if (line.size() > columns)
         line = line.first(columns - 1) + u'…';
     rewriteLine(line);

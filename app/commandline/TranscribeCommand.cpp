@@ -34,6 +34,12 @@ TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
     : m_services(services),
       m_options(std::move(options))
 {
+    const auto isItsOwnResult = [this](const QString &file) {
+        return QFileInfo(file).isFile() && QFileInfo(file) == QFileInfo(destination(file));
+    };
+    if (std::ranges::any_of(m_options.files, isItsOwnResult))
+        throw UsageError(Localization::text(
+            u"Результат перезаписал бы исходный файл: укажите для --output другой путь."_s));
     if (m_options.files.size() < 2)
         return;
     if (m_options.output == Output::standardOutput) {
@@ -63,10 +69,10 @@ QCoro::Task<int> TranscribeCommand::run()
 
     bool everyFileDone = true;
     for (const QString &file : m_options.files) {
-        const bool done = co_await transcribe(file, chosenModel, language);
-        everyFileDone = everyFileDone && done;
         if (m_interrupted)
             break;
+        const bool done = co_await transcribe(file, chosenModel, language);
+        everyFileDone = everyFileDone && done;
     }
 
     co_await m_services.whisperEngine().stopAndWait();
@@ -153,7 +159,8 @@ ModelFile TranscribeCommand::model() const
         if (const auto chosen = models.resolved(m_services.settings().selectedModelID()))
             return {.id = chosen->id, .path = models.localURL(*chosen)};
         throw Error(
-            Localization::text(u"Не скачано ни одной модели распознавания. Положите модель в папку "_s) +
+            Localization::text(
+                u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в папку "_s) +
             models.modelsDirectory());
     }
 
@@ -180,6 +187,10 @@ void TranscribeCommand::requireWritableDestination() const
 {
     if (m_options.output == Output::standardOutput)
         return;
+    const QFileInfo present(m_options.output);
+    const bool isDevice = present.exists() && !present.isFile() && !present.isDir();
+    if (isDevice)
+        return; // written to where it is: its folder may belong to another user
     const QFileInfo folder(isFolder(m_options.output) ? m_options.output
                                                       : QFileInfo(m_options.output).absolutePath());
     if (!folder.isDir() || !folder.isWritable())

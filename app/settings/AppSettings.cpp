@@ -79,8 +79,7 @@ void AppSettings::setSelectedModelID(const QString &id)
 void AppSettings::setLanguageCode(const QString &code)
 {
     if (change(m_languageCode, code, Key::languageCode, &AppSettings::languageCodeChanged))
-        Q_EMIT
-    languageChanged();
+        Q_EMIT languageChanged();
 }
 
 void AppSettings::setDetectSpeakers(bool on)
@@ -107,8 +106,7 @@ void AppSettings::setCorrectionModelID(const QString &id)
 void AppSettings::setDictationTrigger(const QString &trigger)
 {
     if (change(m_dictationTrigger, trigger, Key::dictationTrigger, &AppSettings::dictationTriggerChanged))
-        Q_EMIT
-    dictationTriggerNameChanged();
+        Q_EMIT dictationTriggerNameChanged();
 }
 
 void AppSettings::setCorrectDictation(bool on)
@@ -137,10 +135,8 @@ void AppSettings::setInterfaceLanguage(const QString &code)
     Localization::setLanguage(code);
     if (!change(m_interfaceLanguage, code, Key::interfaceLanguage, &AppSettings::interfaceLanguageChanged))
         return;
-    Q_EMIT
-    dictationTriggerNameChanged();
-    Q_EMIT
-    languageChanged();
+    Q_EMIT dictationTriggerNameChanged();
+    Q_EMIT languageChanged();
 }
 
 QString AppSettings::dictationTriggerName() const

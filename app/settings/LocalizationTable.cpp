@@ -91,6 +91,53 @@ constexpr TextPair pairs[] = {
     {u"Скачанный файл не является корректной моделью. Повторите загрузку.",
      u"The downloaded file is not a valid model. Try the download again."},
     {u"Не удалось скачать ", u"Could not download "},
+    {u"Сервер ответил непонятно: неизвестен размер файла модели.",
+     u"The server’s answer is unclear: it does not tell the size of the model file."},
+    {u"Сервер отдаёт не тот файл, что в начале загрузки. Повторите её.",
+     u"The server no longer sends the file it began with. Try the download again."},
+    {u"Недостаточно места на диске: нужно ", u"Not enough disk space: "},
+    {u" МБ, свободно ", u" MB needed, "},
+    {u" МБ.", u" MB free."},
+    {u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится.",
+     u"The disk is full. Free some space and try the download again: it will continue."},
+    {u"Не удаётся записать файл в папку ", u"Could not write the file to the folder "},
+    {u"Этот файл уже скачивается другим окном или командой — дождитесь окончания.",
+     u"This file is already being downloaded by another window or command — wait until it is done."},
+    {u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.",
+     u"The address of the model repository is not set: give it when building or on the command line."},
+    {u"Сервер моделей не найден. Проверьте подключение к интернету.",
+     u"The model server was not found. Check your internet connection."},
+    {u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится.",
+     u"The model server stopped responding. Try the download again: it will continue."},
+    {u"Не удалось соединиться с сервером моделей. Повторите загрузку.",
+     u"Could not connect to the model server. Try the download again."},
+    {u"Не удалось установить защищённое соединение с сервером моделей.",
+     u"Could not establish a secure connection to the model server."},
+    {u"Сервер перенаправил загрузку на незащищённый адрес, поэтому она остановлена.",
+     u"The server redirected the download to an insecure address, so it was stopped."},
+    {u"Сервер перенаправляет загрузку по кругу.", u"The server redirects the download in circles."},
+    {u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси.",
+     u"The proxy server does not let the download through. Check the proxy settings."},
+
+    // Correction models and engines
+    {u"Встроенная (Apple)", u"Built-in (Apple)"},
+    {u"Опенсорсная модель", u"Open-source model"},
+    {u"Лёгкая · быстрая", u"Light · fast"},
+    {u"Лёгкая", u"Light"},
+    {u"Сбалансированная", u"Balanced"},
+    {u"Высокая точность", u"High accuracy"},
+    {u"Максимальное качество", u"Maximum quality"},
+    {u"Русский, английский — хорошо. Для слабых Mac (8 ГБ).",
+     u"Russian, English — good. For modest Macs (8 GB)."},
+    {u"Многоязычная (Google). Русский — хорошо.", u"Multilingual (Google). Good Russian."},
+    {u"Русский — отлично. Хороший выбор по умолчанию.", u"Excellent Russian. A solid default."},
+    {u"Английский — отлично, русский — хорошо (Meta).", u"Excellent English, good Russian (Meta)."},
+    {u"Русский, английский — превосходно. Для Mac с 16 ГБ.",
+     u"Superb Russian and English. For Macs with 16 GB."},
+    {u"Сильная многоязычная (Google). Для Mac с 16 ГБ+.",
+     u"Strong multilingual (Google). For Macs with 16 GB+."},
+    {u"Лучшая точность и русский. Нужен мощный Mac (24–32 ГБ).",
+     u"Best accuracy and Russian. Needs a powerful Mac (24–32 GB)."},
 
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
@@ -143,6 +190,9 @@ constexpr TextPair pairs[] = {
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},
     {u"Параметру нужно значение: ", u"The option needs a value: "},
+    {u"Результат перезаписал бы исходный файл: укажите для --output другой путь.",
+     u"The result would overwrite the recording: choose another path for --output."},
+    {u"Параметр не принимает значения: ", u"The option takes no value: "},
     {u"Неизвестный формат (есть txt, md, srt и json): ",
      u"Unknown format (there are txt, md, srt and json): "},
     {u"Неизвестный язык (есть %1): ", u"Unknown language (there are %1): "},
@@ -165,14 +215,29 @@ constexpr TextPair pairs[] = {
     {u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно.",
      u"Results of files with equal names would overwrite each other: transcribe them one by one."},
     {u"речь не найдена", u"no speech found"},
-    {u"Не скачано ни одной модели распознавания. Положите модель в папку ",
-     u"No recognition model is there. Put one into the folder "},
+    {u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в "
+     u"папку ",
+     u"No recognition model is there. Download one: orvane models download base, or put one into the "
+     u"folder "},
     {u"Модель распознавания не скачана: ", u"This recognition model is not downloaded: "},
     {u"Нет такой модели распознавания: ", u"There is no such recognition model: "},
     {u"В эту папку нельзя записать результат: ", u"The result cannot be written to this folder: "},
     {u"Под это обозначение подходит несколько записей: ", u"Several records match this id: "},
     {u"В истории нет записи ", u"The history has no record "},
     {u"Orvane уже работает.", u"Orvane is already running."},
+    {u"Неизвестное действие с моделями: ", u"Unknown models action: "},
+    {u"Укажите модель: их названия показывает orvane models list.",
+     u"Name a model: orvane models list shows their ids."},
+    {u"Распознавание речи", u"Speech recognition"},
+    {u"Обработка текста", u"Text processing"},
+    {u"только английский", u"English only"},
+    {u"Рекомендуем", u"Recommended"},
+    {u"ГБ", u"GB"},
+    {u"МБ/с", u"MB/s"},
+    {u"уже скачана", u"is downloaded already"},
+    {u"Эта модель не скачана: ", u"This model is not downloaded: "},
+    {u"Не удалось удалить модель: ", u"Could not delete the model: "},
+    {u"Нет такой модели: ", u"There is no such model: "},
     {uR"(Orvane превращает речь в текст на вашем компьютере.
 
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
@@ -187,6 +252,12 @@ constexpr TextPair pairs[] = {
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
   orvane history delete ID        удалить запись
+
+  orvane models [list]            показать модели: размер, память, что скачано
+  orvane models download ID…      скачать модели; прерванная загрузка продолжится
+  orvane models delete ID…        удалить модели
+  orvane models path [ID…]        показать, где лежат модели
+      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
   orvane --background             остаться работать в фоне
   orvane --version                показать версию
@@ -208,6 +279,12 @@ constexpr TextPair pairs[] = {
   orvane history export ID        give out a record (--format and --output as above)
   orvane history rename ID NAME   rename a record
   orvane history delete ID        delete a record
+
+  orvane models [list]            show the models: size, memory, what is downloaded
+  orvane models download ID…      download models; an interrupted download goes on
+  orvane models delete ID…        delete models
+  orvane models path [ID…]        show where the models lie
+      --repository ADDRESS        where to download from (by default as the build says)
 
   orvane --background             stay and work in the background
   orvane --version                show the version

@@ -21,7 +21,7 @@ struct FFmpegDeleter
     void operator()(SwrContext *context) const { swr_free(&context); }
     void operator()(AVIOContext *context) const
     {
-        av_freep(&context->buffer);
+        av_free(context->buffer);
         avio_context_free(&context);
     }
 };

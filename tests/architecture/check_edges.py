@@ -46,7 +46,9 @@ def project_files(source):
         ["git", "-C", source, "ls-files", "--cached", "--others", "--exclude-standard"],
         check=True, capture_output=True, text=True,
     ).stdout.splitlines()
-    return {file for file in listed if file.endswith(SUFFIXES) and Path(source, file).is_file()}
+    # A header made from a template when the build is configured is included as if it lay beside it.
+    names = {file.removesuffix(".in") for file in listed if Path(source, file).is_file()}
+    return {name for name in names if name.endswith(SUFFIXES)}
 
 
 def include_faults(source, files, layers):
@@ -56,6 +58,8 @@ def include_faults(source, files, layers):
         user = layers.library_of(file)
         if user is None:
             yield f"{file}: its folder belongs to no library"
+            continue
+        if not Path(source, file).exists():
             continue
         for bracket, included in INCLUDE.findall(Path(source, file).read_text(encoding="utf-8")):
             if included in files:

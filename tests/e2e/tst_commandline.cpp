@@ -24,6 +24,11 @@ private Q_SLOTS:
             << QStringList{u"transcribe"_s, u"a"_s, u"--loud"_s} << u"Неизвестный параметр: loud"_s;
         QTest::newRow("option without value")
             << QStringList{u"transcribe"_s, u"a"_s, u"--model"_s} << u"Параметру нужно значение: --model"_s;
+        QTest::newRow("flag with value") << QStringList{u"transcribe"_s, u"a"_s, u"--no-history=1"_s, u"b"_s}
+                                         << u"Параметр не принимает значения: --no-history"_s;
+        QTest::newRow("output that is empty")
+            << QStringList{u"transcribe"_s, u"a"_s, u"--output"_s, QString()}
+            << u"Параметру нужно значение: --output"_s;
         QTest::newRow("format") << QStringList{u"transcribe"_s, u"a"_s, u"--format"_s, u"pdf"_s} << u"pdf"_s;
         QTest::newRow("language") << QStringList{u"transcribe"_s, u"a"_s, u"--language"_s, u"xx"_s}
                                   << u"xx"_s;
@@ -49,6 +54,19 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 2);
         QCOMPARE(result.output, QByteArray());
         QVERIFY2(QString::fromUtf8(result.complaints).contains(complaint), result.complaints.constData());
+    }
+
+    void sparesTheRecording()
+    {
+        const OrvaneProgram orvane;
+        const QString recording = orvane.path(u"talk.txt"_s);
+        QFile file(recording);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        for (const QString &output : {recording, orvane.path(u"tmp/../talk.txt"_s), orvane.path({})}) {
+            const auto result = orvane.run({u"transcribe"_s, recording, u"--output"_s, output});
+            QCOMPARE(result.exitCode, 2);
+            QVERIFY2(result.complaints.contains("исходный файл"), result.complaints.constData());
+        }
     }
 
     void cannotBegin_data()

@@ -16,14 +16,14 @@ std::atomic<std::int64_t> s_failsFrom = never;
 } // namespace
 
 // Takes the place of the C library's function in this program.
-extern "C" ssize_t pread(int descriptor, void *buffer, size_t size, off_t position)
+extern "C" ssize_t pread(int fd, void *buf, size_t nbytes, off_t offset)
 {
-    const std::int64_t left = s_failsFrom - position;
+    const std::int64_t left = s_failsFrom - offset;
     if (left <= 0) {
         errno = EIO;
         return -1;
     }
-    return syscall(SYS_pread64, descriptor, buffer, std::min(size, size_t(left)), position);
+    return syscall(SYS_pread64, fd, buf, std::min(nbytes, size_t(left)), offset);
 }
 
 namespace orvane {

@@ -57,7 +57,7 @@ const QStringList picture = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc=s=64x48:r=1
 // Empty unless the samples are that tone and nothing else, for about that long.
 QString faultOf(const std::vector<float> &samples, double seconds = 2, double amplitude = level)
 {
-    const double count = double(samples.size());
+    const auto count = double(samples.size());
     if (std::abs(count - seconds * rate) > 0.06 * rate) // what encoders add or cut at the ends
         return u"%1 samples for %2 s"_s.arg(count).arg(seconds);
     if (!std::ranges::all_of(samples, [](float sample) { return sample >= -1 && sample <= 1; }))
@@ -224,6 +224,9 @@ void TestAudioDecoder::decodes_data()
     row(u"cover.m4a"_s, still + stereo(), cover);
     row(u"cover.flac"_s, stereo() + still, cover);
     row(u"звук с пробелом %d.m4a"_s, stereo());
+    row(u"late.mp4"_s, picture + QStringList{u"-itsoffset"_s, u"5"_s} + stereo());
+    row(u"times.mkv"_s, stereo(),
+        as("aac") + QStringList{u"-bsf:a"_s, u"setts=ts=if(mod(N\\,5)\\,TS\\,N*900)"_s});
     row(u"no ending"_s, stereo(), {u"-f"_s, u"mp3"_s});
     row(u"wrong ending.txt"_s, stereo(), {u"-f"_s, u"ipod"_s});
 }
@@ -640,6 +643,7 @@ void TestAudioDecoder::onManyThreads()
     std::vector<std::vector<float>> results(4);
     {
         std::vector<std::jthread> threads;
+        threads.reserve(results.size());
         for (std::vector<float> &result : results)
             threads.emplace_back([&] { result = decoder.decode(path); });
     }

@@ -1,0 +1,70 @@
+#include "app/commandline/CommandRun.h"
+
+#include "app/AppServices.h"
+#include "app/base/Async.h"
+#include "app/commandline/ExitStatus.h"
+#include "app/commandline/Interruption.h"
+#include "app/commandline/Output.h"
+
+#include <QCoreApplication>
+
+#include <functional>
+#include <optional>
+
+namespace orvane::CommandRun {
+
+namespace {
+
+QCoro::Task<> finish(QCoro::Task<int> task, std::optional<int> *status)
+{
+    try {
+        *status = co_await std::move(task);
+    } catch (const std::exception &error) { // whatever it is, the event loop must end
+        Output::complain(QString::fromUtf8(error.what()));
+        *status = ExitStatus::failure;
+    }
+    QCoreApplication::quit();
+}
+
+int untilDone(QCoro::Task<int> task, const std::function<void()> &interrupt)
+{
+    Interruption interruption;
+    std::optional<int> signal;
+    QObject::connect(&interruption, &Interruption::requested, &interruption, [&](int number) {
+        signal = number;
+        interrupt();
+    });
+    std::optional<int> status;
+    spawn(finish(std::move(task), &status));
+    if (!status)
+        QCoreApplication::exec();
+    return signal ? Interruption::exitStatus(*signal) : status.value_or(ExitStatus::failure);
+}
+
+} // namespace
+
+int execute(const TranscribeCommand::Options &options)
+{
+    AppServices services({});
+    TranscribeCommand command(services, options);
+    return untilDone(command.run(), [&command] { command.interrupt(); });
+}
+
+int execute(const HistoryCommand::Options &options)
+{
+    AppServices services({});
+    HistoryCommand command(services.history(), options);
+    return untilDone(command.run(), [] {});
+}
+
+int execute(const ModelsCommand::Options &options)
+{
+    AppServices::Environment environment;
+    if (!options.repository.isEmpty())
+        environment.repository.address = options.repository;
+    AppServices services(environment);
+    ModelsCommand command(services.models(), services.correctionModels(), options);
+    return untilDone(command.run(), [&command] { command.interrupt(); });
+}
+
+} // namespace orvane::CommandRun

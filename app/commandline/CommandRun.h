@@ -1,0 +1,15 @@
+#pragma once
+
+#include "app/commandline/HistoryCommand.h"
+#include "app/commandline/ModelsCommand.h"
+#include "app/commandline/TranscribeCommand.h"
+
+/// Runs one command in the event loop until it is done or a signal ends it; returns the exit status.
+/// The services live as long as the command. Needs a QCoreApplication whose loop does not run yet.
+namespace orvane::CommandRun {
+
+[[nodiscard]] int execute(const TranscribeCommand::Options &options);
+[[nodiscard]] int execute(const HistoryCommand::Options &options);
+[[nodiscard]] int execute(const ModelsCommand::Options &options);
+
+} // namespace orvane::CommandRun

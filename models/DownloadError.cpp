@@ -1,0 +1,84 @@
+#include "models/DownloadError.h"
+
+#include "app/settings/Localization.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+using Localization::text;
+
+namespace {
+
+/// Rounded up, so that freeing what is asked for is enough.
+QString megabytes(qint64 bytes)
+{
+    return QString::number((bytes + 999'999) / 1'000'000);
+}
+
+} // namespace
+
+DownloadError DownloadError::badStatus(int code)
+{
+    return {Kind::BadStatus, text(u"Сервер вернул код "_s) + QString::number(code) +
+                                 text(u" вместо файла модели (возможно, файл недоступен)."_s)};
+}
+
+DownloadError DownloadError::truncated(qint64 received, qint64 expected)
+{
+    return {Kind::Truncated, text(u"Файл скачался не полностью ("_s) + QString::number(received) +
+                                 text(u" из "_s) + QString::number(expected) +
+                                 text(u" байт). Повторите загрузку."_s)};
+}
+
+DownloadError DownloadError::corruptFile()
+{
+    return {Kind::CorruptFile, text(u"Скачанный файл не является корректной моделью. Повторите загрузку."_s)};
+}
+
+DownloadError DownloadError::badServerAnswer()
+{
+    return {Kind::BadServerAnswer, text(u"Сервер ответил непонятно: неизвестен размер файла модели."_s)};
+}
+
+DownloadError DownloadError::fileChanged()
+{
+    return {Kind::FileChanged, text(u"Сервер отдаёт не тот файл, что в начале загрузки. Повторите её."_s)};
+}
+
+DownloadError DownloadError::connectionFailed(const QString &reason)
+{
+    return {Kind::ConnectionFailed, reason};
+}
+
+DownloadError DownloadError::notEnoughSpace(qint64 needed, qint64 available)
+{
+    return {Kind::NotEnoughSpace, text(u"Недостаточно места на диске: нужно "_s) + megabytes(needed) +
+                                      text(u" МБ, свободно "_s) + QString::number(available / 1'000'000) +
+                                      text(u" МБ."_s)};
+}
+
+DownloadError DownloadError::diskFull()
+{
+    return {Kind::NotEnoughSpace,
+            text(u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится."_s)};
+}
+
+DownloadError DownloadError::notWritable(const QString &folder)
+{
+    return {Kind::NotWritable, text(u"Не удаётся записать файл в папку "_s) + folder + u'.'};
+}
+
+DownloadError DownloadError::alreadyRunning()
+{
+    return {Kind::AlreadyRunning,
+            text(u"Этот файл уже скачивается другим окном или командой — дождитесь окончания."_s)};
+}
+
+DownloadError DownloadError::noRepository()
+{
+    return {Kind::NoRepository,
+            text(u"Адрес хранилища моделей не задан: укажите его при сборке или в команде."_s)};
+}
+
+} // namespace orvane

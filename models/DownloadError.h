@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/base/Error.h"
+
+namespace orvane {
+
+/// Why a model file could not be downloaded, as one sentence for the user. Unless said otherwise the
+/// partial file and its record stay, so that the next attempt goes on from them.
+class DownloadError : public Error
+{
+public:
+    enum class Kind {
+        BadStatus,        ///< the server answered with something other than the file
+        Truncated,        ///< fewer bytes arrived than the file has
+        CorruptFile,      ///< the whole file is not a model; it was deleted
+        BadServerAnswer,  ///< the server does not say what it would send
+        FileChanged,      ///< a part of another file, or another part, than the one asked for
+        ConnectionFailed, ///< no answer, or it broke off
+        NotEnoughSpace,
+        NotWritable,
+        AlreadyRunning, ///< another process, or another downloader, is writing the same file
+        NoRepository,   ///< the build does not know where models are
+    };
+
+    [[nodiscard]] static DownloadError badStatus(int code);
+    /// Both in bytes.
+    [[nodiscard]] static DownloadError truncated(qint64 received, qint64 expected);
+    [[nodiscard]] static DownloadError corruptFile();
+    [[nodiscard]] static DownloadError badServerAnswer();
+    [[nodiscard]] static DownloadError fileChanged();
+    /// `reason` is a sentence in the interface language.
+    [[nodiscard]] static DownloadError connectionFailed(const QString &reason);
+    /// Before the first byte; both in bytes.
+    [[nodiscard]] static DownloadError notEnoughSpace(qint64 needed, qint64 available);
+    /// In the middle.
+    [[nodiscard]] static DownloadError diskFull();
+    [[nodiscard]] static DownloadError notWritable(const QString &folder);
+    [[nodiscard]] static DownloadError alreadyRunning();
+    [[nodiscard]] static DownloadError noRepository();
+
+    [[nodiscard]] Kind kind() const { return m_kind; }
+
+private:
+    DownloadError(Kind kind, const QString &description) : Error(description), m_kind(kind) {}
+
+    Kind m_kind;
+};
+
+} // namespace orvane

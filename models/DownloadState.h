@@ -1,0 +1,51 @@
+#pragma once
+
+#include "models/DownloadMeta.h"
+
+#include <QDeadlineTimer>
+
+#include <functional>
+
+namespace orvane {
+
+/// What the segments of one download have in common: it counts their bytes, keeps the resume record on
+/// disk no more than a second behind, and reports progress. Belongs to the download's thread.
+class DownloadState
+{
+public:
+    /// Called with a fraction 0…1: at the end, and before it for 0.001 or more gained, no more often
+    /// than a window can show it.
+    using Progress = std::function<void(double)>;
+
+    DownloadState(DownloadMeta meta, QString metaURL, Progress progress);
+
+    [[nodiscard]] const DownloadMeta &meta() const { return m_meta; }
+
+    /// `bytes` more of the segment lie in the partial file.
+    void add(qint64 bytes, qsizetype segment);
+    /// Counts out everything added since the beginning, and what is added yet: the server has proved not
+    /// to send the file.
+    void distrust();
+
+    /// Reports what is gained and not reported yet, when it is time. For when bytes may not come.
+    void report();
+
+    /// Where the bytes counted in the record are: a process may end at any time with both, the power
+    /// may fail with the second only.
+    enum class Bytes { WithTheSystem, OnTheDisk };
+    /// Writes the record now, or leaves the last one when the disk refuses. Never half a record.
+    void save(Bytes bytes);
+
+private:
+    DownloadMeta m_meta;
+    const QList<qint64> m_writtenBefore;
+    const QString m_metaURL;
+    const Progress m_progress;
+    QDeadlineTimer m_nextSave;
+    QDeadlineTimer m_nextReport;
+    qint64 m_totalWritten;
+    double m_lastReported;
+    bool m_isDistrusted = false;
+};
+
+} // namespace orvane

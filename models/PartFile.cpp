@@ -1,0 +1,121 @@
+#include "models/PartFile.h"
+
+#include "models/DownloadError.h"
+#include "models/FileControl.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <filesystem>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+PartFile::PartFile(const QString &path) : m_file(path)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    for (;;) {
+        if (!m_file.open(QFile::ReadWrite | QFile::Unbuffered))
+            fail();
+        if (!FileControl::tryLock(m_file.handle()))
+            throw DownloadError::alreadyRunning();
+        if (FileControl::isOpenAs(m_file.handle(), path))
+            return;
+        // Whoever had the lock until now has moved or removed the file meanwhile.
+        m_file.close();
+    }
+}
+
+QString PartFile::pathFor(const QString &destination)
+{
+    return destination + u".part"_s;
+}
+
+QString PartFile::metaPathFor(const QString &destination)
+{
+    return pathFor(destination) + u".meta"_s;
+}
+
+QString PartFile::draftOf(const QString &metaPath)
+{
+    return metaPath + u".new"_s;
+}
+
+void PartFile::removeRecord(const QString &destination)
+{
+    const QString record = metaPathFor(destination);
+    QFile::remove(record);
+    QFile::remove(draftOf(record));
+}
+
+void PartFile::discard(const QString &destination)
+{
+    if (!QFile::exists(pathFor(destination))) {
+        removeRecord(destination);
+        return;
+    }
+    try {
+        PartFile part(pathFor(destination));
+        removeRecord(destination);
+        part.remove();
+    } catch (const DownloadError &) {
+        // Another's now.
+    }
+}
+
+qint64 PartFile::allocated() const
+{
+    return FileControl::allocated(m_file.handle());
+}
+
+void PartFile::clear()
+{
+    if (!m_file.resize(0))
+        fail();
+}
+
+void PartFile::write(qint64 offset, std::span<const char> bytes)
+{
+    switch (FileControl::write(m_file.handle(), offset, bytes)) {
+    case FileControl::Written::All:
+        return;
+    case FileControl::Written::DiskFull:
+        throw DownloadError::diskFull();
+    case FileControl::Written::Failed:
+        fail();
+    }
+}
+
+void PartFile::startFlush(qint64 offset, qint64 length)
+{
+    FileControl::startFlush(m_file.handle(), offset, length);
+}
+
+bool PartFile::flush()
+{
+    return FileControl::flush(m_file.handle());
+}
+
+void PartFile::moveTo(const QString &destination)
+{
+    std::error_code failure;
+    std::filesystem::rename(QFile::encodeName(m_file.fileName()).constData(),
+                            QFile::encodeName(destination).constData(), failure);
+    if (failure)
+        fail();
+}
+
+void PartFile::remove()
+{
+    // Removed while it is locked: closed first, it might be another's by then.
+    std::error_code failure;
+    std::filesystem::remove(QFile::encodeName(m_file.fileName()).constData(), failure);
+}
+
+void PartFile::fail() const
+{
+    throw DownloadError::notWritable(QFileInfo(m_file.fileName()).path());
+}
+
+} // namespace orvane

@@ -1,0 +1,46 @@
+#include "models/SystemProxy.h"
+
+#include <QHostAddress>
+#include <QNetworkProxyFactory>
+
+#include <curl/curl.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane::SystemProxy {
+
+namespace {
+
+bool isLoopback(const QUrl &url)
+{
+    return url.host() == u"localhost" || QHostAddress(url.host()).isLoopback();
+}
+
+QString scheme(QNetworkProxy::ProxyType type)
+{
+    return type == QNetworkProxy::Socks5Proxy ? u"socks5h"_s : u"http"_s;
+}
+
+} // namespace
+
+void apply(CURL *handle, const QUrl &url)
+{
+    const QNetworkProxy proxy =
+        isLoopback(url) ? QNetworkProxy(QNetworkProxy::NoProxy)
+                        : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url)).value(0);
+    if (proxy.hostName().isEmpty()) {
+        curl_easy_setopt(handle, CURLOPT_PROXY, ""); // none, whatever the environment says
+        return;
+    }
+    QUrl address;
+    address.setScheme(scheme(proxy.type()));
+    address.setHost(proxy.hostName());
+    address.setPort(proxy.port());
+    curl_easy_setopt(handle, CURLOPT_PROXY, address.toEncoded().constData());
+    if (!proxy.user().isEmpty()) {
+        curl_easy_setopt(handle, CURLOPT_PROXYUSERNAME, proxy.user().toUtf8().constData());
+        curl_easy_setopt(handle, CURLOPT_PROXYPASSWORD, proxy.password().toUtf8().constData());
+    }
+}
+
+} // namespace orvane::SystemProxy

@@ -1,0 +1,248 @@
+#include "tests/models/DownloadOutcome.h"
+#include "tests/support/FaultServer.h"
+
+#include <QNetworkProxyFactory>
+#include <QProcess>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QStandardPaths>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+using Kind = DownloadError::Kind;
+using Request = FaultServer::Request;
+using Answer = FaultServer::Answer;
+
+namespace {
+
+constexpr qint64 mebibyte = 1024 * 1024;
+
+FaultServer::Rule redirectTo(const QUrl &target)
+{
+    return [target](const Request &) {
+        return Answer{.status = 302, .location = target.toEncoded(), .body = "moved"};
+    };
+}
+
+/// nginx serving one folder on a port of its own until it is destroyed.
+class Nginx
+{
+public:
+    explicit Nginx(const QString &folder)
+    {
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost);
+        m_port = probe.serverPort();
+        probe.close();
+        QFile configuration(folder + u"/nginx.conf"_s);
+        if (!configuration.open(QFile::WriteOnly))
+            return;
+        configuration.write(
+            QStringLiteral("daemon off; master_process off; pid %1/pid; error_log %1/error.log;\n"
+                           "events {}\n"
+                           "http { access_log off; client_body_temp_path %1;\n"
+                           "  server { listen 127.0.0.1:%2; root %1;\n"
+                           "    location /slow/ { alias %1/; limit_rate 8m; } } }\n")
+                .arg(folder)
+                .arg(m_port)
+                .toUtf8());
+        configuration.close();
+        m_process.start(program(), {u"-p"_s, folder, u"-c"_s, configuration.fileName()});
+    }
+
+    ~Nginx()
+    {
+        m_process.terminate();
+        m_process.waitForFinished(5000);
+    }
+
+    [[nodiscard]] static QString program()
+    {
+        return QStandardPaths::findExecutable(u"nginx"_s,
+                                              {u"/usr/sbin"_s, u"/usr/local/sbin"_s, u"/usr/bin"_s});
+    }
+
+    [[nodiscard]] bool answers() const
+    {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, m_port);
+        return socket.waitForConnected(200);
+    }
+
+    [[nodiscard]] QUrl url(const QString &path) const
+    {
+        return QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path));
+    }
+
+private:
+    quint16 m_port = 0;
+    QProcess m_process;
+};
+
+} // namespace
+
+class TestDownloadNetwork : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void redirects_data();
+    void redirects();
+    void untrustedCertificate();
+    void hostThatDoesNotExist();
+    void goesThroughTheProxy();
+    void realServer();
+
+private:
+    [[nodiscard]] QString destination() const { return m_folder->filePath(u"model.gguf"_s); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_keys;
+    std::optional<QSslConfiguration> m_tls;
+};
+
+void TestDownloadNetwork::initTestCase()
+{
+    QProcess openssl;
+    openssl.setWorkingDirectory(m_keys.path());
+    openssl.start(u"openssl"_s, {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-keyout"_s,
+                                 u"key.pem"_s, u"-out"_s, u"cert.pem"_s, u"-days"_s, u"2"_s, u"-subj"_s,
+                                 u"/CN=127.0.0.1"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s});
+    QVERIFY(openssl.waitForFinished());
+    QSslConfiguration tls;
+    tls.setLocalCertificate(QSslCertificate(fileContent(m_keys.filePath(u"cert.pem"_s))));
+    tls.setPrivateKey(QSslKey(fileContent(m_keys.filePath(u"key.pem"_s)), QSsl::Rsa));
+    QVERIFY(!tls.privateKey().isNull());
+    m_tls = tls;
+}
+
+void TestDownloadNetwork::redirects_data()
+{
+    QTest::addColumn<QList<bool>>("secure"); // each server on the way, the last one has the file
+    QTest::addColumn<bool>("allowed");
+
+    QTest::newRow("secure only") << QList{true} << true;
+    QTest::newRow("plain to another host") << QList{false, false, false} << true;
+    QTest::newRow("to secure") << QList{false, true} << true;
+    QTest::newRow("secure to secure") << QList{true, true} << true;
+    QTest::newRow("secure to plain") << QList{true, false} << false;
+    QTest::newRow("plain, secure, plain") << QList{false, true, false} << false;
+}
+
+void TestDownloadNetwork::redirects()
+{
+    QFETCH(const QList<bool>, secure);
+    QFETCH(const bool, allowed);
+    qputenv("SSL_CERT_FILE", m_keys.filePath(u"cert.pem"_s).toUtf8());
+
+    std::vector<std::unique_ptr<FaultServer>> servers;
+    for (const bool isSecure : secure)
+        servers.push_back(std::make_unique<FaultServer>(modelContent(34 * mebibyte, "GGUF"),
+                                                        isSecure ? m_tls : std::nullopt));
+    for (size_t i = 0; i + 1 < servers.size(); ++i)
+        servers[i]->setRule(redirectTo(servers[i + 1]->url()));
+
+    ModelDownloader downloader;
+    const auto outcome = finish(startDownload(downloader, servers.front()->url(), destination()));
+    qunsetenv("SSL_CERT_FILE");
+    if (allowed) {
+        QVERIFY2(outcome.succeeded(), qPrintable(outcome.description));
+        QVERIFY(fileContent(destination()) == servers.back()->content());
+        return;
+    }
+    QCOMPARE(outcome.failure, Kind::ConnectionFailed);
+    QVERIFY2(outcome.description.contains(u"незащищённый"), qPrintable(outcome.description));
+    QVERIFY(servers.back()->served().isEmpty());
+}
+
+void TestDownloadNetwork::untrustedCertificate()
+{
+    FaultServer server("GGUF", m_tls);
+    ModelDownloader downloader;
+    const auto outcome = finish(startDownload(downloader, server.url(), destination()));
+    QCOMPARE(outcome.failure, Kind::ConnectionFailed);
+    QVERIFY2(outcome.description.contains(u"защищённое"), qPrintable(outcome.description));
+}
+
+void TestDownloadNetwork::hostThatDoesNotExist()
+{
+    ModelDownloader downloader;
+    const auto nowhere = finish(startDownload(downloader, QUrl(u"http://models.invalid/m"_s), destination()));
+    QCOMPARE(nowhere.failure, Kind::ConnectionFailed);
+    QVERIFY2(nowhere.description.contains(u"не найден"), qPrintable(nowhere.description));
+
+    QTcpServer closed;
+    closed.listen(QHostAddress::LocalHost);
+    const QUrl refusing(u"http://127.0.0.1:%1/m"_s.arg(closed.serverPort()));
+    closed.close();
+    const auto refused = finish(startDownload(downloader, refusing, destination()));
+    QCOMPARE(refused.failure, Kind::ConnectionFailed);
+    QVERIFY2(refused.description.contains(u"соединиться"), qPrintable(refused.description));
+}
+
+void TestDownloadNetwork::goesThroughTheProxy()
+{
+    FaultServer proxy(modelContent(34 * mebibyte, "GGUF"));
+    const QByteArray before = qgetenv("no_proxy");
+    qunsetenv("no_proxy");
+    qunsetenv("NO_PROXY");
+    qputenv("http_proxy", proxy.url(QString()).toEncoded());
+
+    ModelDownloader downloader;
+    const QUrl far(u"http://models.invalid/model.bin"_s);
+    const auto outcome = finish(startDownload(downloader, far, destination()));
+    FaultServer near("GGUF near");
+    const auto direct = finish(startDownload(downloader, near.url(), m_folder->filePath(u"near"_s)));
+    qunsetenv("http_proxy");
+    qputenv("no_proxy", before);
+
+    QVERIFY2(outcome.succeeded(), qPrintable(outcome.description));
+    QVERIFY(fileContent(destination()) == proxy.content());
+    const auto served = proxy.served();
+    QCOMPARE(served.size(), 3);
+    for (const auto &one : served)
+        QCOMPARE(one.request.path, far.toEncoded());
+    QVERIFY2(direct.succeeded(), qPrintable(direct.description));
+}
+
+void TestDownloadNetwork::realServer()
+{
+    if (Nginx::program().isEmpty())
+        QSKIP("nginx is not installed");
+    const QTemporaryDir served;
+    const QByteArray content = modelContent(130 * mebibyte + 3, "GGUF");
+    QFile file(served.filePath(u"model.bin"_s));
+    QVERIFY(file.open(QFile::WriteOnly) && file.write(content) == content.size());
+    file.close();
+    QVERIFY(QFile::setPermissions(served.path(), QFile::Permissions(0x7755)));
+    const Nginx nginx(served.path());
+    QTRY_VERIFY(nginx.answers());
+
+    // Stopped on the way, then gone on with at full speed.
+    ModelDownloader downloader;
+    std::stop_source stop;
+    const auto slow =
+        startDownload(downloader, nginx.url(u"/slow/model.bin"_s), destination(), "GGUF", stop.get_token());
+    QTRY_VERIFY(!slow->progress.isEmpty() && slow->progress.last() > 0.1);
+    stop.request_stop();
+    QVERIFY(finish(slow).wasCancelled);
+
+    const auto outcome = finish(startDownload(downloader, nginx.url(u"/model.bin"_s), destination()));
+    QVERIFY2(outcome.succeeded(), qPrintable(outcome.description));
+    QVERIFY(outcome.progress.first() > 0.1);
+    QVERIFY(fileContent(destination()) == content);
+
+    const auto missing = finish(startDownload(downloader, nginx.url(u"/none"_s), destination()));
+    QCOMPARE(missing.failure, Kind::BadStatus);
+    QVERIFY(missing.description.contains(u"404"));
+}
+
+QTEST_GUILESS_MAIN(TestDownloadNetwork)
+#include "tst_downloadnetwork.moc"

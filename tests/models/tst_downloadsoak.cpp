@@ -1,0 +1,229 @@
+#include "models/ModelDownloader.h"
+#include "tests/support/FaultServer.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+using Request = FaultServer::Request;
+using Answer = FaultServer::Answer;
+
+namespace {
+
+constexpr qint64 mebibyte = 1024 * 1024;
+constexpr qint64 bytesPerSecond = 6 * mebibyte;
+/// What may be on its way when a connection ends; the server counts it as sent.
+constexpr qint64 underWay = 2 * mebibyte;
+constexpr int laneCount = 4;
+
+/// Downloads files of its own one after the other with a child process, and spoils that again and again.
+class Lane
+{
+public:
+    Lane(int interruptions, quint32 seed)
+        : m_left(interruptions),
+          m_random(seed),
+          m_server(modelContent(33 * mebibyte + seed % 1000, "GGUF", seed))
+    {}
+
+    void run()
+    {
+        while (m_left > 0 && m_fault.isEmpty()) {
+            --m_left;
+            if (chance(50))
+                kill();
+            else
+                spoil();
+            check();
+        }
+        m_server.setRule([](const Request &) { return Answer(); });
+        QProcess child;
+        start(child);
+        child.waitForFinished(60'000);
+        check();
+        if (m_finished == 0 || child.exitCode() != 0)
+            fail(u"the last download did not end well: "_s + QString::fromUtf8(child.readAll()));
+    }
+
+    /// Empty when all went well.
+    [[nodiscard]] QString fault() const { return m_fault; }
+    [[nodiscard]] int finished() const { return m_finished; }
+    [[nodiscard]] qint64 mostFetchedTwice() const { return m_mostFetchedTwice; }
+
+private:
+    [[nodiscard]] bool chance(int percent) { return below(100) < percent; }
+    [[nodiscard]] qint64 below(qint64 limit)
+    {
+        return std::uniform_int_distribution<qint64>(0, limit - 1)(m_random);
+    }
+    void fail(const QString &why)
+    {
+        if (m_fault.isEmpty())
+            m_fault = why + u"; the last interruptions: "_s + m_history.join(u", ");
+    }
+
+    void remember(const QString &interruption, QProcess &child)
+    {
+        m_history.append(interruption + u' ' + QString::fromUtf8(child.readAllStandardOutput().trimmed()));
+        if (m_history.size() > 6)
+            m_history.removeFirst();
+    }
+
+    void start(QProcess &child)
+    {
+        child.start(QStringLiteral(DOWNLOAD_FILE),
+                    {m_server.url().toString(), destination(), u"GGUF"_s, u"300"_s});
+        child.waitForStarted();
+    }
+
+    void kill()
+    {
+        m_server.setRule([](const Request &) { return Answer{.bytesPerSecond = bytesPerSecond}; });
+        QProcess child;
+        start(child);
+        child.waitForFinished(static_cast<int>(below(2500)));
+        child.kill();
+        child.waitForFinished();
+        remember(u"kill"_s, child);
+    }
+
+    void spoil()
+    {
+        const auto [name, answer] = fault(below(10));
+        const bool wholeAttempt = answer.ignoresRange;
+        const bool losesTrust = wholeAttempt || !answer.givesLength; // the file is begun anew, or nearly
+        const qint64 spoiltHalf = below(2);
+        const qint64 half = m_server.content().size() / 2;
+        m_server.setRule([=](const Request &request) {
+            const bool isSpoilt =
+                request.range && !request.isProbe() && request.range->start / half == spoiltHalf;
+            Answer given = isSpoilt || wholeAttempt ? answer : Answer();
+            given.bytesPerSecond = wholeAttempt ? 0 : bytesPerSecond;
+            return given;
+        });
+        QProcess child;
+        start(child);
+        if (!child.waitForFinished(60'000))
+            fail(u"the download does not end after: "_s + name);
+        remember(name, child);
+        if (losesTrust) {
+            m_reached.clear();
+            m_server.forgetServed();
+        }
+    }
+
+    [[nodiscard]] std::pair<QString, Answer> fault(qint64 which)
+    {
+        const QByteArray page = QByteArray("<html>").leftJustified(m_server.content().size(), '-');
+        switch (which) {
+        case 0:
+            return {u"404"_s, {.status = 404, .body = "gone"}};
+        case 1:
+            return {u"500"_s, {.status = 500, .body = "sorry"}};
+        case 2:
+            return {u"416"_s, {.status = 416, .body = ""}};
+        case 3:
+            return {u"another range"_s, {.contentRange = "bytes 3-4/5"}};
+        case 4:
+            return {u"another entity tag"_s, {.etag = "\"v2\""}};
+        case 5:
+            return {u"too much"_s, {.more = "and more", .givesLength = false}};
+        case 6:
+            return {u"page of the right size"_s, {.etag = "", .body = page, .ignoresRange = true}};
+        case 7:
+            return {u"stall"_s, {.stallAfter = below(17 * mebibyte)}};
+        default:
+            return {u"drop"_s, {.dropAfter = below(17 * mebibyte)}};
+        }
+    }
+
+    void check()
+    {
+        for (const FaultServer::Served &one : m_server.served())
+            account(one);
+        m_server.forgetServed();
+        if (!QFile::exists(destination()))
+            return;
+        QFile file(destination());
+        if (!file.open(QFile::ReadOnly) || file.readAll() != m_server.content())
+            fail(u"a wrong file has the final name"_s);
+        file.remove();
+        m_reached.clear();
+        ++m_finished;
+    }
+
+    /// What a request begins with and an earlier one had brought is fetched twice.
+    void account(const FaultServer::Served &one)
+    {
+        if (one.status != 206 || one.request.isProbe() || !one.isTrue)
+            return;
+        const qint64 segment = one.request.range->start / (m_server.content().size() / 2);
+        qint64 &reached = m_reached[segment];
+        const qint64 twice = reached - one.request.range->start;
+        m_mostFetchedTwice = std::max(m_mostFetchedTwice, twice);
+        if (twice > bytesPerSecond + underWay)
+            fail(u"%1 bytes of segment %2 fetched twice"_s.arg(twice).arg(segment));
+        reached = one.request.range->start + one.sent;
+    }
+
+    [[nodiscard]] QString destination() const { return m_folder.filePath(u"model.gguf"_s); }
+
+    int m_left;
+    std::mt19937 m_random;
+    FaultServer m_server;
+    const QTemporaryDir m_folder;
+    /// By segment: where the last true bytes ended that the server has sent.
+    QMap<qint64, qint64> m_reached;
+    /// The last few interruptions and what the process said of them.
+    QStringList m_history;
+    QString m_fault;
+    int m_finished = 0;
+    qint64 m_mostFetchedTwice = 0;
+};
+
+} // namespace
+
+class TestDownloadSoak : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void survivesFaultsAndKills();
+};
+
+void TestDownloadSoak::survivesFaultsAndKills()
+{
+    const int interruptions = qEnvironmentVariable("ORVANE_SOAK_COUNT", u"20"_s).toInt();
+    const quint32 seed = qEnvironmentVariable("ORVANE_SOAK_SEED", u"1"_s).toUInt();
+    std::vector<std::unique_ptr<Lane>> lanes;
+    std::vector<std::unique_ptr<QThread>> threads;
+    for (quint32 i = 0; i < laneCount; ++i) {
+        lanes.push_back(
+            std::make_unique<Lane>((interruptions + laneCount - 1) / laneCount, seed * laneCount + i));
+        threads.emplace_back(QThread::create([lane = lanes.back().get()] { lane->run(); }))->start();
+    }
+    int finished = 0;
+    qint64 mostTwice = 0;
+    for (size_t i = 0; i < lanes.size(); ++i) {
+        threads[i]->wait();
+        finished += lanes[i]->finished();
+        mostTwice = std::max(mostTwice, lanes[i]->mostFetchedTwice());
+    }
+    qInfo("%d interruptions, %d files finished, at most %.1f MiB of a segment fetched twice (%.1f MiB/s)",
+          interruptions, finished, static_cast<double>(mostTwice) / mebibyte,
+          static_cast<double>(bytesPerSecond) / mebibyte);
+    for (const auto &lane : lanes)
+        QVERIFY2(lane->fault().isEmpty(), qPrintable(lane->fault()));
+}
+
+QTEST_GUILESS_MAIN(TestDownloadSoak)
+#include "tst_downloadsoak.moc"

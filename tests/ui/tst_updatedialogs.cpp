@@ -1,0 +1,206 @@
+#include "ui/UpdateDialogs.h"
+
+#include "app/base/Async.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <QTextDocumentFragment>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using Choice = UpdatePresenter::Choice;
+
+namespace {
+
+const UpdatePresenter::Offer anOffer = {.title = u"Доступно обновление <b>2</b>"_s,
+                                        .text = u"Установлена версия 1.\n\nНажмите «Скачать» & ждите."_s,
+                                        .downloadButton = u"Скачать"_s,
+                                        .laterButton = u"Позже"_s};
+
+/// What came of an offer.
+struct Outcome
+{
+    std::optional<Choice> choice;
+    bool cancelled = false;
+};
+
+QCoro::Task<> ask(UpdateDialogs *dialogs, std::stop_token stop, Outcome *outcome)
+{
+    try {
+        outcome->choice = co_await dialogs->offer(anOffer, stop);
+    } catch (const Cancelled &) {
+        outcome->cancelled = true;
+    }
+}
+
+QList<QWidget *> windows()
+{
+    return QApplication::topLevelWidgets();
+}
+
+template <typename Window>
+Window *onlyWindow()
+{
+    return windows().size() == 1 ? qobject_cast<Window *>(windows().constFirst()) : nullptr;
+}
+
+QPushButton *buttonOf(const QMessageBox &message, const QString &text)
+{
+    for (QAbstractButton *button : message.buttons())
+        if (button->text() == text)
+            return qobject_cast<QPushButton *>(button);
+    return nullptr;
+}
+
+QString shownText(const QMessageBox &message)
+{
+    return QTextDocumentFragment::fromHtml(message.text()).toPlainText();
+}
+
+} // namespace
+
+class TestUpdateDialogs : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void offer();
+    void answers_data();
+    void answers();
+    void stoppedOffers();
+    void endOfTheProgram();
+    void notices();
+    void progress();
+
+private:
+    std::unique_ptr<UpdateDialogs> m_dialogs;
+};
+
+void TestUpdateDialogs::init()
+{
+    m_dialogs = std::make_unique<UpdateDialogs>();
+    QVERIFY(windows().isEmpty()); // none before there is something to show
+}
+
+void TestUpdateDialogs::cleanup()
+{
+    // Without the help of the destructor, since the program stays.
+    QTRY_VERIFY(windows().isEmpty());
+    m_dialogs.reset();
+}
+
+void TestUpdateDialogs::offer()
+{
+    Outcome outcome;
+    spawn(ask(m_dialogs.get(), {}, &outcome));
+    const auto *message = onlyWindow<QMessageBox>();
+    QVERIFY(message && message->isVisible());
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
+    QCOMPARE(message->defaultButton(), buttonOf(*message, anOffer.downloadButton));
+    buttonOf(*message, anOffer.laterButton)->click();
+    QCOMPARE(outcome.choice, Choice::Later);
+}
+
+void TestUpdateDialogs::answers_data()
+{
+    QTest::addColumn<std::function<void(QMessageBox &)>>("answer");
+    QTest::addColumn<Choice>("choice");
+    const auto row = [](const char *name, const std::function<void(QMessageBox &)> &answer, Choice choice) {
+        QTest::newRow(name) << answer << choice;
+    };
+    row("Download", [](QMessageBox &m) { buttonOf(m, anOffer.downloadButton)->click(); }, Choice::Download);
+    row("Enter", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Return); }, Choice::Download);
+    row("Escape", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Escape); }, Choice::Later);
+    row("closed", [](QMessageBox &m) { m.close(); }, Choice::Later);
+    row("closed with all windows", [](QMessageBox &) { QApplication::closeAllWindows(); }, Choice::Later);
+}
+
+void TestUpdateDialogs::answers()
+{
+    QFETCH(const std::function<void(QMessageBox &)>, answer);
+    QFETCH(const Choice, choice);
+    Outcome outcome;
+    spawn(ask(m_dialogs.get(), {}, &outcome));
+    QVERIFY(onlyWindow<QMessageBox>());
+    answer(*onlyWindow<QMessageBox>());
+    QCOMPARE(outcome.choice, choice);
+}
+
+void TestUpdateDialogs::stoppedOffers()
+{
+    std::stop_source first;
+    std::stop_source second;
+    Outcome ofFirst;
+    Outcome ofSecond;
+    spawn(ask(m_dialogs.get(), first.get_token(), &ofFirst));
+    first.request_stop();
+    QVERIFY(ofFirst.cancelled);
+    spawn(ask(m_dialogs.get(), second.get_token(), &ofSecond));
+    QTRY_VERIFY(onlyWindow<QMessageBox>());
+    QVERIFY(!ofSecond.cancelled);
+    onlyWindow<QMessageBox>()->close();
+    QCOMPARE(ofSecond.choice, Choice::Later);
+    second.request_stop(); // too late to matter
+
+    spawn(ask(m_dialogs.get(), first.get_token(), &ofSecond));
+    QVERIFY(ofSecond.cancelled);
+}
+
+void TestUpdateDialogs::endOfTheProgram()
+{
+    Outcome outcome;
+    spawn(ask(m_dialogs.get(), {}, &outcome));
+    m_dialogs->notice(u"Не удалось скачать обновление"_s, u"Сервер не отвечает."_s);
+    m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю обновление…"_s);
+    QCOMPARE(windows().size(), 3);
+    m_dialogs.reset(); // no event loop runs any more
+    QVERIFY(windows().isEmpty());
+    QVERIFY(outcome.cancelled && !outcome.choice);
+}
+
+void TestUpdateDialogs::notices()
+{
+    m_dialogs->notice(u"У вас последняя версия"_s, u"Установлена версия 1."_s);
+    m_dialogs->notice(u"Не удалось открыть обновление"_s, u"Файл: /tmp/<i>a</i>  & b.deb"_s);
+    QCOMPARE(windows().size(), 2);
+    QStringList texts;
+    for (QWidget *window : windows()) {
+        auto *message = qobject_cast<QMessageBox *>(window);
+        QVERIFY(message && message->isVisible());
+        texts << shownText(*message);
+        message->button(QMessageBox::Ok)->click();
+    }
+    QVERIFY(texts.contains(u"У вас последняя версия\nУстановлена версия 1."_s));
+    QVERIFY2(texts.contains(u"Не удалось открыть обновление\nФайл: /tmp/<i>a</i>  & b.deb"_s),
+             qPrintable(texts.join(u'|')));
+}
+
+void TestUpdateDialogs::progress()
+{
+    m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю <обновление>…"_s);
+    auto *panel = onlyWindow<QDialog>();
+    QVERIFY(panel && panel->isVisible() && !panel->isModal());
+    QCOMPARE(panel->windowTitle(), u"Скачиваю обновление"_s);
+    QCOMPARE(panel->findChild<QLabel *>()->text(), u"Скачиваю <обновление>…"_s);
+    const auto *bar = panel->findChild<QProgressBar *>();
+    QCOMPARE(bar->maximum(), 0); // busy, until something is known
+    m_dialogs->setProgress(0.25);
+    QCOMPARE(bar->value() * 4, bar->maximum());
+    panel->close();
+    m_dialogs->setProgress(1); // goes on without being seen
+    QCOMPARE(bar->value(), bar->maximum());
+    QVERIFY(!panel->isVisible());
+    m_dialogs->hideProgress();
+    QVERIFY(windows().isEmpty());
+}
+
+QTEST_MAIN(TestUpdateDialogs)
+#include "tst_updatedialogs.moc"

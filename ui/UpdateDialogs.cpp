@@ -1,0 +1,117 @@
+#include "ui/UpdateDialogs.h"
+
+#include "app/base/Error.h"
+#include "app/settings/BuildInfo.h"
+#include "ui/ProgressPanel.h"
+
+#include <QDesktopServices>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
+
+#include <coroutine>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+/// Awaits the end of a dialog, and resumes while it still exists.
+struct Closed
+{
+    QDialog *dialog;
+
+    [[nodiscard]] bool await_ready() const { return false; }
+    void await_suspend(std::coroutine_handle<> awaiting) const
+    {
+        QObject::connect(dialog, &QDialog::finished, dialog, [awaiting] { awaiting.resume(); });
+    }
+    void await_resume() const {}
+};
+
+void bringForward(QWidget &window)
+{
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+} // namespace
+
+UpdateDialogs::UpdateDialogs() = default;
+
+UpdateDialogs::~UpdateDialogs()
+{
+    m_lifetime.request_stop();
+    for (const QPointer<QMessageBox> &message : std::as_const(m_messages))
+        delete message.data();
+}
+
+QCoro::Task<UpdatePresenter::Choice> UpdateDialogs::offer(Offer offer, std::stop_token stop)
+{
+    throwIfCancelled(stop);
+    const std::stop_token lifetime = m_lifetime.get_token();
+    QMessageBox *message = makeMessage(offer.title, offer.text);
+    QPushButton *download = message->addButton(offer.downloadButton, QMessageBox::AcceptRole);
+    QPushButton *later = message->addButton(offer.laterButton, QMessageBox::RejectRole);
+    message->setDefaultButton(download);
+    message->setEscapeButton(later);
+    bringForward(*message);
+
+    {
+        const auto close = [message] { message->reject(); };
+        const std::stop_callback whenStopped(stop, close);
+        const std::stop_callback atTheEnd(lifetime, close);
+        co_await Closed{message};
+    }
+    throwIfCancelled(stop);
+    throwIfCancelled(lifetime);
+    co_return message->clickedButton() == download ? Choice::Download : Choice::Later;
+}
+
+void UpdateDialogs::notice(const QString &title, const QString &text)
+{
+    QMessageBox *message = makeMessage(title, text);
+    message->addButton(QMessageBox::Ok);
+    bringForward(*message);
+}
+
+QMessageBox *UpdateDialogs::makeMessage(const QString &title, const QString &text)
+{
+    // Escaped, as versions and file names in them come from a server.
+    const QString body = u"<h3>"_s + title.toHtmlEscaped() + u"</h3><p style='white-space: pre-wrap'>"_s +
+                         text.toHtmlEscaped() + u"</p>"_s;
+    // The desktop may be showing anything when this appears, so the window says whose it is.
+    auto *message = new QMessageBox(QMessageBox::Information, BuildInfo::editionName, body);
+    message->setTextFormat(Qt::RichText);
+    message->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    message->setWindowModality(Qt::NonModal);
+    QObject::connect(message, &QDialog::finished, message, &QObject::deleteLater);
+    m_messages.removeAll(nullptr);
+    m_messages.append(message);
+    return message;
+}
+
+void UpdateDialogs::showProgress(const QString &title, const QString &text)
+{
+    m_progress = std::make_unique<ProgressPanel>(title, text);
+    bringForward(*m_progress);
+}
+
+void UpdateDialogs::setProgress(double fraction)
+{
+    m_progress->setFraction(fraction);
+}
+
+void UpdateDialogs::hideProgress()
+{
+    m_progress.reset();
+}
+
+bool UpdateDialogs::openFile(const QString &file)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+}
+
+} // namespace orvane
