@@ -87,6 +87,7 @@ std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &co
 
 int main(int argc, char *argv[])
 {
+    Output::reserveStandardStreams();
     QCoreApplication::setApplicationName(u"Orvane"_s);
     QCoreApplication::setApplicationVersion(BuildInfo::version);
     // Complaints about the command line come before any service reads the settings.

@@ -110,9 +110,9 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
         if (!alive.stop_requested())
             endLoading();
     });
-    m_loadingStop = std::stop_source();
+    m_stopping = std::stop_source();
     const EitherStop byCaller(alive, stop);
-    const EitherStop byAnyone(byCaller.token(), m_loadingStop.get_token());
+    const EitherStop byAnyone(byCaller.token(), m_stopping.get_token());
     co_await performLoad(modelPath, byAnyone.token());
 }
 
@@ -215,7 +215,7 @@ QProcessEnvironment EngineServer::environmentFor(const QString &executable) cons
 
 void EngineServer::stop()
 {
-    m_loadingStop.request_stop();
+    m_stopping.request_stop();
     spawn(end(takeProcess()));
 }
 

@@ -117,6 +117,10 @@ protected:
     /// moment before its process is gone: isRunning() is right afterwards.
     QCoro::Task<> untilDeathIsKnown();
 
+    /// Stopped when stop() is called for the server that runs now: what only prepares a request to it
+    /// can end then.
+    [[nodiscard]] std::stop_token untilStopped() const { return m_stopping.get_token(); }
+
     [[nodiscard]] EngineError requestRejected(const QString &detail) const;
 
     /// Counts a request as in flight while it lives, beyond the engine's own life if need be.
@@ -151,8 +155,8 @@ private:
     bool m_forceRestart = false;
     /// The end of the load that is under way; none when none is.
     std::shared_ptr<OneTimeEvent> m_loading;
-    /// Ends that load.
-    std::stop_source m_loadingStop;
+    /// Requested by stop(); fresh for every load that launches.
+    std::stop_source m_stopping;
     std::shared_ptr<int> m_requestsInFlight = std::make_shared<int>(0);
     std::stop_source m_lifetime;
 };

@@ -21,13 +21,14 @@ void write(QFile &body, const QByteArray &bytes)
     }
 }
 
-void copyAudio(QFile &body, const QString &audioPath)
+void copyAudio(QFile &body, const QString &audioPath, const std::stop_token &stop)
 {
     QFile audio(audioPath);
     if (!audio.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         throw FileError::notRead(audio);
     QByteArray piece(pieceSize, Qt::Uninitialized);
     while (true) {
+        throwIfCancelled(stop);
         const qint64 size = audio.read(piece.data(), pieceSize);
         if (size < 0)
             throw FileError::notRead(audio);
@@ -39,7 +40,7 @@ void copyAudio(QFile &body, const QString &audioPath)
 
 } // namespace
 
-void MultipartBody::writeTo(const QString &path) const
+void MultipartBody::writeTo(const QString &path, const std::stop_token &stop) const
 {
     QFile body(path);
     if (!body.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
@@ -54,9 +55,9 @@ void MultipartBody::writeTo(const QString &path) const
         write(body, delimiter +
                         "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
                         "Content-Type: audio/wav\r\n\r\n");
-        copyAudio(body, audioPath);
+        copyAudio(body, audioPath, stop);
         write(body, "\r\n" + delimiter + "--\r\n");
-    } catch (const FileError &) {
+    } catch (const Error &) {
         body.remove();
         throw;
     }

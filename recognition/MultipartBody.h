@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+#include <stop_token>
 #include <utility>
 
 namespace orvane {
@@ -17,9 +18,9 @@ struct MultipartBody
     QList<std::pair<QByteArray, QByteArray>> fields;
     QString audioPath;
 
-    /// Writes the body, with the audio copied in pieces of 1 MiB. Throws FileError; nothing is left
-    /// behind then. Blocks: any thread but the main one.
-    void writeTo(const QString &path) const;
+    /// Writes the body, with the audio copied in pieces of 1 MiB. Throws FileError, or Cancelled
+    /// when stop is requested; nothing is left behind then. Blocks: any thread but the main one.
+    void writeTo(const QString &path, const std::stop_token &stop = {}) const;
 };
 
 } // namespace orvane

@@ -136,7 +136,10 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
     const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
     const MultipartBody body{
         .boundary = boundary, .fields = formFields(language, nonSpeech), .audioPath = audioPath};
-    const auto writeBody = [body, path = bodyFile->path()] { body.writeTo(path); };
+    const EitherStop needless(either.token(), untilStopped());
+    const auto writeBody = [body, path = bodyFile->path(), stopped = needless.token()] {
+        body.writeTo(path, stopped);
+    };
     co_await offMainThread(writeBody);
     throwIfCancelled(either.token());
 

@@ -20,7 +20,11 @@ private:
     struct Request
     {
         std::stop_source source;
-        void operator()() const { source.request_stop(); }
+        void operator()() const
+        {
+            std::stop_source kept = source; // this object may be destroyed by whom it resumes
+            kept.request_stop();
+        }
     };
 
     std::stop_source m_source;

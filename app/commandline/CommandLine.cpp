@@ -177,8 +177,9 @@ Command parse(const QStringList &arguments)
         return ShowHelp();
     const QString &name = arguments.first();
     const QStringList rest = arguments.sliced(1);
+    const QStringList options = rest.mid(0, rest.indexOf(u"--"_s)); // all of it without a "--"
     const bool asksForHelp = name == "help"_L1 || name == "--help"_L1 || name == "-h"_L1 ||
-                             rest.contains(u"--help"_s) || rest.contains(u"-h"_s);
+                             options.contains(u"--help"_s) || options.contains(u"-h"_s);
     if (asksForHelp)
         return ShowHelp();
     if (name == "--version"_L1 || name == "-v"_L1)

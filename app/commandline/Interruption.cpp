@@ -32,13 +32,19 @@ Interruption::Interruption(QObject *parent) : QObject(parent)
     struct sigaction action = {};
     action.sa_handler = passOn;
     action.sa_flags = SA_RESTART | int(SA_RESETHAND);
-    for (const int signal : signals)
+    for (const int signal : signals) {
+        struct sigaction usual = {};
+        ::sigaction(signal, nullptr, &usual);
+        if (usual.sa_handler == SIG_IGN) // as nohup asks for
+            continue;
         ::sigaction(signal, &action, nullptr);
+        m_taken.append(signal);
+    }
 }
 
 Interruption::~Interruption()
 {
-    for (const int signal : signals)
+    for (const int signal : std::as_const(m_taken))
         ::signal(signal, SIG_DFL);
     m_notifier.reset();
     for (const int end : channel)

@@ -10,6 +10,9 @@
 #include <cerrno>
 #include <cstdio>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane::Output {
@@ -36,6 +39,16 @@ QString writeInPlace(const QByteArray &bytes, const QString &path)
 }
 
 } // namespace
+
+void reserveStandardStreams()
+{
+    // Open for reading only, so that writing there still fails.
+    int place = ::open("/dev/null", O_RDONLY);
+    while (place >= 0 && place <= STDERR_FILENO)
+        place = ::open("/dev/null", O_RDONLY);
+    if (place > STDERR_FILENO)
+        ::close(place);
+}
 
 void write(const QByteArray &bytes)
 {

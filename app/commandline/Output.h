@@ -9,6 +9,10 @@ namespace orvane::Output {
 /// Names standard output where a file is asked for.
 inline constexpr QStringView standardOutput = u"-";
 
+/// Puts something harmless in the place of a standard stream that is closed. Otherwise the next file that
+/// is opened would take the place, and results or complaints would be written into it. Before anything else.
+void reserveStandardStreams();
+
 /// Writes results to standard output. Throws Error when not all could be written.
 void write(const QByteArray &bytes);
 

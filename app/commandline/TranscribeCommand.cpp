@@ -20,7 +20,8 @@ namespace {
 
 QString fileName(const QString &path)
 {
-    return QFileInfo(path).fileName();
+    const QString name = QFileInfo(path).fileName();
+    return name.isEmpty() ? path : name;
 }
 
 bool isFolder(const QString &path)

@@ -114,6 +114,15 @@ private Q_SLOTS:
         QVERIFY(!shell.readAllStandardError().isEmpty());
     }
 
+    void writesNothingIntoAFileThatTookTheStreamsPlace()
+    {
+        QProcess shell;
+        shell.start(u"sh"_s,
+                    {u"-c"_s, u"exec '%1' --help <&- >&- 2>&-"_s.arg(QStringLiteral(ORVANE_PROGRAM))});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 1);
+    }
+
     /// The command line must neither read nor delete the file of a running application's engines.
     void leavesTheApplicationsEnginesAlone()
     {
