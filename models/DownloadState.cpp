@@ -25,8 +25,7 @@ DownloadState::DownloadState(DownloadMeta meta, QString metaURL, Progress progre
       m_metaURL(std::move(metaURL)),
       m_progress(std::move(progress)),
       m_nextSave(saveInterval),
-      m_totalWritten(m_meta.totalWritten()),
-      m_lastReported(0)
+      m_totalWritten(m_meta.totalWritten())
 {
     report();
 }

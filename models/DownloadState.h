@@ -44,7 +44,7 @@ private:
     QDeadlineTimer m_nextSave;
     QDeadlineTimer m_nextReport;
     qint64 m_totalWritten;
-    double m_lastReported;
+    double m_lastReported = 0;
     bool m_isDistrusted = false;
 };
 

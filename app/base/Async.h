@@ -99,6 +99,7 @@ public:
         if (m_shared->failure)
             std::rethrow_exception(std::exchange(m_shared->failure, nullptr)); // the worker may outlive us
         if constexpr (!std::is_void_v<Result>)
+            // NOLINTNEXTLINE(bugprone-unchecked-optional-access): what did not fail has a result
             return std::move(m_shared->result).value();
     }
 

@@ -43,7 +43,7 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
         throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
     // The one option without a value.
     const QString flag = u"--"_s + noHistoryOption;
-    if (arguments.filter(flag + u'=').size() > 0)
+    if (!arguments.filter(flag + u'=').isEmpty())
         throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
     throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
 }

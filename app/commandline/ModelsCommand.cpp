@@ -127,7 +127,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
     }
     const auto rate = std::make_shared<TransferRate>();
     const auto state = [rate, id, &manager] {
-        const double size = double(manager.downloadSize(id));
+        const auto size = double(manager.downloadSize(id));
         const double fraction = manager.progress().value(id).toDouble();
         rate->update(size * fraction);
         const QString stage =

@@ -26,7 +26,7 @@ QByteArray magic()
     return "GGUF";
 }
 
-const QString &made(const QString &folder)
+QString made(const QString &folder)
 {
     QDir().mkpath(folder);
     return folder;
