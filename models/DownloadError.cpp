@@ -13,7 +13,7 @@ namespace {
 /// Rounded up, so that freeing what is asked for is enough.
 QString megabytes(qint64 bytes)
 {
-    return QString::number((bytes + 999'999) / 1'000'000);
+    return QString::number(bytes / 1'000'000 + (bytes % 1'000'000 > 0 ? 1 : 0));
 }
 
 } // namespace
@@ -79,6 +79,12 @@ DownloadError DownloadError::noRepository()
 {
     return {Kind::NoRepository,
             text(u"Адрес хранилища моделей не задан: укажите его при сборке или в команде."_s)};
+}
+
+DownloadError DownloadError::badRepository(const QString &address)
+{
+    return {Kind::NoRepository,
+            text(u"Адрес хранилища моделей должен начинаться с http:// или https://: "_s) + address};
 }
 
 } // namespace orvane

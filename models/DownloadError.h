@@ -19,7 +19,7 @@ public:
         NotEnoughSpace,
         NotWritable,
         AlreadyRunning, ///< another process, or another downloader, is writing the same file
-        NoRepository,   ///< the build does not know where models are
+        NoRepository,   ///< nothing says where models are, or something that is no web address
     };
 
     [[nodiscard]] static DownloadError badStatus(int code);
@@ -37,6 +37,7 @@ public:
     [[nodiscard]] static DownloadError notWritable(const QString &folder);
     [[nodiscard]] static DownloadError alreadyRunning();
     [[nodiscard]] static DownloadError noRepository();
+    [[nodiscard]] static DownloadError badRepository(const QString &address);
 
     [[nodiscard]] Kind kind() const { return m_kind; }
 

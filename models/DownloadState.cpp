@@ -22,6 +22,7 @@ constexpr auto reportInterval = 16ms;
 
 DownloadState::DownloadState(DownloadMeta meta, QString metaURL, Progress progress)
     : m_meta(std::move(meta)),
+      m_writtenBefore(m_meta.written),
       m_metaURL(std::move(metaURL)),
       m_progress(std::move(progress)),
       m_nextSave(saveInterval),

@@ -81,7 +81,16 @@ QUrl ModelCatalogManager::source(const DownloadableModel &model) const
         address.chop(1);
     if (address.isEmpty())
         throw DownloadError::noRepository();
-    return QUrl(address + model.repositoryPath);
+    const QUrl url(address + model.repositoryPath);
+    if ((url.scheme() != u"https" && url.scheme() != u"http") || url.host().isEmpty())
+        throw DownloadError::badRepository(address);
+    return url;
+}
+
+bool ModelCatalogManager::isPartlyDownloaded(const QString &id) const
+{
+    const QString file = localURL(id);
+    return !file.isEmpty() && QFileInfo::exists(PartFile::pathFor(file));
 }
 
 void ModelCatalogManager::refresh()
@@ -132,7 +141,10 @@ QCoro::Task<> ModelCatalogManager::deleteFile(QString id)
     if (file.isEmpty())
         co_return;
     // Freeing gigabytes takes a disk its time.
-    const auto work = [file] { QFile::remove(file); };
+    const auto work = [file] {
+        QFile::remove(file);
+        PartFile::discard(file);
+    };
     co_await offMainThread(work);
     throwIfCancelled(lifetime);
     refresh();

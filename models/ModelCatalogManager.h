@@ -62,6 +62,9 @@ public:
     /// Where the model's file lies, or would; empty for an id that is not in the catalogue.
     [[nodiscard]] QString localURL(const QString &id) const;
 
+    /// Whether a download of the model runs, here or elsewhere, or was interrupted and can be gone on with.
+    [[nodiscard]] bool isPartlyDownloaded(const QString &id) const;
+
     /// Looks at the folder again.
     Q_INVOKABLE void refresh();
 
@@ -69,12 +72,12 @@ public:
     Q_INVOKABLE void download(const QString &id);
     /// Ends the download and throws away what it has brought; a model that was complete before stays.
     Q_INVOKABLE void cancelDownload(const QString &id);
-    /// Deletes the model's file.
+    /// Deletes the model's file, and what an interrupted download of it has left.
     Q_INVOKABLE void remove(const QString &id);
 
-    /// The same, with an id of the catalogue, for callers who wait for the end: throws DownloadError, or
-    /// Cancelled when stop was requested (what was downloaded then stays for the next time) or the download
-    /// was cancelled.
+    /// The same for callers who wait for the end: throws DownloadError, or Cancelled when stop was
+    /// requested (what was downloaded then stays for the next time) or the download was cancelled. The id
+    /// is one of the catalogue's.
     [[nodiscard]] QCoro::Task<> fetch(QString id, std::stop_token stop = {});
     [[nodiscard]] QCoro::Task<> deleteFile(QString id);
 

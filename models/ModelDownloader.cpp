@@ -47,6 +47,7 @@ void ModelDownloader::interruptAndWait()
 QCoro::Task<> ModelDownloader::download(QUrl from, QString to, QByteArray expectedMagic, Progress progress,
                                         std::stop_token stop)
 {
+    *m_totalBytes = 0;
     std::stop_source either;
     const auto request = [either]() mutable { either.request_stop(); };
     const std::stop_callback byCaller(stop, request);

@@ -202,8 +202,10 @@ void Transfer::takeHeaderLine(QByteArrayView line)
     if (m_hasAnswered) // trailers of a chunked body
         return;
     if (line.startsWith("HTTP/")) {
+        long status = 0;
+        curl_easy_getinfo(m_handle.get(), CURLINFO_RESPONSE_CODE, &status);
         m_answer = {};
-        m_answer.status = line.sliced(line.indexOf(' ') + 1).first(3).toInt();
+        m_answer.status = static_cast<int>(status);
     } else if (const qsizetype colon = line.indexOf(':'); colon > 0) {
         const QByteArrayView name = line.first(colon);
         const QByteArrayView value = line.sliced(colon + 1).trimmed();
@@ -221,8 +223,9 @@ bool Transfer::redirectsToInsecure(QByteArrayView target) const
     const char *address = nullptr;
     curl_easy_getinfo(m_handle.get(), CURLINFO_EFFECTIVE_URL, &address);
     const QUrl current = QUrl::fromEncoded(address);
+    // An address that only the library below understands has no scheme here.
     return current.scheme() == u"https" &&
-           current.resolved(QUrl::fromEncoded(target.toByteArray())).scheme() == u"http";
+           current.resolved(QUrl::fromEncoded(target.toByteArray())).scheme() != u"https";
 }
 
 } // namespace orvane

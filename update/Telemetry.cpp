@@ -4,8 +4,8 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/BuildInfo.h"
 #include "app/settings/UserDefaults.h"
-#include "update/HttpExchange.h"
 #include "update/UpdateError.h"
+#include "update/VendorExchange.h"
 #include "update/VendorServer.h"
 
 #include <QCryptographicHash>
@@ -105,12 +105,12 @@ QString Telemetry::fallbackID()
 QCoro::Task<> Telemetry::send(QByteArray report)
 {
     const std::stop_token stop = m_lifetime.get_token();
-    const HttpExchange::Request request{
+    const VendorExchange::Request request{
         .url = m_options.endpoint, .json = report, .wholeTimeout = m_options.timeout};
     bool received = false;
     try {
         co_await offMainThread(&m_threads, [request, stop] {
-            HttpExchange::stream(request, [](const QByteArray &, std::optional<qint64>) {}, stop);
+            VendorExchange::stream(request, [](const QByteArray &, std::optional<qint64>) {}, stop);
         });
         received = true;
     } catch (const UpdateError &) {

@@ -3,9 +3,9 @@
 #include "app/base/Async.h"
 #include "app/settings/Localization.h"
 #include "app/settings/UserDefaults.h"
-#include "update/HttpExchange.h"
 #include "update/UpdateDownload.h"
 #include "update/UpdateError.h"
+#include "update/VendorExchange.h"
 #include "update/VendorServer.h"
 
 #include <algorithm>
@@ -86,10 +86,10 @@ QCoro::Task<> UpdateChecker::check(Mode mode)
     setChecking(true);
     std::optional<Release> published;
     try {
-        const HttpExchange::Request request{.url = m_options.endpoint,
-                                            .wholeTimeout = m_options.checkTimeout};
+        const VendorExchange::Request request{.url = m_options.endpoint,
+                                              .wholeTimeout = m_options.checkTimeout};
         const QByteArray manifest = co_await offMainThread(
-            &m_threads, [request, stop] { return HttpExchange::fetch(request, stop); });
+            &m_threads, [request, stop] { return VendorExchange::fetch(request, stop); });
         throwIfCancelled(stop);
         published = releaseIn(manifest);
     } catch (const UpdateError &) {

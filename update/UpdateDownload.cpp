@@ -1,8 +1,8 @@
 #include "update/UpdateDownload.h"
 
-#include "update/HttpExchange.h"
 #include "update/UpdateError.h"
 #include "update/UpdateFileName.h"
+#include "update/VendorExchange.h"
 
 #include <QFile>
 #include <QTemporaryFile>
@@ -42,8 +42,8 @@ QString UpdateDownload::run(const std::stop_token &stop) const
         if (length && *length > 0)
             progress(std::min(1.0, double(received) / double(*length)));
     };
-    const HttpExchange::Request request{.url = release.url, .idleTimeout = idleTimeout};
-    const HttpExchange::Answer answer = HttpExchange::stream(request, save, stop);
+    const VendorExchange::Request request{.url = release.url, .idleTimeout = idleTimeout};
+    const VendorExchange::Answer answer = VendorExchange::stream(request, save, stop);
 
     if (received == 0)
         throw UpdateError::connectionBroke();

@@ -151,11 +151,14 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
 QCoro::Task<int> ModelsCommand::remove()
 {
     for (const QString &id : m_options.ids) {
-        ModelCatalogManager &manager = managerOf(id);
-        if (!manager.downloaded().contains(id))
+        const ModelCatalogManager &manager = managerOf(id);
+        if (!manager.downloaded().contains(id) && !manager.isPartlyDownloaded(id))
             throw Error(text(u"Эта модель не скачана: "_s) + id);
+    }
+    for (const QString &id : m_options.ids) {
+        ModelCatalogManager &manager = managerOf(id);
         co_await manager.deleteFile(id);
-        if (QFileInfo::exists(manager.localURL(id)))
+        if (QFileInfo::exists(manager.localURL(id)) || manager.isPartlyDownloaded(id))
             throw Error(text(u"Не удалось удалить модель: "_s) + id);
     }
     co_return ExitStatus::success;

@@ -11,6 +11,8 @@ constexpr double weight = 0.1;
 
 void TransferRate::update(double bytes)
 {
+    if (bytes <= 0)
+        return; // what an earlier attempt has brought, told a moment later, counts as no speed
     const double seconds = m_sinceLast.isValid() ? double(m_sinceLast.restart()) / 1000 : 0;
     if (!m_sinceLast.isValid())
         m_sinceLast.start();

@@ -103,6 +103,8 @@ constexpr TextPair pairs[] = {
     {u"Не удаётся записать файл в папку ", u"Could not write the file to the folder "},
     {u"Этот файл уже скачивается другим окном или командой — дождитесь окончания.",
      u"This file is already being downloaded by another window or command — wait until it is done."},
+    {u"Адрес хранилища моделей должен начинаться с http:// или https://: ",
+     u"The address of the model repository has to begin with http:// or https://: "},
     {u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.",
      u"The address of the model repository is not set: give it when building or on the command line."},
     {u"Сервер моделей не найден. Проверьте подключение к интернету.",

@@ -78,6 +78,7 @@ private Q_SLOTS:
     void discardsRecord_data();
     void discardsRecord();
     void goesOnFromRecord();
+    void overlongAnswerCostsNoEarlierBytes();
     void changedFileIsFetchedAnew();
     void writesOnlyOnce();
     void stopKeepsWhatIsThere();
@@ -188,8 +189,8 @@ void TestModelDownloader::failsAndGoesOn_data()
     row("size unclear", always({.contentRange = "bytes 0-0/*"}), Kind::BadServerAnswer, u"размер"_s);
     row("size beyond numbers", always({.contentRange = "bytes 0-0/99999999999999999999"}),
         Kind::BadServerAnswer, u"размер"_s);
-    row("larger than any disk", always({.contentRange = "bytes 0-0/9000000000000000000"}),
-        Kind::NotEnoughSpace, u"9000000000000 МБ"_s);
+    row("larger than any disk", always({.contentRange = "bytes 0-0/9223372036854775807"}),
+        Kind::NotEnoughSpace, u"9223372036855 МБ"_s);
     row("a page of the right size", always({.etag = "", .body = page, .ignoresRange = true}),
         Kind::CorruptFile, u"не является корректной моделью"_s);
 
@@ -378,6 +379,27 @@ void TestModelDownloader::goesOnFromRecord()
     const auto served = server.served();
     QCOMPARE(served.size(), 2);
     QCOMPARE(served.last().request.range->start, meta.starts[1] + 7 * mebibyte);
+}
+
+void TestModelDownloader::overlongAnswerCostsNoEarlierBytes()
+{
+    FaultServer server(twoSegments());
+    DownloadMeta meta = DownloadMeta::fresh(u"v1"_s, ModelDownloader::splitSegments(twoSegments().size()));
+    meta.written = {5 * mebibyte, 7 * mebibyte};
+    write(record(), meta.toJson());
+    write(part(), twoSegments().first(meta.leastFileSize()));
+
+    server.setRule(toSegments([](auto &, Answer &answer) {
+        answer.more = "and more";
+        answer.givesLength = false;
+    }));
+    ModelDownloader downloader;
+    QCOMPARE(finish(startDownload(downloader, server.url(), destination())).failure, Kind::FileChanged);
+    QCOMPARE(DownloadMeta::fromJson(fileContent(record())), meta);
+
+    server.setRule({});
+    QVERIFY(finish(startDownload(downloader, server.url(), destination())).succeeded());
+    QVERIFY(fileContent(destination()) == server.content());
 }
 
 void TestModelDownloader::changedFileIsFetchedAnew()

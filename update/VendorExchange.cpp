@@ -1,4 +1,4 @@
-#include "update/HttpExchange.h"
+#include "update/VendorExchange.h"
 
 #include "app/settings/BuildInfo.h"
 #include "update/UpdateError.h"
@@ -15,7 +15,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace orvane::HttpExchange {
+namespace orvane::VendorExchange {
 
 namespace {
 
@@ -169,4 +169,4 @@ QByteArray fetch(const Request &request, const std::stop_token &stop)
     return body;
 }
 
-} // namespace orvane::HttpExchange
+} // namespace orvane::VendorExchange

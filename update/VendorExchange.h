@@ -12,7 +12,7 @@
 /// HTTP requests that the calling thread waits for. For pool threads only: finding the proxy and loading
 /// the certificates takes longer than the main thread may block. Redirects are followed unless they lead
 /// from https to http; the system's proxy is used for all but this machine.
-namespace orvane::HttpExchange {
+namespace orvane::VendorExchange {
 
 struct Request
 {
@@ -43,4 +43,4 @@ Answer stream(const Request &request, const Sink &sink, const std::stop_token &s
 /// The whole body, of at most 1 MiB. Throws as stream() does.
 QByteArray fetch(const Request &request, const std::stop_token &stop);
 
-} // namespace orvane::HttpExchange
+} // namespace orvane::VendorExchange

@@ -1,0 +1,65 @@
+"""Transcribing, decoding, the history and starting, against curl, ffmpeg and cat. Needs what ./test provides."""
+
+import json
+import os
+import re
+import sys
+from pathlib import Path
+
+from benchmarks.report import BUILD, RESOURCES, ROUNDS, best, milliseconds, peer, program, run
+
+
+def fixtures():
+    for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
+        if line.startswith("ORVANE_TEST_FIXTURES:") and (folder := Path(line.split("=", 1)[1])).is_dir():
+            return folder
+    sys.exit("The recordings are missing: run ./test first")
+
+
+def bench_transcription(report, _folder):
+    recordings = fixtures()
+    times = json.loads(run([program("bench-transcription"), recordings / "jfk.wav",
+                            recordings / "models" / "ggml-base.bin", RESOURCES, ROUNDS]))
+    report.add("transcribing 11 s of speech, against curl", times["service_ms"] / times["curl_ms"], 1.05,
+               detail=f"{times['service_ms']} ms, curl {times['curl_ms']} ms")
+
+
+def bench_decoding(report, folder):
+    recordings = fixtures()
+    kinds = {"AAC 44.1 kHz": ["hour.m4a", "-ar", "44100", "-ac", "2", "-c:a", "aac", "-b:a", "128k"],
+             "Opus 48 kHz": ["hour.opus", "-ar", "48000", "-ac", "2", "-c:a", "libopus", "-b:a", "96k"]}
+    for kind, (name, *encoding) in kinds.items():
+        media = folder / name
+        run([peer("ffmpeg"), "-v", "error", "-stream_loop", "-1", "-i", recordings / "jfk.wav", "-t", "3600", *encoding, media])
+        peer_command = [peer("ffmpeg"), "-v", "error", "-y", "-i", media, "-ac", "1", "-ar", "16000", "-f", "f32le",
+                        folder / "peer.f32"]
+        theirs = best(lambda: milliseconds(peer_command))
+        runs = [json.loads(run([program("bench-decode"), media, RESOURCES])) for _ in range(ROUNDS)]
+        ours = min(r["milliseconds"] for r in runs)
+        report.add(f"decoding 1 h of {kind}, against ffmpeg", ours / theirs, 1.0, detail=f"{ours} ms, ffmpeg {theirs:.0f} ms")
+        beyond = min(r["peakKiB"] / 1024 - r["samples"] * 4 / 2**20 for r in runs)
+        report.add(f"memory of decoding 1 h of {kind}, beyond its samples", beyond, 32, " MiB")
+
+
+def bench_history(report, folder):
+    data = folder / "data"
+    (data / "Orvane").mkdir(parents=True)
+    load = [program("bench-history"), data, 10000]
+    run(load)  # makes the records
+    records = data / "Orvane" / "History"
+    theirs = best(lambda: milliseconds(["sh", "-c", f"find '{records}' -name '*.json' -print0 | xargs -0 cat >'{os.devnull}'"]))
+    ours = best(lambda: float(re.search(r"([\d.]+) ms", run(load))[1]))
+    report.add("loading 10,000 records of 20 KiB, against cat", ours / theirs, 4, detail=f"{ours:.0f} ms, cat {theirs:.0f} ms")
+
+
+def bench_request_body(report, folder):
+    times = json.loads(run([program("bench-request-body"), folder]))
+    report.add("longest pause of the main thread while sending 460 MB", times["longest_pause_ms"], 16, " ms")
+    report.add("memory growth while sending 460 MB", times["growth_kib"] / 1024, 8, " MiB")
+
+
+def bench_start(report, _folder):
+    report.add("orvane --version", best(lambda: milliseconds([program("orvane"), "--version"]), 20), 50, " ms")
+
+
+BENCHES = [bench_transcription, bench_decoding, bench_history, bench_request_body, bench_start]
