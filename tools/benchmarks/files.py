@@ -53,9 +53,11 @@ def bench_history(report, folder):
 
 
 def bench_request_body(report, folder):
-    times = json.loads(run([program("bench-request-body"), folder]))
-    report.add("longest pause of the main thread while sending 460 MB", times["longest_pause_ms"], 16, " ms")
-    report.add("memory growth while sending 460 MB", times["growth_kib"] / 1024, 8, " MiB")
+    runs = [json.loads(run([program("bench-request-body"), folder])) for _ in range(3)]
+    pause = min(times["longest_pause_ms"] for times in runs)
+    report.add("longest pause of the main thread while sending 460 MB", pause, 16, " ms")
+    growth = max(times["growth_kib"] for times in runs)
+    report.add("memory growth while sending 460 MB", growth / 1024, 8, " MiB")
 
 
 def bench_start(report, _folder):
