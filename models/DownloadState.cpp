@@ -71,11 +71,12 @@ void DownloadState::save(Bytes bytes)
     const QString draft = PartFile::draftOf(m_metaURL);
     const QByteArray record = m_meta.toJson();
     QFile file(draft);
-    if (!file.open(QFile::WriteOnly) || file.write(record) != record.size() || !file.flush()) {
-        file.remove();
+    const bool isWritten = file.open(QFile::WriteOnly) && file.write(record) == record.size() && file.flush();
+    file.close();
+    if (!isWritten) {
+        QFile::remove(draft); // the open file would refuse while it has bytes to write
         return;
     }
-    file.close();
 
     std::error_code failure;
     std::filesystem::rename(QFile::encodeName(draft).constData(), QFile::encodeName(m_metaURL).constData(),

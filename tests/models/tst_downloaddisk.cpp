@@ -85,12 +85,12 @@ void TestDownloadDisk::fullInTheMiddle()
                                 "until [ -s \"$dir/model.part\" ]; do sleep 0.02; done\n"
                                 "head -c 20m /dev/zero > \"$dir/filler\"\n"
                                 "wait $running; echo \"first: $?\"; rm \"$dir/filler\"\n"
-                                "[ -s \"$dir/model.part.meta\" ] && echo kept\n"
+                                "[ -s \"$dir/model.part.meta\" ] && echo kept && ls -A \"$dir\"\n"
                                 "\"$download\" \"$url\" \"$dir/model\" GGUF; echo \"second: $?\"\n"
                                 "sha256sum < \"$dir/model\"; ls -A \"$dir\""_s,
                                 server.url(), folder.path(), ownMounts);
     QVERIFY2(reports(full.output, DownloadError::Kind::NotEnoughSpace), full.output.constData());
-    QVERIFY2(full.output.contains("first: 1\nkept\n"), full.output.constData());
+    QVERIFY2(full.output.contains("first: 1\nkept\nmodel.part\nmodel.part.meta\n{"), full.output.constData());
     QVERIFY2(full.output.contains("second: 0\n"), full.output.constData());
     const QByteArray sum = QCryptographicHash::hash(m_content, QCryptographicHash::Sha256).toHex();
     QVERIFY2(full.output.endsWith(sum + "  -\nmodel\n"), full.output.constData());
