@@ -31,6 +31,11 @@ bool isDirectFormat(const QString &path)
     return formats.contains(QFileInfo(path).suffix(), Qt::CaseInsensitive);
 }
 
+QString recognitionStatus()
+{
+    return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s);
+}
+
 QString joinedText(const QList<DisplaySegment> &segments)
 {
     QString text;
@@ -154,7 +159,7 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDirectly(Request r
                                                                        std::stop_token stop)
 {
     if (audience == Audience::Published) {
-        setStatus(Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s));
+        setStatus(recognitionStatus());
         spawn(estimateFromFile(request, stop));
     }
     co_await m_engine.load(request.model.path);
@@ -182,7 +187,7 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDecoded(Request re
 
     const auto length = 1ms * (qint64(samples.size()) * 1000 / sampleRate);
     if (audience == Audience::Published)
-        setStatus(Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s));
+        setStatus(recognitionStatus());
     co_await m_engine.load(request.model.path);
     throwIfCancelled(stop);
     const QElapsedTimer time = startRecognition(audience);
