@@ -11,7 +11,7 @@
 #include "app/settings/BuildInfo.h"
 #include "app/settings/Localization.h"
 #include "app/settings/UserDefaults.h"
-#include "ui/UpdateDialogs.h"
+#include "ui/Dialogs.h"
 
 #include <QApplication>
 #include <QScopeGuard>
@@ -36,11 +36,11 @@ int runApplication()
         Output::complain(Localization::text(u"Orvane уже работает."_s));
         return ExitStatus::success;
     }
-    std::optional<UpdateDialogs> dialogs;
+    std::optional<Dialogs> dialogs;
     std::optional<AppServices::Windows> windows;
     if (qobject_cast<QApplication *>(QCoreApplication::instance())) {
         windows.emplace(
-            AppServices::Windows{.updates = dialogs.emplace(), .openFile = UpdateDialogs::openFile});
+            AppServices::Windows{.updates = dialogs.emplace(), .openFile = Dialogs::openFile});
     }
     AppServices services({.role = AppServices::Role::Application, .windows = windows});
     AppDelegate delegate(services);

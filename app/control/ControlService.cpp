@@ -1,0 +1,98 @@
+#include "app/control/ControlService.h"
+
+#include "app/control/ApplicationAdaptor.h"
+#include "app/control/ControlInterface.h"
+#include "app/settings/Localization.h"
+#include "dictation/DictationController.h"
+
+#include <QDBusConnection>
+#include <QMetaEnum>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+using State = DictationController::State;
+
+ControlService::ControlService(DictationController *dictation, QObject *parent)
+    : QObject(parent),
+      m_dictation(dictation)
+{
+    const auto *application = new ApplicationAdaptor(this);
+    connect(application, &ApplicationAdaptor::activated, this, &ControlService::activated);
+}
+
+void ControlService::publish()
+{
+    QDBusConnection::sessionBus().registerObject(ControlInterface::path, this,
+                                                 QDBusConnection::ExportScriptableSlots |
+                                                     QDBusConnection::ExportAdaptors);
+}
+
+void ControlService::Toggle()
+{
+    if (!hasDictation())
+        return;
+    const State state = m_dictation->state();
+    if (state != State::Idle && state != State::Recording)
+        refuse(Localization::text(u"Предыдущая диктовка ещё обрабатывается."_s));
+    else
+        m_dictation->toggle();
+}
+
+void ControlService::Start()
+{
+    if (!hasDictation())
+        return;
+    if (m_dictation->state() != State::Idle)
+        refuse(Localization::text(u"Диктовка уже идёт."_s));
+    else
+        m_dictation->start();
+}
+
+void ControlService::Stop()
+{
+    if (!hasDictation())
+        return;
+    if (m_dictation->state() != State::Recording)
+        refuse(Localization::text(u"Диктовка сейчас не записывается."_s));
+    else
+        m_dictation->stop();
+}
+
+void ControlService::Cancel()
+{
+    if (!hasDictation())
+        return;
+    if (m_dictation->state() == State::Idle)
+        refuse(Localization::text(u"Отменять нечего: диктовка не идёт."_s));
+    else
+        m_dictation->cancel();
+}
+
+QString ControlService::Status()
+{
+    if (!hasDictation())
+        return {};
+    const auto states = QMetaEnum::fromType<State>();
+    return QString::fromLatin1(states.valueToKey(static_cast<int>(m_dictation->state()))).toLower();
+}
+
+void ControlService::Quit()
+{
+    Q_EMIT quitRequested();
+}
+
+bool ControlService::hasDictation()
+{
+    if (!m_dictation)
+        refuse(Localization::text(u"Orvane работает без экрана, диктовать здесь некуда."_s));
+    return m_dictation != nullptr;
+}
+
+void ControlService::refuse(const QString &text)
+{
+    sendErrorReply(ControlInterface::refusal, text);
+}
+
+} // namespace orvane
