@@ -26,9 +26,10 @@ KeyTap::TriggerKey keyNamed(const QString &trigger)
 
 } // namespace
 
-AppDelegate::AppDelegate(AppServices &services, QObject *parent)
+AppDelegate::AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent)
     : QObject(parent),
       m_services(services),
+      m_guidance(guidance),
       m_trigger(uptime)
 {
     m_sinceLaunch.start();
@@ -101,7 +102,7 @@ void AppDelegate::showMenu(DictationController &dictation)
 
 void AppDelegate::explainKeyCapture()
 {
-    m_services.guidance()->guide(
+    m_guidance->guide(
         Localization::text(u"Клавиши диктовки здесь недоступны"_s),
         Localization::text(
             u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание "

@@ -3,6 +3,7 @@
 #include "app/AppServices.h"
 #include "app/control/ControlService.h"
 #include "dictation/DictationTrigger.h"
+#include "dictation/GuidancePresenter.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -23,7 +24,8 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    explicit AppDelegate(AppServices &services, QObject *parent = nullptr);
+    /// Without a display there is no one to guide.
+    AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent = nullptr);
     ~AppDelegate() override;
 
     /// Once, when the event loop begins: ends the engines that a crashed run left behind, listens to keys and
@@ -43,6 +45,7 @@ private:
     void answerSession(QSessionManager &session);
 
     AppServices &m_services;
+    GuidancePresenter *const m_guidance;
     QElapsedTimer m_sinceLaunch;
     DictationTrigger m_trigger;
     std::unique_ptr<KeyTap> m_keyTap;

@@ -5,6 +5,7 @@
 #include "app/settings/UserDefaults.h"
 #include "correction/TextCorrectionService.h"
 #include "correction/catalogue/CorrectionModelManager.h"
+#include "dictation/DictationController.h"
 #include "history/HistoryStore.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
@@ -33,6 +34,9 @@ public:
     struct Windows
     {
         UpdatePresenter &updates;
+        GuidancePresenter &guidance;
+        DictationIndicator &indicator;
+        TextInjector &injector;
         UpdateChecker::Opener openFile;
     };
 
@@ -65,6 +69,8 @@ public:
     [[nodiscard]] TranscriptionService &transcriber();
     /// As above.
     [[nodiscard]] TextCorrectionService &corrector();
+    /// As above; null without windows, as its text goes into other programs' windows.
+    [[nodiscard]] DictationController *dictation();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
@@ -73,6 +79,7 @@ private:
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
+    const std::optional<Windows> m_windows;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
@@ -84,6 +91,7 @@ private:
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
+    std::unique_ptr<DictationController> m_dictation;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

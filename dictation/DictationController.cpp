@@ -33,9 +33,11 @@ QString howToGetAModel()
 
 } // namespace
 
-DictationController::DictationController(Collaborators collaborators, QObject *parent)
+DictationController::DictationController(Collaborators collaborators, const QString &moduleFolder,
+                                         QObject *parent)
     : QObject(parent),
-      m_with(collaborators)
+      m_with(collaborators),
+      m_recorder(moduleFolder)
 {}
 
 DictationController::~DictationController()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settings/StoredChoices.h"
+#include "dictation/DictationState.h"
 #include "dictation/capture/AudioRecorder.h"
 
 #include <QObject>
@@ -29,13 +30,12 @@ class WhisperServerEngine;
 class DictationController : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(State state READ state NOTIFY stateChanged)
+    Q_PROPERTY(orvane::DictationState state READ state NOTIFY stateChanged)
     Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
     Q_PROPERTY(bool hotkeyActive READ hotkeyActive WRITE setHotkeyActive NOTIFY hotkeyActiveChanged)
 
 public:
-    enum class State { Idle, Starting, Recording, Transcribing, Correcting };
-    Q_ENUM(State)
+    using State = DictationState;
 
     struct Collaborators
     {
@@ -49,7 +49,8 @@ public:
         GuidancePresenter &guidance;
     };
 
-    explicit DictationController(Collaborators collaborators, QObject *parent = nullptr);
+    /// The module that records lies in `moduleFolder`. The references outlive this.
+    DictationController(Collaborators collaborators, const QString &moduleFolder, QObject *parent = nullptr);
     /// Abandons what runs.
     ~DictationController() override;
 

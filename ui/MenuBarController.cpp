@@ -20,7 +20,7 @@ namespace orvane {
 
 namespace {
 
-using State = DictationController::State;
+using State = DictationState;
 
 /// A status line must not make the menu as wide as the screen.
 constexpr qsizetype longestStatus = 80;
@@ -106,6 +106,13 @@ void MenuBarController::setKeyIsTaken(bool taken)
     m_keyIsTaken = taken;
 }
 
+void MenuBarController::announce()
+{
+    m_icon.showMessage(BuildInfo::editionName,
+                       Localization::text(u"Orvane уже работает: его значок — в области уведомлений."_s),
+                       m_icon.icon());
+}
+
 void MenuBarController::showState()
 {
     m_icon.setIcon(TrayIcon::icon(lookOf(m_services.dictation.state())));
@@ -146,7 +153,6 @@ void MenuBarController::rebuild()
     addTriggers();
     addLanguages();
     addModes();
-    m_menu.addSeparator();
     addKeyCapture();
     m_menu.addSeparator();
     addUpdates();

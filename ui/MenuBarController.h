@@ -31,6 +31,9 @@ public:
     /// Whether another program keeps a key that the dictation needs; the menu then says so.
     void setKeyIsTaken(bool taken);
 
+    /// Says where the program is, to somebody who started it again.
+    void announce();
+
     /// What the menu holds now.
     [[nodiscard]] QMenu &menu() { return m_menu; }
 

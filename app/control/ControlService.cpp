@@ -6,13 +6,12 @@
 #include "dictation/DictationController.h"
 
 #include <QDBusConnection>
-#include <QMetaEnum>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-using State = DictationController::State;
+using State = DictationState;
 
 ControlService::ControlService(DictationController *dictation, QObject *parent)
     : QObject(parent),
@@ -74,8 +73,19 @@ QString ControlService::Status()
 {
     if (!hasDictation())
         return {};
-    const auto states = QMetaEnum::fromType<State>();
-    return QString::fromLatin1(states.valueToKey(static_cast<int>(m_dictation->state()))).toLower();
+    switch (m_dictation->state()) {
+    case State::Idle:
+        return u"idle"_s;
+    case State::Starting:
+        return u"starting"_s;
+    case State::Recording:
+        return u"recording"_s;
+    case State::Transcribing:
+        return u"transcribing"_s;
+    case State::Correcting:
+        return u"correcting"_s;
+    }
+    Q_UNREACHABLE();
 }
 
 void ControlService::Quit()

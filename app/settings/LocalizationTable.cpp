@@ -40,6 +40,40 @@ constexpr TextPair pairs[] = {
     {u"Языковая модель занята — вставлен распознанный текст без обработки.",
      u"The language model is busy — the recognized text was inserted without processing."},
 
+    // The menu in the tray
+    {u"Начать диктовку", u"Start dictation"},
+    {u"Завершить диктовку", u"Finish dictation"},
+    {u"Отменить диктовку", u"Cancel dictation"},
+    {u"Модель распознавания", u"Recognition model"},
+    {u"Нет скачанных моделей", u"No models downloaded"},
+    {u"Клавиша диктовки", u"Dictation key"},
+    {u"Язык распознавания", u"Recognition language"},
+    {u"Режим диктовки", u"Dictation mode"},
+    {u"Перехват клавиш: ✅ активен", u"Key capture: ✅ active"},
+    {u"Перехват клавиш: ⚠️ нет доступа", u"Key capture: ⚠️ no access"},
+    {u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой",
+     u"Key capture: ⚠️ another program keeps F5 or Esc"},
+    {u"Выдать «Универсальный доступ»…", u"Grant Accessibility…"},
+    {u"Клавиши диктовки здесь недоступны", u"The dictation keys don’t work here"},
+    {u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание клавиш для "
+     u"команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит.",
+     u"This desktop does not let programs listen to keys. In its settings, bind a key to the command “orvane "
+     u"toggle”: the first press starts a dictation, the second finishes it."},
+    {u"Доступна версия ", u"Version available: "},
+    {u"Завершить Orvane", u"Quit Orvane"},
+
+    // What the running application answers to the command line
+    {u"Предыдущая диктовка ещё обрабатывается.", u"The previous dictation is still being processed."},
+    {u"Диктовка уже идёт.", u"A dictation is already running."},
+    {u"Диктовка сейчас не записывается.", u"No dictation is being recorded."},
+    {u"Отменять нечего: диктовка не идёт.", u"Nothing to cancel: no dictation is running."},
+    {u"Orvane работает без экрана, диктовать здесь некуда.",
+     u"Orvane runs without a display; there is nowhere to dictate to."},
+    {u"Orvane не отвечает: запустите его командой orvane.",
+     u"Orvane does not answer: start it with the command orvane."},
+    {u"Orvane уже работает: его значок — в области уведомлений.",
+     u"Orvane is already running: its icon is in the notification area."},
+
     // Windows and menus
     {u"Настройки…", u"Settings…"},
 
@@ -310,7 +344,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        показать, где лежат модели
       --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
-  orvane --background             остаться работать в фоне
+  orvane                          открыть программу; с --background — только значок
+  orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
+  orvane status                   показать состояние диктовки
+
   orvane --version                показать версию
   orvane --help                   показать эту справку
 
@@ -337,7 +375,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        show where the models lie
       --repository ADDRESS        where to download from (by default as the build says)
 
-  orvane --background             stay and work in the background
+  orvane                          open the program; with --background only its icon
+  orvane toggle                   start a dictation, or finish it and insert its text
+  orvane start | stop | cancel    the same one by one; cancel inserts nothing
+  orvane status                   show the dictation's state
+
   orvane --version                show the version
   orvane --help                   show this help
 
