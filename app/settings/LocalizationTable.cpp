@@ -11,6 +11,31 @@ constexpr TextPair pairs[] = {
     {u"правый ⌘", u"right ⌘"},
     {u"правый ⌥", u"right ⌥"},
 
+    // Dictation: the modes and the indicator
+    {u"Исправить", u"Correct"},
+    {u"Письмо", u"Email"},
+    {u"Промпт", u"Prompt"},
+    {u"Исправляю…", u"Correcting…"},
+    {u"Составляю письмо…", u"Composing the email…"},
+    {u"Выполняю запрос…", u"Running the request…"},
+    {u"Исправить: модель чинит пунктуацию и грамматику надиктованного.",
+     u"Correct: the model fixes the punctuation and grammar of what you dictated."},
+    {u"Письмо: модель оформляет надиктованное как готовый email.",
+     u"Email: the model turns what you dictated into a ready email."},
+    {u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.",
+     u"Prompt: the model runs what you dictated as a request; the result is inserted."},
+    {u"Готов", u"Ready"},
+    {u"Слушаю…", u"Listening…"},
+    {u"Дважды", u"Double-press"},
+    {u"готово · Esc — отмена", u"to finish · Esc to cancel"},
+    {u"Нет звука с микрофона — проверьте его", u"No sound from the microphone — check it"},
+    {u"Распознаю…", u"Recognizing…"},
+    {u"Подождите немного", u"Just a moment"},
+    {u"Обрабатываю…", u"Processing…"},
+    {u"Пунктуация и грамматика", u"Punctuation and grammar"},
+    {u"Оформляю как письмо", u"Composing an email"},
+    {u"Выполняю как запрос", u"Running as a request"},
+
     // Languages of speech: all but this one are called the same in every interface
     {u"Автоопределение", u"Auto-detect"},
 
