@@ -15,7 +15,7 @@
 #include "app/base/StandardFolders.h"
 #include "dictation/TextInjector.h"
 #include "ui/Dialogs.h"
-#include "ui/HUDController.h"
+#include "ui/DictationPanel.h"
 
 #include <QApplication>
 #include <QScopeGuard>
@@ -39,7 +39,7 @@ struct Desktop
 {
     Dialogs dialogs;
     std::unique_ptr<TextInjector> injector = TextInjector::forDisplay();
-    HUDController indicator{StandardFolders::ofUser().resources};
+    DictationPanel indicator{StandardFolders::ofUser().resources};
 
     [[nodiscard]] AppServices::Windows windows()
     {

@@ -78,7 +78,7 @@ void DictationController::start()
     // The microphone first: nothing of what is said while the indicator appears may be lost.
     spawn(record(m_session.get_token()));
     if (m_state != State::Idle)
-        m_with.indicator.show();
+        m_with.indicator.show(*this, m_with.settings);
 }
 
 QCoro::Task<> DictationController::record(std::stop_token session)

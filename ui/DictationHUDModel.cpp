@@ -4,15 +4,13 @@
 #include "app/settings/Localization.h"
 #include "dictation/DictationModeTexts.h"
 
-#include <array>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
 
 namespace {
-
-constexpr std::array modes = {DictationMode::Correct, DictationMode::Email, DictationMode::Prompt};
 
 QString subtitleWhile(DictationMode mode)
 {
@@ -43,7 +41,7 @@ QString iconWhile(DictationMode mode)
 QStringList forEachMode(QString (*text)(DictationMode))
 {
     QStringList texts;
-    for (const DictationMode mode : modes)
+    for (const DictationMode mode : dictationModes)
         texts << text(mode);
     return texts;
 }
@@ -168,12 +166,12 @@ QStringList DictationHUDModel::chipHelps() const
 
 int DictationHUDModel::selectedChip() const
 {
-    return int(std::ranges::find(modes, m_settings.dictationMode()) - modes.begin());
+    return int(std::ranges::find(dictationModes, m_settings.dictationMode()) - dictationModes.begin());
 }
 
 void DictationHUDModel::selectChip(int chip)
 {
-    m_settings.setDictationMode(modes.at(std::size_t(chip)));
+    m_settings.setDictationMode(dictationModes.at(std::size_t(chip)));
 }
 
 void DictationHUDModel::setHoveredChip(int chip)

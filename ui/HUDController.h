@@ -1,6 +1,5 @@
 #pragma once
 
-#include "dictation/DictationIndicator.h"
 #include "ui/indicator/IndicatorModule.h"
 
 #include <QCoroTask>
@@ -18,18 +17,21 @@ class DictationHUDModel;
 /// Owns the window of the dictation indicator: a floating capsule that never takes the focus. Its scene is
 /// in a module of its own that is loaded when the indicator is first shown, and then kept. Needs a
 /// QApplication that outlives this.
-class HUDController : public DictationIndicator
+class HUDController
 {
 public:
     /// Shows that model, which outlives this. The module "orvane-indicator" lies in that folder; without
     /// it nothing is shown.
     HUDController(DictationHUDModel &hud, const QString &moduleFolder);
-    ~HUDController() override;
+    ~HUDController();
     Q_DISABLE_COPY_MOVE(HUDController)
 
-    void show() override;
-    void hide() override;
-    void notice(const QString &text) override;
+    /// On the screen under the pointer. Nothing changes when it is shown already.
+    void show();
+    /// At once, also when it was still about to be shown.
+    void hide();
+    /// Shows a text alone for a few seconds, in place of everything else.
+    void notice(const QString &text);
 
 private:
     void appear();

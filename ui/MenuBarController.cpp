@@ -234,7 +234,7 @@ void MenuBarController::addModes()
 {
     ChoiceMenu choice(m_menu, Localization::text(u"Режим диктовки"_s));
     AppSettings &settings = m_services.settings;
-    for (const DictationMode mode : DictationModeTexts::modes()) {
+    for (const DictationMode mode : dictationModes) {
         choice.add(DictationModeTexts::title(mode), mode == settings.dictationMode(),
                    [&settings, mode] { settings.setDictationMode(mode); });
     }
