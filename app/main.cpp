@@ -67,7 +67,7 @@ int runApplication(CommandLine::RunApplication options)
     std::optional<Desktop> desktop;
     AppServices::Environment environment{.role = AppServices::Role::Application};
     if (hasWindows)
-        environment.windows = desktop.emplace().windows();
+        environment.windows.emplace(desktop.emplace().windows());
     AppServices services(environment);
     AppDelegate delegate(services, desktop ? &desktop->dialogs : nullptr);
     Interruption interruption;

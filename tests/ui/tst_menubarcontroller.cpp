@@ -57,11 +57,11 @@ void TestMenuBarController::init()
                            .resources = m_home->path(),
                            .temporary = m_home->path()};
     environment.defaultsFile = m_home->filePath(u"settings.json"_s);
-    environment.windows = AppServices::Windows{.updates = m_updates,
-                                               .guidance = m_guidance,
-                                               .indicator = m_indicator,
-                                               .injector = m_injector,
-                                               .openFile = {}};
+    environment.windows.emplace(AppServices::Windows{.updates = m_updates,
+                                                     .guidance = m_guidance,
+                                                     .indicator = m_indicator,
+                                                     .injector = m_injector,
+                                                     .openFile = {}});
     m_services = std::make_unique<AppServices>(environment);
     m_controller = std::make_unique<MenuBarController>(
         MenuBarController::Services{.settings = m_services->settings(),
