@@ -64,13 +64,14 @@ HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder
     m_help.callOnTimeout(&m_help, [this] { showHelp(); });
     QObject::connect(&hud, &DictationHUDModel::hoveredChipChanged, &m_help, [this] {
         QToolTip::hideText();
-        m_help.start();
+        m_help.start(); // also for none: then it ends in nothing
     });
 }
 
 HUDController::~HUDController()
 {
     m_lifetime.request_stop();
+    hide();
 }
 
 void HUDController::show()
@@ -85,11 +86,9 @@ void HUDController::hide()
     m_wantsVisible = false;
     m_again.stop();
     m_endOfNotice.stop();
-    m_help.stop();
-    if (m_isReady) {
+    if (m_isReady)
         m_window->hide();
-        m_hud.setHoveredChip(-1);
-    }
+    m_hud.setHoveredChip(-1);
 }
 
 void HUDController::notice(const QString &text)

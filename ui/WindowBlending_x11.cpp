@@ -1,26 +1,11 @@
 #include "ui/WindowBlending.h"
 
+#include "dictation/Xcb.h"
+
 #include <QByteArray>
 #include <QGuiApplication>
 
-#include <xcb/xcb.h>
-
-#include <cstdlib>
-#include <memory>
-
 namespace orvane {
-
-namespace {
-
-struct Free
-{
-    void operator()(void *reply) const { std::free(reply); }
-};
-
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
-
-} // namespace
 
 bool windowsAreBlended()
 {
@@ -30,11 +15,11 @@ bool windowsAreBlended()
     // A compositing manager owns the selection that is named after its screen.
     xcb_connection_t *connection = x11->connection();
     const QByteArray name = "_NET_WM_CM_S0";
-    const Owned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
+    const XcbOwned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, uint16_t(name.size()), name.constData()), nullptr));
     if (!atom)
         return false;
-    const Owned<xcb_get_selection_owner_reply_t> owner(
+    const XcbOwned<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom), nullptr));
     return owner && owner->owner != XCB_NONE;
 }

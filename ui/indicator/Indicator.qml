@@ -20,18 +20,17 @@ Rectangle {
 
     Text {
         anchors.fill: parent
-        anchors.margins: 20
+        anchors { leftMargin: 20; rightMargin: 20; topMargin: 12; bottomMargin: 12 }
         visible: capsule.hasNotice
         text: capsule.hud.notice
         textFormat: Text.PlainText
         color: "#edece8"
         font { family: capsule.fontFamily; pixelSize: 14 }
-        lineHeight: 20
-        lineHeightMode: Text.FixedHeight
+        fontSizeMode: Text.Fit
+        minimumPixelSize: 12
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.Wrap
-        maximumLineCount: 4
         elide: Text.ElideRight
     }
 
