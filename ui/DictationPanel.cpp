@@ -35,6 +35,7 @@ void DictationPanel::make(DictationController &dictation, AppSettings &settings)
     QObject::connect(&recorder, &AudioRecorder::deviceIsSilentChanged, model,
                      [model, &recorder] { model->setDeviceIsSilent(recorder.deviceIsSilent()); });
     showState();
+    model->setWaveform(recorder.waveform());
 }
 
 void DictationPanel::hide()

@@ -1,6 +1,6 @@
 #include "app/settings/Localization.h"
 #include "correction/BuiltInModel.h"
-#include "correction/Characters.h"
+#include "correction/TextChunks.h"
 #include "correction/TextCorrectionService.h"
 
 #include <QRandomGenerator>
@@ -23,7 +23,7 @@ QString withoutBlanks(QString text)
 
 qsizetype lengthOf(const QString &text)
 {
-    return Characters::pieces(text, 1).size();
+    return TextChunks::hardSplit(text, 1).size();
 }
 
 } // namespace
@@ -106,8 +106,8 @@ void TestCorrectionTexts::countsWhatPeopleSee()
     const QString text = family + accented + u"\r\n🇷🇺а"_s;
     QCOMPARE(Service::hardSplit(text, 1), (QStringList{family, accented, u"\r\n"_s, u"🇷🇺"_s, u"а"_s}));
     QCOMPARE(Service::hardSplit(text, 2), (QStringList{family + accented, u"\r\n🇷🇺"_s, u"а"_s}));
-    QCOMPARE(Characters::first(text, 2), family + accented);
-    QCOMPARE(Characters::first(text, 6), text);
+    QCOMPARE(TextChunks::first(text, 2), family + accented);
+    QCOMPARE(TextChunks::first(text, 6), text);
 }
 
 void TestCorrectionTexts::cleans_data()
