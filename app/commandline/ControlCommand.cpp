@@ -6,6 +6,7 @@
 #include "app/control/ControlInterface.h"
 #include "app/settings/Localization.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QVariantMap>
@@ -25,7 +26,10 @@ QDBusMessage ask(const QString &interface, const QString &method, const QVariant
                                                           interface, method);
     request.setArguments(arguments);
     request.setAutoStartService(false);
-    return QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);
+    QDBusMessage answer = QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);
+    // What Qt's own thread still has to say of the answer, it complains of once the types are gone.
+    QCoreApplication::processEvents();
+    return answer;
 }
 
 } // namespace
