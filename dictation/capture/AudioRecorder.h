@@ -56,7 +56,7 @@ public:
     /// The module "orvane-capture" lies in that folder.
     explicit AudioRecorder(const QString &moduleFolder, QObject *parent = nullptr);
     /// Drops what is being recorded.
-    virtual ~AudioRecorder();
+    ~AudioRecorder() override;
 
     /// Begins to record and resumes when the device runs; what it gives from then on is recorded. Throws
     /// CaptureError, and Cancelled when stop() comes first. While it records or begins to, a second start

@@ -30,7 +30,7 @@ public:
     };
 
     CaptureSession(std::shared_ptr<CapturedSamples> samples, std::function<void()> hasNews);
-    ~CaptureSession() = default;
+    virtual ~CaptureSession() = default;
     CaptureSession(const CaptureSession &) = delete;
     CaptureSession &operator=(const CaptureSession &) = delete;
 

@@ -111,7 +111,7 @@ void SoundServer::unplug(const QString &microphone)
     control({u"unload-module"_s, m_modules.take(microphone)});
 }
 
-void SoundServer::setDefault(const QString &microphone)
+void SoundServer::setDefault(const QString &microphone) const
 {
     control({u"set-default-source"_s, microphone});
 }

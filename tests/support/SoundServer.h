@@ -46,7 +46,7 @@ public:
     void plugIn(const QString &microphone, const Format &format);
     void plugIn(const QString &microphone) { plugIn(microphone, Format{}); }
     void unplug(const QString &microphone);
-    void setDefault(const QString &microphone);
+    void setDefault(const QString &microphone) const;
 
     /// Plays the sound file into the microphone; ends when it has been played.
     void speak(const QString &microphone, const QString &file);

@@ -1,7 +1,7 @@
 // Records from the default microphone and prints one line of JSON: milliseconds from start() to the first
-// sample, at first and again; the longest that the main thread was held up meanwhile; then, for a recording
-// in chunks, the share of one core in percent, and the private memory in KiB before the first recording,
-// and at the beginning and the end of this one.
+// sample, at first and again, and of stop(); the longest that the main thread was held up meanwhile; then,
+// for a recording in chunks, the share of one core in percent, and the private memory in KiB before the first
+// recording, and at the beginning and the end of this one.
 //
 // usage: bench-capture MODULE-FOLDER [SECONDS]
 
@@ -68,7 +68,13 @@ private:
     qint64 m_longest = 0;
 };
 
-QCoro::Task<double> timeToFirstSample(AudioRecorder *recorder)
+struct Times
+{
+    double firstSample = 0;
+    double stop = 0;
+};
+
+QCoro::Task<Times> recordBriefly(AudioRecorder *recorder)
 {
     const auto nanoseconds = std::make_shared<std::atomic<qint64>>(0);
     QElapsedTimer timer;
@@ -80,8 +86,9 @@ QCoro::Task<double> timeToFirstSample(AudioRecorder *recorder)
     co_await recorder->start();
     while (*nanoseconds == 0)
         co_await sleepFor(5ms);
+    timer.start();
     (void)co_await recorder->stop();
-    co_return double(*nanoseconds) / 1e6;
+    co_return Times{.firstSample = double(*nanoseconds) / 1e6, .stop = double(timer.nsecsElapsed()) / 1e6};
 }
 
 QCoro::Task<> measure(AudioRecorder *recorder, std::chrono::seconds length)
@@ -90,14 +97,19 @@ QCoro::Task<> measure(AudioRecorder *recorder, std::chrono::seconds length)
     double cold = 0;
     double holdUp = 0;
     std::vector<double> warm;
+    std::vector<double> stops;
     {
         const HoldUps holdUps;
-        cold = co_await timeToFirstSample(recorder);
-        for (int round = 0; round < warmRounds; ++round)
-            warm.push_back(co_await timeToFirstSample(recorder));
+        cold = (co_await recordBriefly(recorder)).firstSample;
+        for (int round = 0; round < warmRounds; ++round) {
+            const Times times = co_await recordBriefly(recorder);
+            warm.push_back(times.firstSample);
+            stops.push_back(times.stop);
+        }
         holdUp = holdUps.milliseconds();
     }
     std::ranges::sort(warm);
+    std::ranges::sort(stops);
 
     recorder->setChunks(1, [](const std::vector<float> &) {});
     co_await recorder->start();
@@ -108,9 +120,11 @@ QCoro::Task<> measure(AudioRecorder *recorder, std::chrono::seconds length)
     const double percent = (processorSeconds() - busy) / double(length.count()) * 100;
     const long end = privateMemory();
     (void)co_await recorder->stop();
-    std::printf("{\"coldMs\": %.1f, \"warmMs\": %.1f, \"slowestWarmMs\": %.1f, \"longestHoldUpMs\": %.1f, "
+    std::printf("{\"coldMs\": %.1f, \"warmMs\": %.1f, \"slowestWarmMs\": %.1f, \"stopMs\": %.1f, "
+                "\"longestHoldUpMs\": %.1f, "
                 "\"processorPercent\": %.2f, \"idleKiB\": %ld, \"beginKiB\": %ld, \"endKiB\": %ld}\n",
-                cold, warm[warmRounds / 2], warm.back(), holdUp, percent, before, begin, end);
+                cold, warm[warmRounds / 2], warm.back(), stops[warmRounds / 2], holdUp, percent, before,
+                begin, end);
 }
 
 QCoro::Task<> run(AudioRecorder *recorder, std::chrono::seconds length)

@@ -15,7 +15,7 @@ namespace {
 constexpr auto openingLimit = 5s;
 constexpr auto retryInterval = 500ms;
 // More than a device holds back when it is asked to deliver every 20 ms.
-constexpr auto drainLimit = 150ms;
+constexpr auto drainLimit = 250ms;
 
 PulseCapture &captureOf(void *self)
 {
@@ -36,7 +36,6 @@ PulseCapture::~PulseCapture() = default;
 CaptureOutcome PulseCapture::run(CaptureListener &listener) noexcept
 {
     m_listener = &listener;
-    wake(openingLimit);
     connect();
     while (!m_outcome)
         iterate();
@@ -78,6 +77,7 @@ void PulseCapture::heedRequest()
 
 void PulseCapture::connect()
 {
+    wake(openingLimit);
     m_context.reset(pa_context_new(m_api, "Orvane"));
     if (!m_context)
         return contextLost();
@@ -97,6 +97,7 @@ void PulseCapture::contextChanged()
 {
     switch (pa_context_get_state(m_context.get())) {
     case PA_CONTEXT_READY: {
+        // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange): libpulse's enumeration of bits
         const auto events = pa_subscription_mask_t(PA_SUBSCRIPTION_MASK_SOURCE | PA_SUBSCRIPTION_MASK_SERVER);
         m_subscribing.reset(pa_context_subscribe(m_context.get(), events, nullptr, nullptr));
         findSource();
@@ -157,6 +158,7 @@ void PulseCapture::searchEnded()
 void PulseCapture::openStream(const pa_source_info &source)
 {
     closeStream();
+    wake(openingLimit);
     try {
         m_stream =
             std::make_unique<PulseStream>(m_context.get(), source, *m_listener, [this] { streamChanged(); });
@@ -184,10 +186,10 @@ void PulseCapture::streamChanged()
         streamEnded();
         break;
     case PulseStream::State::Running:
-        if (!std::exchange(m_opened, true)) {
+        if (m_heeded == Request::None)
             stopWaiting();
+        if (!std::exchange(m_opened, true))
             m_listener->opened();
-        }
         break;
     case PulseStream::State::Opening:
         break;
@@ -230,8 +232,12 @@ void PulseCapture::timeIsUp()
         fail(m_stream ? CaptureOutcome::NotOpened : CaptureOutcome::NoService);
     else if (!m_context)
         connect();
+    else if (pa_context_get_state(m_context.get()) != PA_CONTEXT_READY)
+        contextLost();
     else if (!m_stream)
         findSource();
+    else if (m_stream->state() == PulseStream::State::Opening)
+        streamEnded();
 }
 
 void PulseCapture::fail(CaptureOutcome outcome)
