@@ -7,6 +7,7 @@ void KeyGrab::take(const XcbConnection &connection, const KeyboardMap &map)
     m_isRefused = false;
     m_isDown = false;
     m_firstRequest = 0;
+    m_lastRequest = 0;
     for (const xcb_keycode_t key : map.keysWith(m_symbol)) {
         for (const std::uint16_t locks : map.lockCombinations()) {
             const xcb_void_cookie_t request = xcb_grab_key(connection.get(), false, connection.root(), locks,

@@ -307,10 +307,15 @@ void X11KeyTap::settleGrabs()
 
 void X11KeyTap::tryAgain()
 {
-    if (!m_display)
+    if (!m_display) {
         spawn(connectToDisplay());
-    else
-        takeGrabs();
+        return;
+    }
+    for (KeyGrab *grab : {&m_toggle, &m_escape}) {
+        if (grab->isMissing())
+            grab->take(m_display->connection, m_display->map);
+    }
+    askForAnswer();
 }
 
 void X11KeyTap::disconnectFromDisplay()

@@ -20,6 +20,18 @@ struct Unref
 template <typename Type>
 using Owned = std::unique_ptr<Type, Unref>;
 
+bool actsWhileHeld(xkb_keysym_t symbol)
+{
+    return (symbol >= XKB_KEY_Shift_L && symbol <= XKB_KEY_Hyper_R) || symbol == XKB_KEY_Mode_switch ||
+           symbol == XKB_KEY_ISO_Level3_Shift || symbol == XKB_KEY_ISO_Level5_Shift;
+}
+
+bool locks(xkb_keysym_t symbol)
+{
+    return symbol == XKB_KEY_Caps_Lock || symbol == XKB_KEY_Shift_Lock || symbol == XKB_KEY_Num_Lock ||
+           symbol == XKB_KEY_Scroll_Lock;
+}
+
 } // namespace
 
 std::optional<KeyboardMap> KeyboardMap::read(xcb_connection_t *connection)
@@ -105,13 +117,13 @@ std::optional<xcb_keycode_t> KeyboardMap::modifierKey(xcb_map_index_t modifier, 
 QList<xcb_keycode_t> KeyboardMap::heldModifierKeys() const
 {
     QList<xcb_keycode_t> held;
-    for (size_t modifier = 0; modifier < m_modifiers.size(); ++modifier) {
-        if (modifier == XCB_MAP_INDEX_LOCK)
-            continue;
-        for (const xcb_keycode_t key : m_modifiers.at(modifier)) {
-            if (!isNumOrScrollLock(key) && !held.contains(key))
-                held.append(key);
-        }
+    for (size_t key = 0; key < m_layouts.constFirst().size(); ++key) {
+        const auto code = xcb_keycode_t(key);
+        const bool isMapped = std::any_of(m_modifiers.begin(), m_modifiers.end(),
+                                          [code](const auto &keys) { return keys.contains(code); });
+        // A key may act on a modifier without being mapped to it, as AltGr does.
+        if ((isMapped || actsWhileHeld(symbol(code))) && !locks(symbol(code)))
+            held.append(code);
     }
     return held;
 }
@@ -122,20 +134,16 @@ QList<std::uint16_t> KeyboardMap::lockCombinations() const
     for (size_t modifier = 0; modifier < m_modifiers.size(); ++modifier) {
         // The Caps Lock key may act as another modifier; Num and Scroll have none of their own.
         const QList<xcb_keycode_t> &keys = m_modifiers.at(modifier);
-        const bool locks =
-            modifier == XCB_MAP_INDEX_LOCK ||
-            std::any_of(keys.begin(), keys.end(), [this](auto key) { return isNumOrScrollLock(key); });
-        if (!locks)
+        const bool isLock = modifier == XCB_MAP_INDEX_LOCK ||
+                            std::any_of(keys.begin(), keys.end(), [this](xcb_keycode_t key) {
+                                return symbol(key) == XKB_KEY_Num_Lock || symbol(key) == XKB_KEY_Scroll_Lock;
+                            });
+        if (!isLock)
             continue;
         for (qsizetype i = 0, count = combinations.size(); i < count; ++i)
             combinations.append(std::uint16_t(combinations.at(i) | 1U << modifier));
     }
     return combinations;
-}
-
-bool KeyboardMap::isNumOrScrollLock(xcb_keycode_t key) const
-{
-    return symbol(key) == XKB_KEY_Num_Lock || symbol(key) == XKB_KEY_Scroll_Lock;
 }
 
 } // namespace orvane

@@ -39,8 +39,6 @@ public:
 private:
     using Symbols = std::array<xkb_keysym_t, 256>;
 
-    [[nodiscard]] bool isNumOrScrollLock(xcb_keycode_t key) const;
-
     QList<Symbols> m_layouts; // never empty
     int m_activeLayout = 0;
     std::array<QList<xcb_keycode_t>, 8> m_modifiers; // by xcb_map_index_t

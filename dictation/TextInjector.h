@@ -13,7 +13,7 @@ class TextInjector
 {
 public:
     enum class Outcome {
-        Nothing,        ///< the text is blank; the clipboard is as it was
+        Nothing,        ///< the text is blank, or there is no clipboard; nothing was changed
         Pasted,         ///< the focused application was told to paste
         LeftOnClipboard ///< no application could be told: the user pastes it
     };

@@ -17,25 +17,22 @@ constexpr int patience = 30'000; // ms
 
 struct Program
 {
-    QString name;
+    QString name; // its windows have it as their class too
     QStringList arguments;
-    QString windowClass;
 };
 
+/// The editors open the file, the terminal makes it when it is ready to fill it.
 Program programOf(FocusedEditor::Kind kind, const QString &file)
 {
     switch (kind) {
     case FocusedEditor::Kind::Gtk:
-        return {.name = u"l3afpad"_s, .arguments = {file}, .windowClass = u"l3afpad"_s};
+        return {.name = u"l3afpad"_s, .arguments = {file}};
     case FocusedEditor::Kind::Qt:
-        return {
-            .name = u"featherpad"_s, .arguments = {u"--standalone"_s, file}, .windowClass = u"featherpad"_s};
+        return {.name = u"featherpad"_s, .arguments = {u"--standalone"_s, file}};
     case FocusedEditor::Kind::Terminal:
         return {.name = u"xterm"_s,
                 .arguments = {u"-e"_s, u"sh"_s, u"-c"_s,
-                              u"stty -icanon -isig -ixon -echo; echo >\"$0.ready\"; exec cat >\"$0\""_s,
-                              file},
-                .windowClass = u"xterm"_s};
+                              u"stty -icanon -isig -ixon -echo; exec cat >\"$0\""_s, file}};
     }
     return {};
 }
@@ -48,21 +45,16 @@ QString contentOf(const QString &path)
 
 } // namespace
 
-FocusedEditor::FocusedEditor(Kind kind) : m_kind(kind)
+FocusedEditor::FocusedEditor(Kind kind) : m_kind(kind), m_file(m_folder.filePath(u"text.txt"_s))
 {
-    const QString file = m_folder.filePath(u"text.txt"_s);
-    const QString ready = file + u".ready"_s;
-    QFile(kind == Kind::Terminal ? file : ready).open(QFile::WriteOnly);
-    QFile(file).open(QFile::WriteOnly);
-    const Program program = programOf(kind, file);
-    if (kind == Kind::Terminal)
-        QFile::remove(ready);
+    if (kind != Kind::Terminal && !QFile(m_file).open(QFile::WriteOnly))
+        qFatal("no temporary folder");
+    const Program program = programOf(kind, m_file);
     m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(program.name, program.arguments);
     for (const QDeadlineTimer end(patience);
-         !m_keyboard.focusedClass().startsWith(program.windowClass, ::Qt::CaseInsensitive) ||
-         !QFile::exists(ready);
+         !QFile::exists(m_file) || !m_keyboard.focusedClass().startsWith(program.name, ::Qt::CaseInsensitive);
          QThread::msleep(20)) {
         if (end.hasExpired())
             qFatal("%s does not get the focus", qPrintable(program.name));
@@ -79,7 +71,10 @@ QString FocusedEditor::text()
 {
     if (m_kind != Kind::Terminal)
         m_keyboard.tap(XKeyboard::LeftCtrl, XKeyboard::S);
-    return contentOf(m_folder.filePath(u"text.txt"_s));
+    // An editor empties the file before it writes it.
+    if (const QString content = contentOf(m_file); !content.isEmpty())
+        m_text = content;
+    return m_text;
 }
 
 } // namespace orvane::test

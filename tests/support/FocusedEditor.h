@@ -28,6 +28,8 @@ public:
 private:
     Kind m_kind;
     QTemporaryDir m_folder;
+    QString m_file;
+    QString m_text;
     QProcess m_process;
     XKeyboard m_keyboard;
 };
