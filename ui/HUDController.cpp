@@ -72,7 +72,7 @@ HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder
 HUDController::~HUDController()
 {
     m_lifetime.request_stop();
-    hide();
+    HUDController::hide();
 }
 
 void HUDController::show()
