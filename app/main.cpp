@@ -104,6 +104,10 @@ std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &co
 {
     if (!std::holds_alternative<CommandLine::RunApplication>(command) || !hasDisplay())
         return std::make_unique<QCoreApplication>(argc, argv);
+    // What Qt Quick shows here is flat and small: the processor draws it without the time and the memory that
+    // a graphics driver takes before its first frame.
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+        qputenv("QT_QUICK_BACKEND", "software");
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     return application;

@@ -33,7 +33,8 @@ constexpr Qt::WindowFlags windowFlags = Qt::Tool | Qt::FramelessWindowHint | Qt:
 
 IndicatorWindowMaker *loadedMaker(const QString &moduleFile)
 {
-    QLibrary library(moduleFile); // stays loaded for the life of the program
+    QLibrary library(moduleFile);
+    library.setLoadHints(QLibrary::PreventUnloadHint); // Qt's own libraries do not survive that
     const auto maker = reinterpret_cast<IndicatorWindowMaker *>(library.resolve(indicatorWindowMakerName));
     if (!maker)
         qWarning("The dictation indicator could not be loaded: %s", qUtf8Printable(library.errorString()));
@@ -71,7 +72,7 @@ HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder
 HUDController::~HUDController()
 {
     m_lifetime.request_stop();
-    hide();
+    HUDController::hide();
 }
 
 void HUDController::show()

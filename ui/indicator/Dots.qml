@@ -20,12 +20,14 @@ Row {
         model: 3
 
         Rectangle {
+            id: dot
+
             required property int index
 
             width: 4
             height: 4
             radius: 2
-            color: index === dots.lit ? "#edece8" : "#6b6963"
+            color: dot.index === dots.lit ? "#edece8" : "#6b6963"
 
             Behavior on color { ColorAnimation { duration: 160; easing.type: Easing.OutCubic } }
         }

@@ -43,6 +43,7 @@ Rectangle {
             y: 22
             source: "icons/" + capsule.hud.iconName + ".svg"
             sourceSize: Qt.size(20, 20)
+            cache: false
         }
 
         Text {
