@@ -36,7 +36,8 @@ AppDelegate::AppDelegate(AppServices &services, GuidancePresenter *guidance, QOb
     if (auto *application = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
         connect(application, &QGuiApplication::commitDataRequest, this, &AppDelegate::answerSession);
         connect(application, &QGuiApplication::saveStateRequest, this, [](QSessionManager &session) {
-            session.setRestartHint(QSessionManager::RestartNever); // autostart begins us anew, without windows
+            session.setRestartHint(
+                QSessionManager::RestartNever); // autostart begins us anew, without windows
         });
     }
 }
@@ -75,9 +76,8 @@ void AppDelegate::installHotkey(DictationController &dictation)
             });
     connect(m_keyTap.get(), &KeyTap::togglePressed, &dictation, &DictationController::toggle);
     connect(m_keyTap.get(), &KeyTap::escapePressed, &dictation, &DictationController::cancel);
-    connect(&dictation, &DictationController::stateChanged, m_keyTap.get(), [this, &dictation] {
-        m_keyTap->setEscapeIntercepted(dictation.interceptsEscape());
-    });
+    connect(&dictation, &DictationController::stateChanged, m_keyTap.get(),
+            [this, &dictation] { m_keyTap->setEscapeIntercepted(dictation.interceptsEscape()); });
     connect(m_keyTap.get(), &KeyTap::activeChanged, this, [this, &dictation] {
         dictation.setHotkeyActive(m_keyTap->isActive());
         if (m_menuBar)
@@ -89,11 +89,11 @@ void AppDelegate::installHotkey(DictationController &dictation)
 
 void AppDelegate::showMenu(DictationController &dictation)
 {
-    m_menuBar = std::make_unique<MenuBarController>(
-        MenuBarController::Services{.settings = m_services.settings(),
-                                    .models = m_services.models(),
-                                    .dictation = dictation,
-                                    .updates = *m_services.updates()});
+    m_menuBar =
+        std::make_unique<MenuBarController>(MenuBarController::Services{.settings = m_services.settings(),
+                                                                        .models = m_services.models(),
+                                                                        .dictation = dictation,
+                                                                        .updates = *m_services.updates()});
     m_menuBar->setKeyIsTaken(m_keyTap->grabIsMissing());
     connect(m_menuBar.get(), &MenuBarController::quitRequested, this, &AppDelegate::quit);
     connect(m_menuBar.get(), &MenuBarController::keyCaptureHelpRequested, this,

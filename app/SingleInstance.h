@@ -13,7 +13,6 @@ public:
         AnotherRuns,
     };
 
-
     [[nodiscard]] static Claim claim();
 };
 

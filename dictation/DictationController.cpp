@@ -175,8 +175,7 @@ QCoro::Task<QString> DictationController::recognised(std::vector<float> samples,
     co_return text.trimmed();
 }
 
-QCoro::Task<QString> DictationController::processed(QString text, DictationMode mode,
-                                                    std::stop_token session)
+QCoro::Task<QString> DictationController::processed(QString text, DictationMode mode, std::stop_token session)
 {
     m_processingMode = mode;
     setState(State::Correcting);
@@ -232,10 +231,10 @@ void DictationController::notifyModelNeededOnce()
     if (m_with.defaults.boolean(hintShownKey).value_or(false))
         return;
     m_with.defaults.set(hintShownKey, true);
-    presentGuidance(Localization::text(u"Нужна модель для этого режима"_s),
-                    Localization::text(
-                        u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в "
-                        "Настройки → «Коррекция». Сейчас вставлен распознанный текст без обработки."_s));
+    presentGuidance(
+        Localization::text(u"Нужна модель для этого режима"_s),
+        Localization::text(u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в "
+                           "Настройки → «Коррекция». Сейчас вставлен распознанный текст без обработки."_s));
 }
 
 QString DictationController::modelFile() const

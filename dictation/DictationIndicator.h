@@ -14,8 +14,8 @@ class DictationIndicator
 public:
     virtual ~DictationIndicator() = default;
 
-    /// Shows how that dictation goes, on the screen under the pointer, and follows it until hide(). Always the
-    /// same two objects, which outlive this.
+    /// Shows how that dictation goes, on the screen under the pointer, and follows it until hide(). Always
+    /// the same two objects, which outlive this.
     virtual void show(DictationController &dictation, AppSettings &settings) = 0;
     /// Takes it away at once, also when it was still about to be shown.
     virtual void hide() = 0;

@@ -156,8 +156,8 @@ void MenuBarController::rebuild()
     addKeyCapture();
     m_menu.addSeparator();
     addUpdates();
-    QAction *quit = m_menu.addAction(Localization::text(u"Завершить Orvane"_s), this,
-                                     &MenuBarController::quitRequested);
+    QAction *quit =
+        m_menu.addAction(Localization::text(u"Завершить Orvane"_s), this, &MenuBarController::quitRequested);
     quit->setShortcut(QKeySequence(u"Ctrl+Q"_s));
 }
 
@@ -248,9 +248,8 @@ void MenuBarController::addUpdates()
                          [&updates, release = *release] { spawn(updates.offerDownload(release)); });
         return;
     }
-    QAction *check = m_menu.addAction(Localization::text(u"Проверить обновления…"_s), this, [&updates] {
-        spawn(updates.check(UpdateChecker::Mode::Interactive));
-    });
+    QAction *check = m_menu.addAction(Localization::text(u"Проверить обновления…"_s), this,
+                                      [&updates] { spawn(updates.check(UpdateChecker::Mode::Interactive)); });
     check->setEnabled(!updates.checking() && !updates.downloading());
 }
 

@@ -22,8 +22,8 @@ constexpr int answerTimeoutMs = 5000;
 
 QDBusMessage ask(const QString &interface, const QString &method, const QVariantList &arguments = {})
 {
-    QDBusMessage request = QDBusMessage::createMethodCall(ControlInterface::service, ControlInterface::path,
-                                                          interface, method);
+    QDBusMessage request =
+        QDBusMessage::createMethodCall(ControlInterface::service, ControlInterface::path, interface, method);
     request.setArguments(arguments);
     request.setAutoStartService(false);
     QDBusMessage answer = QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);

@@ -40,26 +40,16 @@ constexpr TextPair pairs[] = {
     {u"Автоопределение", u"Auto-detect"},
 
     // Dictation
-    {u"Исправить", u"Correct"},
-    {u"Письмо", u"Email"},
-    {u"Промпт", u"Prompt"},
-    {u"Исправляю…", u"Correcting…"},
-    {u"Составляю письмо…", u"Composing the email…"},
-    {u"Выполняю запрос…", u"Running the request…"},
-    {u"Исправить: модель чинит пунктуацию и грамматику надиктованного.",
-     u"Correct: the model fixes the punctuation and grammar of what you dictated."},
-    {u"Письмо: модель оформляет надиктованное как готовый email.",
-     u"Email: the model turns what you dictated into a ready email."},
-    {u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.",
-     u"Prompt: the model carries out what you dictated as a request; the result is inserted."},
     {u"Нет модели", u"No model"},
     {u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».",
      u"First download a Whisper model: Orvane menu → “Model settings…”."},
     {u"Не удалось начать запись", u"Couldn’t start recording"},
     {u"Нужна модель для этого режима", u"This mode needs a model"},
-    {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → «Коррекция». "
+    {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → "
+     u"«Коррекция». "
      u"Сейчас вставлен распознанный текст без обработки.",
-     u"The Email and Prompt modes process speech with a language model. Set it up in Settings → “Correction”. "
+     u"The Email and Prompt modes process speech with a language model. Set it up in Settings → "
+     u"“Correction”. "
      u"For now the recognized text was inserted without processing."},
     {u"Текст в буфере обмена — вставьте его: Ctrl+V", u"The text is on the clipboard — paste it: Ctrl+V"},
     {u"Языковая модель занята — вставлен распознанный текст без обработки.",

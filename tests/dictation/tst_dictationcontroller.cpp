@@ -68,7 +68,10 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString file(const QString &name) const { return m_home->resources() + u'/' + name; }
     void install(const QString &path) const;
-    void installLanguageModel() const { install(m_correctionModels->localURL(CorrectionModel::catalog().first().id)); }
+    void installLanguageModel() const
+    {
+        install(m_correctionModels->localURL(CorrectionModel::catalog().first().id));
+    }
     void makeController();
     /// Until more than a slip has been recorded.
     void record();
@@ -124,16 +127,16 @@ void TestDictationController::makeController()
     m_indicator = std::make_unique<FakeIndicator>();
     m_guidance = std::make_unique<FakeGuidance>();
     m_injector = std::make_unique<FakeInjector>();
-    m_dictation = std::make_unique<DictationController>(
-        DictationController::Collaborators{.models = *m_models,
-                                           .settings = *m_settings,
-                                           .defaults = *m_defaults,
-                                           .corrector = *m_corrector,
-                                           .engine = *m_engine,
-                                           .injector = *m_injector,
-                                           .indicator = *m_indicator,
-                                           .guidance = *m_guidance},
-        QStringLiteral(ORVANE_RESOURCES));
+    m_dictation =
+        std::make_unique<DictationController>(DictationController::Collaborators{.models = *m_models,
+                                                                                 .settings = *m_settings,
+                                                                                 .defaults = *m_defaults,
+                                                                                 .corrector = *m_corrector,
+                                                                                 .engine = *m_engine,
+                                                                                 .injector = *m_injector,
+                                                                                 .indicator = *m_indicator,
+                                                                                 .guidance = *m_guidance},
+                                              QStringLiteral(ORVANE_RESOURCES));
 }
 
 void TestDictationController::cleanup()
@@ -394,8 +397,8 @@ void TestDictationController::destroyed()
 {
     QFETCH(const State, state);
     installLanguageModel();
-    m_home->behave(answering(state == State::Transcribing ? FakeAnswer::never() : recognised,
-                             FakeAnswer::never()));
+    m_home->behave(
+        answering(state == State::Transcribing ? FakeAnswer::never() : recognised, FakeAnswer::never()));
     reach(state);
     m_dictation.reset();
     QTest::qWait(100);

@@ -53,9 +53,8 @@ void TestMenuBarController::init()
     m_home = std::make_unique<QTemporaryDir>();
     m_guidance.titles.clear();
     AppServices::Environment environment;
-    environment.folders = {.applicationSupport = m_home->path(),
-                           .resources = m_home->path(),
-                           .temporary = m_home->path()};
+    environment.folders = {
+        .applicationSupport = m_home->path(), .resources = m_home->path(), .temporary = m_home->path()};
     environment.defaultsFile = m_home->filePath(u"settings.json"_s);
     environment.windows.emplace(AppServices::Windows{.updates = m_updates,
                                                      .guidance = m_guidance,
@@ -63,11 +62,11 @@ void TestMenuBarController::init()
                                                      .injector = m_injector,
                                                      .openFile = {}});
     m_services = std::make_unique<AppServices>(environment);
-    m_controller = std::make_unique<MenuBarController>(
-        MenuBarController::Services{.settings = m_services->settings(),
-                                    .models = m_services->models(),
-                                    .dictation = *m_services->dictation(),
-                                    .updates = *m_services->updates()});
+    m_controller =
+        std::make_unique<MenuBarController>(MenuBarController::Services{.settings = m_services->settings(),
+                                                                        .models = m_services->models(),
+                                                                        .dictation = *m_services->dictation(),
+                                                                        .updates = *m_services->updates()});
 }
 
 void TestMenuBarController::cleanup()
