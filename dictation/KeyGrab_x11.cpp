@@ -25,6 +25,8 @@ void KeyGrab::release(const XcbConnection &connection, const KeyboardMap &map)
         for (const std::uint16_t locks : map.lockCombinations())
             xcb_ungrab_key(connection.get(), key, connection.root(), locks);
     }
+    m_firstRequest = 0; // whatever became of them
+    m_lastRequest = 0;
     m_isRefused = false;
     m_isMissing = false;
 }

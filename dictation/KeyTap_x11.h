@@ -1,9 +1,8 @@
 #pragma once
 
+#include "dictation/KeyDisplay_x11.h"
 #include "dictation/KeyGrab_x11.h"
 #include "dictation/KeyTap.h"
-#include "dictation/KeyboardMap_x11.h"
-#include "dictation/Xcb.h"
 
 #include <QCoroTask>
 
@@ -36,22 +35,12 @@ public:
     void setEscapeIntercepted(bool intercepted) override;
 
 private:
-    struct Display
-    {
-        XcbConnection connection;
-        KeyboardMap map;
-        std::uint8_t inputOpcode = 0;
-        std::uint8_t xkbEvent = 0;
-    };
-    [[nodiscard]] static std::shared_ptr<Display> openDisplay();
-    [[nodiscard]] static std::optional<KeyboardMap> readMap();
     QCoro::Task<> connectToDisplay();
     QCoro::Task<> refreshMap();
 
     void readEvents();
     void handle(const xcb_generic_event_t &event);
     void handleRawKey(const xcb_generic_event_t &event);
-    void handleGrabbedKey(const xcb_generic_event_t &event);
 
     void takeGrabs();
     void releaseGrabs();
@@ -61,7 +50,7 @@ private:
     void tryAgain();
     void disconnectFromDisplay();
 
-    std::shared_ptr<Display> m_display; // null while not connected
+    std::shared_ptr<KeyDisplay> m_display; // null while not connected
     std::unique_ptr<QSocketNotifier> m_readable;
     KeyGrab m_toggle;
     KeyGrab m_escape;

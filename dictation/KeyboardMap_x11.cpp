@@ -36,8 +36,7 @@ bool locks(xkb_keysym_t symbol)
 
 std::optional<KeyboardMap> KeyboardMap::read(xcb_connection_t *connection)
 {
-    const Owned<xkb_context> context(xkb_context_new(
-        xkb_context_flags(XKB_CONTEXT_NO_DEFAULT_INCLUDES | XKB_CONTEXT_NO_ENVIRONMENT_NAMES)));
+    const Owned<xkb_context> context(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
     const int device = xkb_x11_get_core_keyboard_device_id(connection);
     if (!context || device < 0)
         return std::nullopt;

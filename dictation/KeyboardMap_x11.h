@@ -26,9 +26,9 @@ public:
     [[nodiscard]] QList<xcb_keycode_t> keysWith(xkb_keysym_t symbol) const;
     /// The key that has the symbol in the active layout, else in any other.
     [[nodiscard]] std::optional<xcb_keycode_t> keyInAnyLayout(xkb_keysym_t symbol) const;
-    /// A key that acts as the modifier, best the one with the symbol.
+    /// A key that acts as the modifier, best the one with the wanted symbol.
     [[nodiscard]] std::optional<xcb_keycode_t> modifierKey(xcb_map_index_t modifier,
-                                                           xkb_keysym_t symbol) const;
+                                                           xkb_keysym_t wanted) const;
     /// The keys that change what others mean while they are held: all modifiers but the locks.
     [[nodiscard]] QList<xcb_keycode_t> heldModifierKeys() const;
     /// Every combination of the locks Caps, Num and Scroll as modifier masks, beginning with none.
