@@ -5,7 +5,7 @@ import Orvane.Indicator
 Rectangle {
     id: capsule
 
-    required property QtObject hud
+    required property var hud
     required property string fontFamily
 
     readonly property bool hasNotice: hud.notice !== ""
@@ -42,7 +42,7 @@ Rectangle {
             x: 19
             y: 22
             source: "icons/" + capsule.hud.iconName + ".svg"
-            sourceSize: Qt.size(20, 20)
+            sourceSize { width: 20; height: 20 }
             cache: false
         }
 
