@@ -3,6 +3,7 @@
 #include "app/base/Async.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
+#include "meeting/labelling/SpeakerDiarizer.h"
 
 #include <QThreadPool>
 
@@ -54,10 +55,22 @@ TranscriptionService &AppServices::transcriber()
                        .modelID = request.model.id,
                        .languageCode = request.language});
         };
-        m_transcriber = std::make_unique<TranscriptionService>(TranscriptionService::Collaborators{
-            .engine = *m_whisperEngine, .decoder = m_decoder, .saveRecord = save, .labelSpeakers = {}});
+        m_transcriber = std::make_unique<TranscriptionService>(
+            TranscriptionService::Collaborators{.engine = *m_whisperEngine,
+                                                .decoder = m_decoder,
+                                                .turns = m_turns,
+                                                .saveRecord = save,
+                                                .labelSpeakers = speakerLabeller()});
     }
     return *m_transcriber;
+}
+
+TranscriptionService::SpeakerLabeller AppServices::speakerLabeller() const
+{
+    return [decoder = &m_decoder](const QString &audioPath, const QList<DisplaySegment> &segments,
+                                  int maxSpeakers, const std::stop_token &stop) {
+        return SpeakerDiarizer::assignByVoice(segments, audioPath, maxSpeakers, decoder, stop);
+    };
 }
 
 Telemetry &AppServices::telemetry()

@@ -66,11 +66,14 @@ public:
     [[nodiscard]] Telemetry &telemetry();
 
 private:
+    [[nodiscard]] TranscriptionService::SpeakerLabeller speakerLabeller() const;
+
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
+    EngineTurns m_turns;
     std::unique_ptr<AppSettings> m_settings;
     std::unique_ptr<UpdateChecker> m_updates;
     std::unique_ptr<ModelManager> m_models;

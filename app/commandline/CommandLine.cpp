@@ -20,6 +20,7 @@ const QString modelOption = u"model"_s;
 const QString languageOption = u"language"_s;
 const QString formatOption = u"format"_s;
 const QString outputOption = u"output"_s;
+const QString speakersOption = u"speakers"_s;
 const QString noHistoryOption = u"no-history"_s;
 const QString repositoryOption = u"repository"_s;
 
@@ -41,10 +42,11 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
         throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
-    // The one option without a value.
-    const QString flag = u"--"_s + noHistoryOption;
-    if (!arguments.filter(flag + u'=').isEmpty())
-        throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
+    for (const QString &name : {speakersOption, noHistoryOption}) {
+        const QString flag = u"--"_s + name;
+        if (!arguments.filter(flag + u'=').isEmpty())
+            throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
+    }
     throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
 }
 
@@ -94,7 +96,8 @@ Command parseTranscribe(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.addOptions({withValue(modelOption), withValue(languageOption), withValue(formatOption),
-                       withValue(outputOption), QCommandLineOption(noHistoryOption)});
+                       withValue(outputOption), QCommandLineOption(speakersOption),
+                       QCommandLineOption(noHistoryOption)});
     parseInto(parser, arguments);
     if (parser.positionalArguments().isEmpty())
         throw UsageError(Localization::text(u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…"_s));
@@ -105,6 +108,8 @@ Command parseTranscribe(const QStringList &arguments)
     options.language = languageOf(parser);
     options.format = formatOf(parser);
     options.output = outputOf(parser);
+    if (parser.isSet(speakersOption))
+        options.speakers = TranscriptionService::SpeakerDetection::On;
     if (parser.isSet(noHistoryOption))
         options.history = TranscriptionService::History::Skip;
     return options;
@@ -202,6 +207,7 @@ QString help()
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
       --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
       --language КОД              язык речи, например ru или en; auto — определить
+      --speakers                  различать двух говорящих по голосу
       --format txt|md|srt|json    вид результата (по умолчанию txt)
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю

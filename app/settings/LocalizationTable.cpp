@@ -46,6 +46,37 @@ constexpr TextPair pairs[] = {
     {u"запись длиннее 37 часов", u"the recording is longer than 37 hours"},
     {u"Не вся запись поместилась в звуковой файл.", u"Not all of the recording fitted into the audio file."},
 
+    {u"Дождитесь завершения текущей операции — движок выполняет их по одной",
+     u"Wait until the current operation is done — the engine does them one by one"},
+
+    // Meetings
+    {u"Идёт запись…", u"Recording…"},
+    {u"на диске осталось места на %1 мин", u"disk space left for %1 min"},
+    {u"микрофон молчит", u"the microphone is silent"},
+    {u"Идёт запись совещания", u"A meeting is being recorded"},
+    {u"Подготовка записи…", u"Preparing the recording…"},
+    {u"Расшифровка записи (%1:%2)…", u"Transcribing the recording (%1:%2)…"},
+    {u"Совещание сохранено · ", u"Meeting saved · "},
+    {u" сегментов · аудио в истории", u" segments · audio in history"},
+    {u"Готово · речь не распознана (запись сохранена)",
+     u"Done · no speech recognized (the recording is saved)"},
+    {u"Расшифровка отменена · аудиозапись сохранена",
+     u"Transcription cancelled · the audio recording is saved"},
+    {u"Ошибка расшифровки (запись сохранена: ", u"Transcription failed (the recording is saved: "},
+    {u"Запись сохранена частично — возможно, на диске не хватило места.",
+     u"The recording is only partly saved — the disk may have run out of space."},
+    {u"Нет доступа к микрофону. Разрешите его в Системных настройках → Конфиденциальность → Микрофон.",
+     u"No access to the microphone. Allow it in System Settings → Privacy → Microphone."},
+    {u"Не удалось начать запись: ", u"Could not start the recording: "},
+    {u"Модель распознавания недоступна.", u"The recognition model is unavailable."},
+    {u"Запись совещания уже идёт.", u"A meeting is being recorded already."},
+    {u"Запись совещания не идёт.", u"No meeting is being recorded."},
+    {u"Идёт запись: её завершает команда orvane meeting stop.",
+     u"A meeting is being recorded: the command orvane meeting stop ends it."},
+    {u"Расшифровка совещания не идёт.", u"No meeting is being transcribed."},
+    {u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?",
+     u"A recording is not transcribed yet: “%1”, %2. Transcribe it?"},
+
     // History
     {u"Файл", u"File"},
     {u"Совещание", u"Meeting"},
@@ -245,6 +276,7 @@ constexpr TextPair pairs[] = {
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
       --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
       --language КОД              язык речи, например ru или en; auto — определить
+      --speakers                  различать двух говорящих по голосу
       --format txt|md|srt|json    вид результата (по умолчанию txt)
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю
@@ -272,6 +304,7 @@ constexpr TextPair pairs[] = {
   orvane transcribe FILE…         transcribe audio or video
       --model NAME|PATH           recognition model (by default the one chosen in the settings)
       --language CODE             language of the speech, such as ru or en; auto finds out
+      --speakers                  tell two speakers apart by their voices
       --format txt|md|srt|json    form of the result (txt by default)
       --output PATH|-             file or folder for the result (standard output by default)
       --no-history                do not save to the history

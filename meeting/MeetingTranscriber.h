@@ -1,0 +1,179 @@
+#pragma once
+
+#include "app/settings/AppSettings.h"
+#include "history/HistoryStore.h"
+#include "meeting/MeetingPipeline.h"
+#include "meeting/MeetingRecorder.h"
+#include "meeting/RecordingsFolder.h"
+#include "models/ModelManager.h"
+
+#include <QElapsedTimer>
+
+namespace orvane {
+
+/// Records meetings and, when one has ended, transcribes its audio as a whole and puts it into the history.
+/// Whatever happens after a recording has begun, its audio stays on the disk: what a crash left behind is
+/// offered at the next start. One for the whole program. Main thread.
+class MeetingTranscriber : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool canStart READ canStart NOTIFY stateChanged)
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY stateChanged)
+    Q_PROPERTY(bool isTranscribing READ isTranscribing NOTIFY stateChanged)
+    Q_PROPERTY(double elapsed READ elapsed NOTIFY elapsedChanged)
+    Q_PROPERTY(float level READ level NOTIFY levelChanged)
+    Q_PROPERTY(QList<float> waveform READ waveform NOTIFY levelChanged)
+    Q_PROPERTY(QString statusText READ statusText NOTIFY statusTextChanged)
+    Q_PROPERTY(QString errorText READ errorText NOTIFY errorTextChanged)
+    Q_PROPERTY(QString transcript READ transcript NOTIFY resultChanged)
+    Q_PROPERTY(QUuid lastRecordID READ lastRecordID NOTIFY resultChanged)
+    Q_PROPERTY(QString leftoverNotice READ leftoverNotice NOTIFY leftoversChanged)
+
+public:
+    /// Asks for access to the microphone; false when it is refused.
+    using AccessRequest = std::function<QCoro::Task<bool>()>;
+
+    struct Collaborators
+    {
+        ModelManager &models;
+        const AppSettings &settings;
+        HistoryStore &history;
+        WhisperServerEngine &engine;
+        const EngineTurns &turns;
+        TranscriptionService::SpeakerLabeller labelSpeakers;
+        /// The microphone, for one recording.
+        std::function<std::unique_ptr<MeetingSource>()> makeSource;
+        /// Empty where the system asks for no permission.
+        AccessRequest requestMicrophone = {};
+        MeetingRecorder::FreeSpace freeSpace = freeSpaceOfDisk;
+    };
+
+    MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
+                       QObject *parent = nullptr);
+    /// A recording that runs is completed like by finishForQuit(), but waits for the disk.
+    ~MeetingTranscriber() override;
+
+    [[nodiscard]] bool canStart() const { return startRefusal().isEmpty(); }
+    /// A recording is in progress.
+    [[nodiscard]] bool isRunning() const { return m_phase == Phase::Recording; }
+    /// A recording is being completed or transcribed.
+    [[nodiscard]] bool isTranscribing() const { return m_phase == Phase::Transcribing; }
+    /// Seconds of recording so far, or of the recording that is transcribed.
+    [[nodiscard]] double elapsed() const { return m_elapsed; }
+    /// Of the recording in progress, see MeetingSource; 0 and empty without one.
+    [[nodiscard]] float level() const;
+    [[nodiscard]] QList<float> waveform() const;
+    /// One line in the interface language.
+    [[nodiscard]] QString statusText() const { return m_statusText; }
+    /// What went wrong last, one sentence; empty when nothing did.
+    [[nodiscard]] QString errorText() const { return m_errorText; }
+    /// The result of the last transcription.
+    [[nodiscard]] const QList<DisplaySegment> &segments() const { return m_segments; }
+    /// The segments' texts, joined as they stand.
+    [[nodiscard]] QString transcript() const;
+    /// The history record of the last result; null without one.
+    [[nodiscard]] QUuid lastRecordID() const { return m_lastRecordID; }
+
+    /// Why the operation would do nothing now, one sentence in the interface language; empty when it would.
+    [[nodiscard]] QString startRefusal() const;
+    [[nodiscard]] QString stopRefusal() const;
+    [[nodiscard]] QString cancelRefusal() const;
+
+    /// Begins to record; nothing unless canStart(). Ends when the recording runs or errorText tells why not.
+    QCoro::Task<> start();
+    /// Ends the recording and has it transcribed.
+    void stop();
+    /// Abandons the transcription; the audio stays on the disk and is not offered again.
+    void cancelTranscription();
+    /// Clears what is published, unless something is in progress.
+    void reset();
+
+    /// To be awaited before the program ends, once. Completes a recording and abandons a transcription; the
+    /// next start offers both. Nothing can be started afterwards.
+    QCoro::Task<> finishForQuit();
+
+    /// To be called once, at the start: looks for recordings that earlier runs left behind.
+    QCoro::Task<> findLeftovers();
+    /// Recordings that are neither transcribed nor abandoned, oldest first.
+    [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_leftovers; }
+    /// Offers the transcription of the first of them; empty without any.
+    [[nodiscard]] QString leftoverNotice() const;
+    /// Transcribes one of them, by its audio file's name, into a record like that of any meeting; it is
+    /// offered until that has succeeded. Refused with an error while another operation has the engine.
+    void transcribeLeftover(const QString &audioFileName);
+    /// Does not offer it any more; its audio stays on the disk.
+    void dismissLeftover(const QString &audioFileName);
+
+    [[nodiscard]] static qint64 freeSpaceOfDisk(const QString &folder);
+
+Q_SIGNALS:
+    void stateChanged();
+    void elapsedChanged();
+    void levelChanged();
+    void statusTextChanged();
+    void errorTextChanged();
+    void resultChanged();
+    void leftoversChanged();
+
+private:
+    enum class Phase { Idle, Starting, Recording, Transcribing };
+    using Recorder = std::shared_ptr<MeetingRecorder>;
+
+    [[nodiscard]] QCoro::Task<Recorder> begin(RecordedMeeting *meeting, std::stop_token alive);
+    void showRecording(const Recorder &recorder);
+    /// The recording in progress, which ends now.
+    [[nodiscard]] Recorder takeRecorder();
+    void beginTranscribing(const QString &status);
+    QCoro::Task<> completeAndTranscribe(Recorder recorder, RecordedMeeting meeting,
+                                        std::stop_token cancelled);
+    QCoro::Task<> transcribe(RecordedMeeting meeting, EngineTurns::Turn turn, std::stop_token cancelled);
+    [[nodiscard]] QCoro::Task<QList<DisplaySegment>> recognise(RecordedMeeting *meeting,
+                                                               EngineTurns::Turn *turn, std::stop_token stop);
+    /// Whether there was anything to save.
+    bool publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments);
+    void fail(const RecordedMeeting &meeting, const QString &error);
+
+    void offer(const RecordedMeeting &meeting);
+    /// The meeting is dealt with.
+    void forget(const RecordedMeeting &meeting);
+
+    void clearResult();
+    void setPhase(Phase phase);
+    void setElapsed(double seconds);
+    void setStatus(const QString &text);
+    void setError(const QString &text);
+
+    ModelManager &m_models;
+    const AppSettings &m_settings;
+    HistoryStore &m_history;
+    const EngineTurns &m_turns;
+    const std::function<std::unique_ptr<MeetingSource>()> m_makeSource;
+    const AccessRequest m_requestMicrophone;
+    const MeetingRecorder::FreeSpace m_freeSpace;
+    const MeetingPipeline m_pipeline;
+
+    /// Used on the pool's thread only.
+    RecordingsFolder m_folder;
+    QThreadPool m_folderPool;
+
+    Phase m_phase = Phase::Idle;
+    bool m_isQuitting = false;
+    /// The one in progress.
+    Recorder m_recorder;
+    /// The one that may still be completing its file.
+    std::weak_ptr<MeetingRecorder> m_lastRecorder;
+    RecordedMeeting m_meeting;
+    QElapsedTimer m_clock;
+    QTimer m_elapsedTimer;
+    std::stop_source m_cancellation;
+
+    double m_elapsed = 0;
+    QString m_statusText;
+    QString m_errorText;
+    QList<DisplaySegment> m_segments;
+    QUuid m_lastRecordID;
+    QList<RecordedMeeting> m_leftovers;
+    std::stop_source m_lifetime;
+};
+
+} // namespace orvane
