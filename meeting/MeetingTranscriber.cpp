@@ -7,8 +7,6 @@
 #include <QDeadlineTimer>
 #include <QStorageInfo>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -36,6 +34,22 @@ QString transcribingStatus(double elapsed)
         .arg(seconds % 60, 2, 10, QChar(u'0'));
 }
 
+TranscriptRecord recordOf(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments,
+                          const QString &text)
+{
+    TranscriptRecord record;
+    record.kind = TranscriptKind::Meeting;
+    record.title = meetingTitle(meeting.startedAt);
+    record.createdAt = meeting.startedAt.toUTC();
+    record.modelID = meeting.modelID;
+    record.languageCode = meeting.languageCode;
+    record.durationMs = segments.last().end;
+    record.segments = TranscriptRecord::segmentsFrom(segments);
+    record.text = text;
+    record.audioFileName = meeting.audioFileName;
+    return record;
+}
+
 } // namespace
 
 MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
@@ -49,20 +63,18 @@ MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QStrin
       m_requestMicrophone(std::move(collaborators.requestMicrophone)),
       m_freeSpace(std::move(collaborators.freeSpace)),
       m_pipeline(collaborators.engine, std::move(collaborators.labelSpeakers)),
-      m_folder(recordingsFolder)
+      m_recordings(recordingsFolder, m_history)
 {
-    m_folderPool.setMaxThreadCount(1);
     m_elapsedTimer.setInterval(elapsedInterval);
     connect(&m_elapsedTimer, &QTimer::timeout, this,
             [this] { setElapsed(static_cast<double>(m_clock.elapsed()) / 1000); });
     connect(&m_models, &ModelManager::downloadedChanged, this, &MeetingTranscriber::stateChanged);
+    connect(&m_recordings, &MeetingRecordings::leftoversChanged, this, &MeetingTranscriber::leftoversChanged);
 }
 
 MeetingTranscriber::~MeetingTranscriber()
 {
     m_lifetime.request_stop();
-    m_recorder.reset();
-    waitForDone(m_folderPool);
 }
 
 qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
@@ -132,7 +144,7 @@ QCoro::Task<> MeetingTranscriber::start()
     }
     recorder.reset();
     if (!meeting.audioFileName.isEmpty()) {
-        co_await offMainThread(&m_folderPool, [folder = &m_folder, meeting] { folder->discard(meeting); });
+        co_await m_recordings.discard(meeting);
         throwIfCancelled(alive);
     }
     if (!m_isQuitting)
@@ -143,11 +155,10 @@ QCoro::Task<> MeetingTranscriber::start()
 QCoro::Task<MeetingTranscriber::Recorder> MeetingTranscriber::begin(RecordedMeeting *meeting,
                                                                     std::stop_token alive)
 {
-    const auto create = [folder = &m_folder, meeting = *meeting] { return folder->create(meeting); };
-    *meeting = co_await offMainThread(&m_folderPool, create);
+    *meeting = co_await m_recordings.create(*meeting);
     throwIfCancelled(alive);
-    auto recorder = std::make_shared<MeetingRecorder>(
-        m_makeSource(), m_folder.audioPath(meeting->audioFileName), m_freeSpace);
+    auto recorder =
+        std::make_shared<MeetingRecorder>(m_makeSource(), m_recordings.audioPath(*meeting), m_freeSpace);
     co_await recorder->start();
     co_return recorder;
 }
@@ -221,7 +232,7 @@ QCoro::Task<> MeetingTranscriber::transcribe(RecordedMeeting meeting, EngineTurn
     turn.reset(); // who sees that it ended may begin the next
     if (cancelled.stop_requested()) {
         if (!m_isQuitting)
-            forget(meeting);
+            m_recordings.forget(meeting);
         co_return;
     }
     if (!segments) {
@@ -238,7 +249,7 @@ QCoro::Task<> MeetingTranscriber::transcribe(RecordedMeeting meeting, EngineTurn
             co_return;
         }
     }
-    forget(meeting);
+    m_recordings.forget(meeting);
 }
 
 QCoro::Task<QList<DisplaySegment>>
@@ -259,7 +270,7 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
     setStatus(transcribingStatus(m_elapsed));
     using Speakers = TranscriptionService::SpeakerDetection;
     co_return co_await m_pipeline.run(
-        {.audioPath = m_folder.audioPath(meeting->audioFileName),
+        {.audioPath = m_recordings.audioPath(*meeting),
          .model = {.id = model->id, .path = m_models.localURL(*model)},
          .language = meeting->languageCode,
          .speakers = m_settings.detectSpeakers() ? Speakers::On : Speakers::Off},
@@ -273,17 +284,7 @@ bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<Dis
     if (text.isEmpty()) {
         setStatus(Localization::text(u"Готово · речь не распознана (запись сохранена)"_s));
     } else {
-        TranscriptRecord record;
-        record.kind = TranscriptKind::Meeting;
-        record.title = meetingTitle(meeting.startedAt);
-        record.createdAt = meeting.startedAt.toUTC();
-        record.modelID = meeting.modelID;
-        record.languageCode = meeting.languageCode;
-        record.durationMs = segments.last().end;
-        record.segments = TranscriptRecord::segmentsFrom(segments);
-        record.text = text;
-        record.audioFileName = meeting.audioFileName;
-        m_lastRecordID = m_history.add(record).id;
+        m_lastRecordID = m_history.add(recordOf(meeting, segments, text)).id;
         setStatus(Localization::text(u"Совещание сохранено · "_s) + QString::number(segments.size()) +
                   Localization::text(u" сегментов · аудио в истории"_s));
     }
@@ -296,7 +297,7 @@ void MeetingTranscriber::fail(const RecordedMeeting &meeting, const QString &err
 {
     setError(error);
     setStatus(Localization::text(u"Ошибка расшифровки (запись сохранена: "_s) + meeting.audioFileName + u')');
-    offer(meeting);
+    m_recordings.offer(meeting);
     setPhase(Phase::Idle);
 }
 
@@ -333,34 +334,10 @@ QCoro::Task<> MeetingTranscriber::finishForQuit()
     }
 }
 
-QCoro::Task<> MeetingTranscriber::findLeftovers()
-{
-    const std::stop_token alive = m_lifetime.get_token();
-    co_await m_history.whenLoaded();
-    throwIfCancelled(alive);
-    QSet<QString> inHistory;
-    for (const TranscriptRecord &record : m_history.records())
-        inHistory.insert(record.audioFileName.value_or(QString()));
-    const QList<RecordedMeeting> found = co_await offMainThread(
-        &m_folderPool, [folder = &m_folder, inHistory] { return folder->leftovers(inHistory); });
-    throwIfCancelled(alive);
-    for (const RecordedMeeting &meeting : found)
-        offer(meeting);
-}
-
-QString MeetingTranscriber::leftoverNotice() const
-{
-    if (m_leftovers.isEmpty())
-        return {};
-    const RecordedMeeting &first = m_leftovers.first();
-    return Localization::text(u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?"_s)
-        .arg(meetingTitle(first.startedAt), timecodeOf(first.durationMs));
-}
-
 void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)
 {
-    const auto meeting = std::ranges::find(m_leftovers, audioFileName, &RecordedMeeting::audioFileName);
-    if (meeting == m_leftovers.end() || m_phase != Phase::Idle || m_isQuitting)
+    const std::optional<RecordedMeeting> meeting = m_recordings.leftover(audioFileName);
+    if (!meeting || m_phase != Phase::Idle || m_isQuitting)
         return;
     EngineTurns::Turn turn = m_turns.take();
     if (!turn) {
@@ -376,29 +353,10 @@ void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)
 
 void MeetingTranscriber::dismissLeftover(const QString &audioFileName)
 {
-    const auto meeting = std::ranges::find(m_leftovers, audioFileName, &RecordedMeeting::audioFileName);
+    const std::optional<RecordedMeeting> meeting = m_recordings.leftover(audioFileName);
     const bool isInProgress = isTranscribing() && m_meeting.audioFileName == audioFileName;
-    if (meeting != m_leftovers.end() && !isInProgress)
-        forget(RecordedMeeting(*meeting));
-}
-
-void MeetingTranscriber::offer(const RecordedMeeting &meeting)
-{
-    if (std::ranges::find(std::as_const(m_leftovers), meeting.audioFileName,
-                          &RecordedMeeting::audioFileName) != m_leftovers.cend())
-        return;
-    m_leftovers.append(meeting);
-    Q_EMIT leftoversChanged();
-}
-
-void MeetingTranscriber::forget(const RecordedMeeting &meeting)
-{
-    startOffMainThread(&m_folderPool, [folder = &m_folder, meeting] { folder->forget(meeting); });
-    const auto isIt = [&meeting](const RecordedMeeting &other) {
-        return other.audioFileName == meeting.audioFileName;
-    };
-    if (m_leftovers.removeIf(isIt) > 0)
-        Q_EMIT leftoversChanged();
+    if (meeting && !isInProgress)
+        m_recordings.forget(*meeting);
 }
 
 float MeetingTranscriber::level() const

@@ -4,7 +4,7 @@
 #include "history/HistoryStore.h"
 #include "meeting/MeetingPipeline.h"
 #include "meeting/MeetingRecorder.h"
-#include "meeting/RecordingsFolder.h"
+#include "meeting/MeetingRecordings.h"
 #include "models/ModelManager.h"
 
 #include <QElapsedTimer>
@@ -93,11 +93,11 @@ public:
     QCoro::Task<> finishForQuit();
 
     /// To be called once, at the start: looks for recordings that earlier runs left behind.
-    QCoro::Task<> findLeftovers();
-    /// Recordings that are neither transcribed nor abandoned, oldest first.
-    [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_leftovers; }
+    QCoro::Task<> findLeftovers() { return m_recordings.findLeftovers(); }
+    /// Recordings that are neither transcribed nor abandoned, see MeetingRecordings.
+    [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_recordings.leftovers(); }
     /// Offers the transcription of the first of them; empty without any.
-    [[nodiscard]] QString leftoverNotice() const;
+    [[nodiscard]] QString leftoverNotice() const { return m_recordings.notice(); }
     /// Transcribes one of them, by its audio file's name, into a record like that of any meeting; it is
     /// offered until that has succeeded. Refused with an error while another operation has the engine.
     void transcribeLeftover(const QString &audioFileName);
@@ -133,10 +133,6 @@ private:
     bool publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments);
     void fail(const RecordedMeeting &meeting, const QString &error);
 
-    void offer(const RecordedMeeting &meeting);
-    /// The meeting is dealt with.
-    void forget(const RecordedMeeting &meeting);
-
     void clearResult();
     void setPhase(Phase phase);
     void setElapsed(double seconds);
@@ -152,9 +148,7 @@ private:
     const MeetingRecorder::FreeSpace m_freeSpace;
     const MeetingPipeline m_pipeline;
 
-    /// Used on the pool's thread only.
-    RecordingsFolder m_folder;
-    QThreadPool m_folderPool;
+    MeetingRecordings m_recordings;
 
     Phase m_phase = Phase::Idle;
     bool m_isQuitting = false;
@@ -172,7 +166,6 @@ private:
     QString m_errorText;
     QList<DisplaySegment> m_segments;
     QUuid m_lastRecordID;
-    QList<RecordedMeeting> m_leftovers;
     std::stop_source m_lifetime;
 };
 

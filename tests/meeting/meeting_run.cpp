@@ -117,8 +117,7 @@ int main(int argc, char *argv[])
         MeetingHome home(arguments[2], arguments[3]);
         QObject::connect(&home.meeting(), &MeetingTranscriber::statusTextChanged, &home.meeting(),
                          [&home] { tell("status", home.meeting().statusText()); });
-        QMetaObject::invokeMethod(
-            qApp, [&] { spawn(run(arguments, &home)); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(qApp, [&] { spawn(run(arguments, &home)); }, Qt::QueuedConnection);
         status = QCoreApplication::exec();
     }
     endAbandonedTasks();

@@ -390,8 +390,7 @@ void TestMeetingTranscriber::fullDisk()
     }
     meeting().stop();
     QTRY_COMPARE(meeting().statusText(), saved);
-    QCOMPARE(meeting().errorText(),
-             u"Запись сохранена частично — возможно, на диске не хватило места."_s);
+    QCOMPARE(meeting().errorText(), u"Запись сохранена частично — возможно, на диске не хватило места."_s);
     QVERIFY(m_home->patternIn(name) >= 16'000);
 }
 

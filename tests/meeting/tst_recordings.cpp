@@ -1,7 +1,7 @@
 #include "app/settings/Localization.h"
 #include "meeting/MeetingSource.h"
-#include "meeting/RecordingsFolder.h"
 #include "meeting/RecordingWriter.h"
+#include "meeting/RecordingsFolder.h"
 #include "tests/support/TaskResult.h"
 
 #include <QDir>
@@ -143,7 +143,7 @@ void TestRecordings::marksThatTellNothing()
 void TestRecordings::longestFile()
 {
     const QString path = m_root->filePath(u"long.wav"_s);
-    constexpr quint64 most = WavFileWriter::mostDataBytes - 1; // whole samples
+    constexpr quint64 most = WavFileWriter::mostDataBytes - 1;               // whole samples
     const auto file = std::make_shared<WavFileWriter>(path, rate, most - 4); // a hole takes no room
     RecordingWriter writer(file, path);
     writer.append({0.5F, 0.5F});

@@ -1,5 +1,5 @@
-// Compares speaker labelling with its plain form on one thread: an hour of speech in 900 segments. Prints one line
-// of JSON: milliseconds of the two, the best of the rounds, and whether the results are the same.
+// Compares speaker labelling with its plain form on one thread: an hour of speech in 900 segments. Prints one
+// line of JSON: milliseconds of the two, the best of the rounds, and whether the results are the same.
 //
 // usage: bench-labelling WAV ROUNDS       (WAV: mono, 16 kHz, 16 bit)
 
