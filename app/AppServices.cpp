@@ -3,6 +3,7 @@
 #include "app/base/Async.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
+#include "meeting/MicrophoneSource.h"
 #include "meeting/labelling/SpeakerDiarizer.h"
 
 #include <QThreadPool>
@@ -38,7 +39,8 @@ AppServices::AppServices(const Environment &environment)
 
 AppServices::~AppServices()
 {
-    // It tells its work on other threads to stop; that work uses the decoder until it has.
+    // They tell their work on other threads to stop; that work uses the decoder until it has.
+    m_meeting.reset();
     m_transcriber.reset();
     waitForDone(*QThreadPool::globalInstance());
 }
@@ -63,6 +65,25 @@ TranscriptionService &AppServices::transcriber()
                                                 .labelSpeakers = speakerLabeller()});
     }
     return *m_transcriber;
+}
+
+MeetingTranscriber &AppServices::meeting()
+{
+    if (!m_meeting) {
+        const auto microphone = [modules = m_folders.resources] {
+            return std::make_unique<MicrophoneSource>(modules);
+        };
+        m_meeting = std::make_unique<MeetingTranscriber>(
+            MeetingTranscriber::Collaborators{.models = *m_models,
+                                              .settings = *m_settings,
+                                              .history = *m_history,
+                                              .engine = *m_whisperEngine,
+                                              .turns = m_turns,
+                                              .labelSpeakers = speakerLabeller(),
+                                              .makeSource = microphone},
+            m_folders.recordings());
+    }
+    return *m_meeting;
 }
 
 TranscriptionService::SpeakerLabeller AppServices::speakerLabeller() const

@@ -5,6 +5,7 @@
 #include "app/settings/UserDefaults.h"
 #include "correction/catalogue/CorrectionModelManager.h"
 #include "history/HistoryStore.h"
+#include "meeting/MeetingTranscriber.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
 #include "recognition/EngineProcessRegistry.h"
@@ -62,6 +63,7 @@ public:
 
     /// Made on first access, the same object afterwards.
     [[nodiscard]] TranscriptionService &transcriber();
+    [[nodiscard]] MeetingTranscriber &meeting();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
@@ -81,6 +83,7 @@ private:
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
+    std::unique_ptr<MeetingTranscriber> m_meeting;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

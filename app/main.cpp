@@ -45,8 +45,7 @@ int runApplication()
     AppServices services({.role = AppServices::Role::Application, .windows = windows});
     AppDelegate delegate(services);
     Interruption interruption;
-    QObject::connect(&interruption, &Interruption::requested, QCoreApplication::instance(),
-                     [] { QCoreApplication::quit(); });
+    QObject::connect(&interruption, &Interruption::requested, &delegate, &AppDelegate::terminate);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     const int status = QCoreApplication::exec();
     delegate.applicationWillTerminate();

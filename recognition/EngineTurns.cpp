@@ -1,8 +1,8 @@
 #include "recognition/EngineTurns.h"
 
 #include "app/base/Error.h"
+#include "app/base/OneTimeEvent.h"
 #include "app/settings/Localization.h"
-#include "recognition/OneTimeEvent.h"
 
 #include <QCoroSignal>
 

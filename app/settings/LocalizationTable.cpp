@@ -45,9 +45,17 @@ constexpr TextPair pairs[] = {
     {u"не хватило памяти", u"not enough memory"},
     {u"запись длиннее 37 часов", u"the recording is longer than 37 hours"},
     {u"Не вся запись поместилась в звуковой файл.", u"Not all of the recording fitted into the audio file."},
-
     {u"Дождитесь завершения текущей операции — движок выполняет их по одной",
      u"Wait until the current operation is done — the engine does them one by one"},
+
+    // Recording sound
+    {u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.",
+     u"No microphone was found. Connect one or choose an input device in the sound settings."},
+    {u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire).",
+     u"The sound service does not answer. Check that it is running (PulseAudio or PipeWire)."},
+    {u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука.",
+     u"The microphone cannot be opened. Connect it again or choose another one in the sound settings."},
+    {u"Модуль записи звука не загрузился. ", u"The sound recording module could not be loaded. "},
 
     // Meetings
     {u"Идёт запись…", u"Recording…"},
