@@ -34,27 +34,11 @@ QString transcribingStatus(double elapsed)
         .arg(seconds % 60, 2, 10, QChar(u'0'));
 }
 
-TranscriptRecord recordOf(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments,
-                          const QString &text)
-{
-    TranscriptRecord record;
-    record.kind = TranscriptKind::Meeting;
-    record.title = meetingTitle(meeting.startedAt);
-    record.createdAt = meeting.startedAt.toUTC();
-    record.modelID = meeting.modelID;
-    record.languageCode = meeting.languageCode;
-    record.durationMs = segments.last().end;
-    record.segments = TranscriptRecord::segmentsFrom(segments);
-    record.text = text;
-    record.audioFileName = meeting.audioFileName;
-    return record;
-}
-
 } // namespace
 
 MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
                                        QObject *parent)
-    : QObject(parent),
+    : MeetingState(parent),
       m_models(collaborators.models),
       m_settings(collaborators.settings),
       m_history(collaborators.history),
@@ -84,9 +68,9 @@ qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
 
 QString MeetingTranscriber::startRefusal() const
 {
-    if (m_phase == Phase::Transcribing || m_isQuitting)
+    if (phase() == Phase::Transcribing || m_isQuitting)
         return EngineTurns::waitText();
-    if (m_phase != Phase::Idle)
+    if (phase() != Phase::Idle)
         return Localization::text(u"Запись совещания уже идёт."_s);
     return m_models.resolved(m_settings.selectedModelID())
                ? QString()
@@ -209,7 +193,7 @@ QCoro::Task<> MeetingTranscriber::completeAndTranscribe(Recorder recorder, Recor
     const bool isWhole = co_await recorder->finish();
     recorder.reset();
     throwIfCancelled(alive);
-    const bool isStillShown = !cancelled.stop_requested() || m_phase == Phase::Idle;
+    const bool isStillShown = !cancelled.stop_requested() || phase() == Phase::Idle;
     if (!isWhole && isStillShown)
         setError(Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места."_s));
     co_await transcribe(meeting, nullptr, cancelled);
@@ -267,7 +251,7 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
     if (!model)
         throw Error(Localization::text(u"Модель распознавания недоступна."_s));
     meeting->modelID = model->id; // another one where the chosen one is gone
-    setStatus(transcribingStatus(m_elapsed));
+    setStatus(transcribingStatus(elapsed()));
     using Speakers = TranscriptionService::SpeakerDetection;
     co_return co_await m_pipeline.run(
         {.audioPath = m_recordings.audioPath(*meeting),
@@ -279,18 +263,16 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
 
 bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments)
 {
-    m_segments = segments;
-    const QString text = transcript().trimmed();
-    if (text.isEmpty()) {
-        setStatus(Localization::text(u"Готово · речь не распознана (запись сохранена)"_s));
-    } else {
-        m_lastRecordID = m_history.add(recordOf(meeting, segments, text)).id;
-        setStatus(Localization::text(u"Совещание сохранено · "_s) + QString::number(segments.size()) +
-                  Localization::text(u" сегментов · аудио в истории"_s));
-    }
-    Q_EMIT resultChanged();
+    const TranscriptRecord record = recordOf(meeting, segments);
+    const bool hasSpeech = !record.text.isEmpty();
+    if (hasSpeech)
+        m_history.add(record);
+    setResult(segments, hasSpeech ? record.id : QUuid());
+    setStatus(hasSpeech ? Localization::text(u"Совещание сохранено · "_s) + QString::number(segments.size()) +
+                              Localization::text(u" сегментов · аудио в истории"_s)
+                        : Localization::text(u"Готово · речь не распознана (запись сохранена)"_s));
     setPhase(Phase::Idle);
-    return !text.isEmpty();
+    return hasSpeech;
 }
 
 void MeetingTranscriber::fail(const RecordedMeeting &meeting, const QString &error)
@@ -312,7 +294,7 @@ void MeetingTranscriber::cancelTranscription()
 
 void MeetingTranscriber::reset()
 {
-    if (m_phase != Phase::Idle)
+    if (phase() != Phase::Idle)
         return;
     clearResult();
     setStatus({});
@@ -325,10 +307,10 @@ QCoro::Task<> MeetingTranscriber::finishForQuit()
     m_cancellation.request_stop();
     if (isRunning())
         spawn(completeAndTranscribe(takeRecorder(), m_meeting, m_cancellation.get_token()));
-    if (m_phase != Phase::Starting)
+    if (phase() != Phase::Starting)
         setPhase(Phase::Idle);
     const QDeadlineTimer patience(quitPatience);
-    while ((m_phase == Phase::Starting || !m_lastRecorder.expired()) && !patience.hasExpired()) {
+    while ((phase() == Phase::Starting || !m_lastRecorder.expired()) && !patience.hasExpired()) {
         co_await sleepFor(quitInterval);
         throwIfCancelled(alive);
     }
@@ -337,7 +319,7 @@ QCoro::Task<> MeetingTranscriber::finishForQuit()
 void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)
 {
     const std::optional<RecordedMeeting> meeting = m_recordings.leftover(audioFileName);
-    if (!meeting || m_phase != Phase::Idle || m_isQuitting)
+    if (!meeting || phase() != Phase::Idle || m_isQuitting)
         return;
     EngineTurns::Turn turn = m_turns.take();
     if (!turn) {
@@ -347,7 +329,7 @@ void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)
     m_meeting = *meeting;
     clearResult();
     setElapsed(static_cast<double>(m_meeting.durationMs) / 1000);
-    beginTranscribing(transcribingStatus(m_elapsed));
+    beginTranscribing(transcribingStatus(elapsed()));
     spawn(transcribe(m_meeting, std::move(turn), m_cancellation.get_token()));
 }
 
@@ -367,47 +349,6 @@ float MeetingTranscriber::level() const
 QList<float> MeetingTranscriber::waveform() const
 {
     return m_recorder ? m_recorder->source().waveform() : QList<float>();
-}
-
-QString MeetingTranscriber::transcript() const
-{
-    QString text;
-    for (const DisplaySegment &segment : m_segments)
-        text += segment.text;
-    return text;
-}
-
-void MeetingTranscriber::clearResult()
-{
-    m_segments.clear();
-    m_lastRecordID = QUuid();
-    Q_EMIT resultChanged();
-    setError({});
-    setElapsed(0);
-}
-
-void MeetingTranscriber::setPhase(Phase phase)
-{
-    if (std::exchange(m_phase, phase) != phase)
-        Q_EMIT stateChanged();
-}
-
-void MeetingTranscriber::setElapsed(double seconds)
-{
-    if (std::exchange(m_elapsed, seconds) != seconds)
-        Q_EMIT elapsedChanged();
-}
-
-void MeetingTranscriber::setStatus(const QString &text)
-{
-    if (std::exchange(m_statusText, text) != text)
-        Q_EMIT statusTextChanged();
-}
-
-void MeetingTranscriber::setError(const QString &text)
-{
-    if (std::exchange(m_errorText, text) != text)
-        Q_EMIT errorTextChanged();
 }
 
 } // namespace orvane

@@ -5,6 +5,7 @@
 #include "meeting/MeetingPipeline.h"
 #include "meeting/MeetingRecorder.h"
 #include "meeting/MeetingRecordings.h"
+#include "meeting/MeetingState.h"
 #include "models/ModelManager.h"
 
 #include <QElapsedTimer>
@@ -14,19 +15,12 @@ namespace orvane {
 /// Records meetings and, when one has ended, transcribes its audio as a whole and puts it into the history.
 /// Whatever happens after a recording has begun, its audio stays on the disk: what a crash left behind is
 /// offered at the next start. One for the whole program. Main thread.
-class MeetingTranscriber : public QObject
+class MeetingTranscriber : public MeetingState
 {
     Q_OBJECT
     Q_PROPERTY(bool canStart READ canStart NOTIFY stateChanged)
-    Q_PROPERTY(bool isRunning READ isRunning NOTIFY stateChanged)
-    Q_PROPERTY(bool isTranscribing READ isTranscribing NOTIFY stateChanged)
-    Q_PROPERTY(double elapsed READ elapsed NOTIFY elapsedChanged)
     Q_PROPERTY(float level READ level NOTIFY levelChanged)
     Q_PROPERTY(QList<float> waveform READ waveform NOTIFY levelChanged)
-    Q_PROPERTY(QString statusText READ statusText NOTIFY statusTextChanged)
-    Q_PROPERTY(QString errorText READ errorText NOTIFY errorTextChanged)
-    Q_PROPERTY(QString transcript READ transcript NOTIFY resultChanged)
-    Q_PROPERTY(QUuid lastRecordID READ lastRecordID NOTIFY resultChanged)
     Q_PROPERTY(QString leftoverNotice READ leftoverNotice NOTIFY leftoversChanged)
 
 public:
@@ -54,26 +48,9 @@ public:
     ~MeetingTranscriber() override;
 
     [[nodiscard]] bool canStart() const { return startRefusal().isEmpty(); }
-    /// A recording is in progress.
-    [[nodiscard]] bool isRunning() const { return m_phase == Phase::Recording; }
-    /// A recording is being completed or transcribed.
-    [[nodiscard]] bool isTranscribing() const { return m_phase == Phase::Transcribing; }
-    /// Seconds of recording so far, or of the recording that is transcribed.
-    [[nodiscard]] double elapsed() const { return m_elapsed; }
     /// Of the recording in progress, see MeetingSource; 0 and empty without one.
     [[nodiscard]] float level() const;
     [[nodiscard]] QList<float> waveform() const;
-    /// One line in the interface language.
-    [[nodiscard]] QString statusText() const { return m_statusText; }
-    /// What went wrong last, one sentence; empty when nothing did.
-    [[nodiscard]] QString errorText() const { return m_errorText; }
-    /// The result of the last transcription.
-    [[nodiscard]] const QList<DisplaySegment> &segments() const { return m_segments; }
-    /// The segments' texts, joined as they stand.
-    [[nodiscard]] QString transcript() const;
-    /// The history record of the last result; null without one.
-    [[nodiscard]] QUuid lastRecordID() const { return m_lastRecordID; }
-
     /// Why the operation would do nothing now, one sentence in the interface language; empty when it would.
     [[nodiscard]] QString startRefusal() const;
     [[nodiscard]] QString stopRefusal() const;
@@ -107,16 +84,10 @@ public:
     [[nodiscard]] static qint64 freeSpaceOfDisk(const QString &folder);
 
 Q_SIGNALS:
-    void stateChanged();
-    void elapsedChanged();
     void levelChanged();
-    void statusTextChanged();
-    void errorTextChanged();
-    void resultChanged();
     void leftoversChanged();
 
 private:
-    enum class Phase { Idle, Starting, Recording, Transcribing };
     using Recorder = std::shared_ptr<MeetingRecorder>;
 
     [[nodiscard]] QCoro::Task<Recorder> begin(RecordedMeeting *meeting, std::stop_token alive);
@@ -133,12 +104,6 @@ private:
     bool publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments);
     void fail(const RecordedMeeting &meeting, const QString &error);
 
-    void clearResult();
-    void setPhase(Phase phase);
-    void setElapsed(double seconds);
-    void setStatus(const QString &text);
-    void setError(const QString &text);
-
     ModelManager &m_models;
     const AppSettings &m_settings;
     HistoryStore &m_history;
@@ -150,7 +115,6 @@ private:
 
     MeetingRecordings m_recordings;
 
-    Phase m_phase = Phase::Idle;
     bool m_isQuitting = false;
     /// The one in progress.
     Recorder m_recorder;
@@ -160,12 +124,6 @@ private:
     QElapsedTimer m_clock;
     QTimer m_elapsedTimer;
     std::stop_source m_cancellation;
-
-    double m_elapsed = 0;
-    QString m_statusText;
-    QString m_errorText;
-    QList<DisplaySegment> m_segments;
-    QUuid m_lastRecordID;
     std::stop_source m_lifetime;
 };
 

@@ -38,6 +38,23 @@ std::optional<RecordedMeeting> RecordedMeeting::fromJson(const QByteArray &json)
     return meeting;
 }
 
+TranscriptRecord recordOf(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments)
+{
+    TranscriptRecord record;
+    record.kind = TranscriptKind::Meeting;
+    record.title = meetingTitle(meeting.startedAt);
+    record.createdAt = meeting.startedAt.toUTC();
+    record.modelID = meeting.modelID;
+    record.languageCode = meeting.languageCode;
+    record.durationMs = segments.isEmpty() ? meeting.durationMs : segments.last().end;
+    record.segments = TranscriptRecord::segmentsFrom(segments);
+    for (const DisplaySegment &segment : segments)
+        record.text += segment.text;
+    record.text = record.text.trimmed();
+    record.audioFileName = meeting.audioFileName;
+    return record;
+}
+
 QString meetingTitle(const QDateTime &startedAt)
 {
     const QLocale locale(Localization::isEnglish() ? u"en_US"_s : u"ru_RU"_s);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "history/TranscriptRecord.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
@@ -26,6 +28,10 @@ struct RecordedMeeting
 
     bool operator==(const RecordedMeeting &) const = default;
 };
+
+/// The record of a meeting in which that was said, not yet in the history.
+[[nodiscard]] TranscriptRecord recordOf(const RecordedMeeting &meeting,
+                                        const QList<DisplaySegment> &segments);
 
 /// Such as "Совещание · 3 марта, 14:05", in the interface language.
 [[nodiscard]] QString meetingTitle(const QDateTime &startedAt);
