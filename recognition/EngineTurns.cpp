@@ -6,6 +6,8 @@
 
 #include <QCoroSignal>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -13,7 +15,22 @@ namespace orvane {
 struct EngineTurns::State
 {
     std::weak_ptr<void> taken;
-    std::shared_ptr<OneTimeEvent> ended = OneTimeEvent::create();
+    /// The end of the turn that is taken, once somebody waits for it.
+    std::shared_ptr<OneTimeEvent> ended;
+};
+
+/// What a turn is made of.
+struct EngineTurns::Holder
+{
+    const std::shared_ptr<State> state;
+
+    explicit Holder(std::shared_ptr<State> ofTurns) : state(std::move(ofTurns)) {}
+    Q_DISABLE_COPY_MOVE(Holder)
+    ~Holder()
+    {
+        if (const std::shared_ptr<OneTimeEvent> ended = std::exchange(state->ended, nullptr))
+            Q_EMIT ended->happened();
+    }
 };
 
 std::shared_ptr<EngineTurns::State> EngineTurns::createState()
@@ -25,7 +42,7 @@ EngineTurns::Turn EngineTurns::take(const std::shared_ptr<State> &state)
 {
     if (!state->taken.expired())
         return nullptr;
-    Turn turn(state.get(), [state](void *) { Q_EMIT state->ended->happened(); });
+    Turn turn = std::make_shared<Holder>(state);
     state->taken = turn;
     return turn;
 }
@@ -39,11 +56,14 @@ QCoro::Task<EngineTurns::Turn> EngineTurns::wait(std::stop_token stop) const
 {
     const std::shared_ptr<State> state = m_state;
     throwIfCancelled(stop);
-    const std::stop_callback wake(stop, [ended = state->ended] { Q_EMIT ended->happened(); });
     while (true) {
         if (Turn turn = take(state))
             co_return turn;
-        co_await qCoro(state->ended.get(), &OneTimeEvent::happened);
+        if (!state->ended)
+            state->ended = OneTimeEvent::create();
+        const std::shared_ptr<OneTimeEvent> ended = state->ended;
+        const std::stop_callback wake(stop, [ended] { Q_EMIT ended->happened(); });
+        co_await qCoro(ended.get(), &OneTimeEvent::happened);
         throwIfCancelled(stop);
     }
 }

@@ -29,6 +29,7 @@ public:
 
 private:
     struct State;
+    struct Holder;
 
     [[nodiscard]] static Turn take(const std::shared_ptr<State> &state);
     [[nodiscard]] static std::shared_ptr<State> createState();

@@ -22,6 +22,7 @@ public:
     [[nodiscard]] HistoryStore &history() { return *m_history; }
     [[nodiscard]] AppSettings &settings() { return m_settings; }
     [[nodiscard]] ModelManager &models() { return m_models; }
+    [[nodiscard]] WhisperServerEngine &engine() { return *m_engine; }
     [[nodiscard]] const EngineTurns &turns() const { return m_turns; }
     [[nodiscard]] FakeMeetingSource &microphone() { return *m_control->current; }
     [[nodiscard]] FakeMeetingSource::Control &control() { return *m_control; }

@@ -101,6 +101,7 @@ QCoro::Task<> run(QStringList arguments, MeetingHome *home)
         std::fprintf(stderr, "%s\n", error.what());
         status = 1;
     }
+    co_await home->engine().stopAndWait();
     QCoreApplication::exit(status);
 }
 

@@ -75,6 +75,7 @@ private Q_SLOTS:
     void quitting_data();
     void quitting();
     void recordSavedBeforeKill();
+    void recordNotSaved();
     void dismissing();
 
 private:
@@ -470,6 +471,21 @@ void TestMeetingTranscriber::recordSavedBeforeKill()
     QVERIFY(meeting().leftovers().isEmpty());
     QTRY_COMPARE(m_home->markers(), QStringList());
     QCOMPARE(m_home->audio().size(), 1);
+}
+
+void TestMeetingTranscriber::recordNotSaved()
+{
+    const QString history = m_folder->filePath(u"Orvane/History"_s);
+    QVERIFY(QDir(history).removeRecursively());
+    QFile inTheWay(history);
+    QVERIFY(inTheWay.open(QFile::WriteOnly));
+    recordAndStop(1);
+    QTRY_VERIFY2(meeting().errorText().startsWith(u"Не удалось сохранить запись: "_s),
+                 qPrintable(meeting().errorText()));
+    QCOMPARE(m_home->history().records().size(), 1); // until the program ends
+    QVERIFY(inTheWay.remove());
+    restart();
+    QCOMPARE(meeting().leftovers().size(), 1);
 }
 
 void TestMeetingTranscriber::dismissing()

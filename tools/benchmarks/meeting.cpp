@@ -1,9 +1,12 @@
-// Records a meeting of that many hours as fast as the disk takes it. Prints one line of JSON: by how much
-// the memory grew (KiB), the processor time (seconds) and whether the file holds exactly what was heard.
+// Records a meeting of that many hours as fast as the disk takes it, through all but the device. Prints one
+// line of JSON: by how much the memory grew (KiB), the processor time (seconds) and whether the file holds
+// exactly what was heard.
 //
 // usage: bench-meeting FOLDER HOURS
 
 #include "app/base/Async.h"
+#include "dictation/capture/CapturedSamples.h"
+#include "dictation/capture/LevelMeter.h"
 #include "meeting/MeetingRecorder.h"
 
 #include <QCoreApplication>
@@ -46,8 +49,7 @@ public:
 
     void setChunks(double seconds, ChunkHandler handler) override
     {
-        m_chunk = static_cast<size_t>(seconds * rate);
-        m_handler = std::move(handler);
+        m_captured.setChunks(seconds, std::move(handler));
     }
     QCoro::Task<> start() override
     {
@@ -58,11 +60,7 @@ public:
     {
         co_await offMainThread([this] { m_thread.join(); });
     }
-    std::vector<float> drainPendingChunk() override
-    {
-        const std::scoped_lock locked(m_lock);
-        return std::exchange(m_pending, {});
-    }
+    std::vector<float> drainPendingChunk() override { return m_captured.takePendingChunk(); }
     float level() const override { return 0; }
     QList<float> waveform() const override { return {}; }
     bool isSilent() const override { return false; }
@@ -70,19 +68,12 @@ public:
 private:
     void hear()
     {
+        LevelMeter meter;
         for (size_t heard = 0; heard < m_count; heard += bufferSamples) {
-            const size_t count = std::min(bufferSamples, m_count - heard);
-            const float *const samples = m_sound.data() + heard % period;
-            std::vector<float> chunk;
-            {
-                const std::scoped_lock locked(m_lock);
-                m_pending.insert(m_pending.end(), samples, samples + count);
-                if (m_pending.size() >= m_chunk)
-                    chunk = std::exchange(m_pending, {});
-            }
-            if (chunk.empty())
-                continue;
-            m_handler(std::move(chunk));
+            const std::span samples(m_sound.data() + heard % period,
+                                    std::min(bufferSamples, m_count - heard));
+            meter.add(samples, [](float) {});
+            m_captured.add(samples);
             while (qint64(heard) * 2 - QFileInfo(m_path).size() > mostBehind)
                 std::this_thread::sleep_for(1ms);
         }
@@ -91,10 +82,7 @@ private:
     const QString m_path;
     const size_t m_count;
     std::vector<float> m_sound;
-    size_t m_chunk = 0;
-    ChunkHandler m_handler;
-    std::mutex m_lock;
-    std::vector<float> m_pending;
+    CapturedSamples m_captured;
     std::jthread m_thread;
 };
 
