@@ -215,7 +215,7 @@ QCoro::Task<> MeetingTranscriber::transcribe(RecordedMeeting meeting, EngineTurn
     throwIfCancelled(alive);
     turn.reset(); // who sees that it ended may begin the next
     if (cancelled.stop_requested()) {
-        if (!m_isQuitting)
+        if (meeting.audioFileName != m_keptForNextStart)
             m_recordings.forget(meeting);
         co_return;
     }
@@ -304,6 +304,8 @@ QCoro::Task<> MeetingTranscriber::finishForQuit()
 {
     const std::stop_token alive = m_lifetime.get_token();
     m_isQuitting = true;
+    if (isRunning() || isTranscribing())
+        m_keptForNextStart = m_meeting.audioFileName;
     m_cancellation.request_stop();
     if (isRunning())
         spawn(completeAndTranscribe(takeRecorder(), m_meeting, m_cancellation.get_token()));

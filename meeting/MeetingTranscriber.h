@@ -116,6 +116,8 @@ private:
     MeetingRecordings m_recordings;
 
     bool m_isQuitting = false;
+    /// What quitting interrupted: no user has abandoned it.
+    QString m_keptForNextStart;
     /// The one in progress.
     Recorder m_recorder;
     /// The one that may still be completing its file.
