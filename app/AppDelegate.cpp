@@ -1,12 +1,16 @@
 #include "app/AppDelegate.h"
 
 #include "app/Termination.h"
+#include "app/base/Async.h"
 #include "app/settings/Localization.h"
 #include "dictation/KeyTap.h"
 #include "ui/MenuBarController.h"
 
 #include <QGuiApplication>
+#include <QPointer>
 #include <QSessionManager>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +26,12 @@ std::chrono::nanoseconds uptime()
 KeyTap::TriggerKey keyNamed(const QString &trigger)
 {
     return trigger == "ropt"_L1 ? KeyTap::TriggerKey::RightOption : KeyTap::TriggerKey::RightCommand;
+}
+
+QCoro::Task<> endInOrder(MeetingTranscriber *meeting)
+{
+    co_await meeting->finishForQuit();
+    QCoreApplication::quit();
 }
 
 } // namespace
@@ -48,10 +58,11 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     DictationController *dictation = m_services.dictation();
     if (dictation) {
-        installHotkey(*dictation);
         showMenu(*dictation);
+        installHotkey(*dictation);
     }
-    m_control = std::make_unique<ControlService>(dictation);
+    MeetingTranscriber &meeting = m_services.meeting();
+    m_control = std::make_unique<ControlService>(dictation, meeting);
     connect(m_control.get(), &ControlService::quitRequested, this, &AppDelegate::quit);
     connect(m_control.get(), &ControlService::activated, this, [this] {
         if (m_menuBar)
@@ -61,6 +72,9 @@ void AppDelegate::applicationDidFinishLaunching()
 
     m_services.engineProcesses().killStaleProcesses();
     m_services.history().watch();
+    if (m_guidance)
+        connect(&meeting, &MeetingTranscriber::leftoversChanged, this, &AppDelegate::offerLeftovers);
+    spawn(meeting.findLeftovers());
     if (UpdateChecker *updates = m_services.updates())
         updates->start();
     m_services.telemetry().pingIfEnabled();
@@ -78,11 +92,10 @@ void AppDelegate::installHotkey(DictationController &dictation)
     connect(m_keyTap.get(), &KeyTap::escapePressed, &dictation, &DictationController::cancel);
     connect(&dictation, &DictationController::stateChanged, m_keyTap.get(),
             [this, &dictation] { m_keyTap->setEscapeIntercepted(dictation.interceptsEscape()); });
-    connect(m_keyTap.get(), &KeyTap::activeChanged, this, [this, &dictation] {
-        dictation.setHotkeyActive(m_keyTap->isActive());
-        if (m_menuBar)
-            m_menuBar->setKeyIsTaken(m_keyTap->grabIsMissing());
-    });
+    connect(m_keyTap.get(), &KeyTap::activeChanged, this,
+            [this, &dictation] { dictation.setHotkeyActive(m_keyTap->isActive()); });
+    connect(m_keyTap.get(), &KeyTap::grabIsMissingChanged, this,
+            [this] { m_menuBar->setKeyIsTaken(m_keyTap->grabIsMissing()); });
     m_keyTap->install();
     dictation.setHotkeyActive(m_keyTap->isActive());
 }
@@ -93,8 +106,8 @@ void AppDelegate::showMenu(DictationController &dictation)
         std::make_unique<MenuBarController>(MenuBarController::Services{.settings = m_services.settings(),
                                                                         .models = m_services.models(),
                                                                         .dictation = dictation,
+                                                                        .meeting = m_services.meeting(),
                                                                         .updates = *m_services.updates()});
-    m_menuBar->setKeyIsTaken(m_keyTap->grabIsMissing());
     connect(m_menuBar.get(), &MenuBarController::quitRequested, this, &AppDelegate::quit);
     connect(m_menuBar.get(), &MenuBarController::keyCaptureHelpRequested, this,
             &AppDelegate::explainKeyCapture);
@@ -109,6 +122,38 @@ void AppDelegate::explainKeyCapture()
             "клавиш для команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит."_s));
 }
 
+void AppDelegate::offerLeftovers()
+{
+    const MeetingTranscriber &meeting = m_services.meeting();
+    if (m_isAsking || meeting.isRunning() || meeting.isTranscribing())
+        return;
+    for (const RecordedMeeting &leftover : meeting.leftovers()) {
+        if (m_asked.contains(leftover.audioFileName))
+            continue;
+        m_asked.insert(leftover.audioFileName);
+        m_isAsking = true;
+        spawn(offerLeftover(leftover.audioFileName));
+        return;
+    }
+}
+
+QCoro::Task<> AppDelegate::offerLeftover(QString audioFileName)
+{
+    const QPointer<AppDelegate> alive(this);
+    const bool accepted =
+        co_await m_guidance->ask({.title = Localization::text(u"Запись совещания не расшифрована"_s),
+                                  .text = m_services.meeting().leftoverNotice(),
+                                  .yes = Localization::text(u"Расшифровать"_s),
+                                  .no = Localization::text(u"Не сейчас"_s)});
+    if (!alive)
+        co_return;
+    m_isAsking = false;
+    if (accepted)
+        m_services.meeting().transcribeLeftover(audioFileName);
+    else
+        offerLeftovers();
+}
+
 void AppDelegate::answerSession(QSessionManager &session)
 {
     session.setRestartHint(QSessionManager::RestartNever);
@@ -119,7 +164,8 @@ void AppDelegate::answerSession(QSessionManager &session)
 
 void AppDelegate::quit()
 {
-    QCoreApplication::quit();
+    if (!std::exchange(m_isQuitting, true))
+        spawn(endInOrder(&m_services.meeting()));
 }
 
 void AppDelegate::applicationWillTerminate()

@@ -7,6 +7,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QSet>
 
 #include <memory>
 
@@ -32,7 +33,7 @@ public:
     /// to the command line, and begins with update checks and device reports.
     void applicationDidFinishLaunching();
 
-    /// Ends the program in order, for a user or a signal.
+    /// Ends the program once a recording in progress is completed, for a user or a signal.
     void quit();
 
     /// Once, when the program is about to end: asks every engine to end, without waiting.
@@ -42,11 +43,17 @@ private:
     void installHotkey(DictationController &dictation);
     void showMenu(DictationController &dictation);
     void explainKeyCapture();
+    /// Asks once about each recording that an earlier run left behind.
+    void offerLeftovers();
+    QCoro::Task<> offerLeftover(QString audioFileName);
     void answerSession(QSessionManager &session);
 
     AppServices &m_services;
     GuidancePresenter *const m_guidance;
     QElapsedTimer m_sinceLaunch;
+    bool m_isQuitting = false;
+    bool m_isAsking = false;
+    QSet<QString> m_asked;
     DictationTrigger m_trigger;
     std::unique_ptr<KeyTap> m_keyTap;
     std::unique_ptr<MenuBarController> m_menuBar;

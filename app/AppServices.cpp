@@ -3,6 +3,8 @@
 #include "app/base/Async.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
+#include "meeting/MicrophoneSource.h"
+#include "meeting/labelling/SpeakerDiarizer.h"
 
 #include <QThreadPool>
 
@@ -38,7 +40,8 @@ AppServices::AppServices(const Environment &environment)
 
 AppServices::~AppServices()
 {
-    // It tells its work on other threads to stop; that work uses the decoder until it has.
+    // They tell their work on other threads to stop; that work uses the decoder until it has.
+    m_meeting.reset();
     m_transcriber.reset();
     waitForDone(*QThreadPool::globalInstance());
 }
@@ -55,8 +58,12 @@ TranscriptionService &AppServices::transcriber()
                        .modelID = request.model.id,
                        .languageCode = request.language});
         };
-        m_transcriber = std::make_unique<TranscriptionService>(TranscriptionService::Collaborators{
-            .engine = *m_whisperEngine, .decoder = m_decoder, .saveRecord = save, .labelSpeakers = {}});
+        m_transcriber = std::make_unique<TranscriptionService>(
+            TranscriptionService::Collaborators{.engine = *m_whisperEngine,
+                                                .decoder = m_decoder,
+                                                .turns = m_turns,
+                                                .saveRecord = save,
+                                                .labelSpeakers = speakerLabeller()});
     }
     return *m_transcriber;
 }
@@ -87,6 +94,33 @@ DictationController *AppServices::dictation()
             m_folders.resources);
     }
     return m_dictation.get();
+}
+
+MeetingTranscriber &AppServices::meeting()
+{
+    if (!m_meeting) {
+        const auto microphone = [modules = m_folders.resources] {
+            return std::make_unique<MicrophoneSource>(modules);
+        };
+        m_meeting = std::make_unique<MeetingTranscriber>(
+            MeetingTranscriber::Collaborators{.models = *m_models,
+                                              .settings = *m_settings,
+                                              .history = *m_history,
+                                              .engine = *m_whisperEngine,
+                                              .turns = m_turns,
+                                              .labelSpeakers = speakerLabeller(),
+                                              .makeSource = microphone},
+            m_folders.recordings());
+    }
+    return *m_meeting;
+}
+
+TranscriptionService::SpeakerLabeller AppServices::speakerLabeller() const
+{
+    return [decoder = &m_decoder](const QString &audioPath, const QList<DisplaySegment> &segments,
+                                  int maxSpeakers, const std::stop_token &stop) {
+        return SpeakerDiarizer::assignByVoice(segments, audioPath, maxSpeakers, decoder, stop);
+    };
 }
 
 Telemetry &AppServices::telemetry()

@@ -7,6 +7,7 @@
 #include "correction/catalogue/CorrectionModelManager.h"
 #include "dictation/DictationController.h"
 #include "history/HistoryStore.h"
+#include "meeting/MeetingTranscriber.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
 #include "recognition/EngineProcessRegistry.h"
@@ -71,11 +72,14 @@ public:
     [[nodiscard]] TextCorrectionService &corrector();
     /// As above; null without windows, as its text goes into other programs' windows.
     [[nodiscard]] DictationController *dictation();
+    /// As above.
+    [[nodiscard]] MeetingTranscriber &meeting();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
 private:
     [[nodiscard]] EngineServer::SearchPath engineSearch() const { return {.resources = m_folders.resources}; }
+    [[nodiscard]] TranscriptionService::SpeakerLabeller speakerLabeller() const;
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
@@ -83,6 +87,7 @@ private:
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
+    EngineTurns m_turns;
     std::unique_ptr<AppSettings> m_settings;
     std::unique_ptr<UpdateChecker> m_updates;
     std::unique_ptr<ModelManager> m_models;
@@ -92,6 +97,7 @@ private:
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
     std::unique_ptr<DictationController> m_dictation;
+    std::unique_ptr<MeetingTranscriber> m_meeting;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

@@ -1,5 +1,6 @@
 #include "history/HistoryFolder.h"
 
+#include "app/base/AllCores.h"
 #include "app/settings/Localization.h"
 #include "history/TranscriptRecordReader.h"
 
@@ -7,13 +8,11 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QSet>
-#include <QThread>
 
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -64,20 +63,6 @@ std::optional<std::vector<QByteArray>> recordFileNames(const QString &folder)
     if (failure)
         return std::nullopt;
     return names;
-}
-
-void runOnAllCores(size_t items, const std::function<void()> &work)
-{
-    const size_t cores = static_cast<size_t>(std::max(1, QThread::idealThreadCount()));
-    const size_t helperCount = std::min(cores - 1, items / filesPerThread);
-    std::vector<std::jthread> helpers;
-    try {
-        while (helpers.size() < helperCount)
-            helpers.emplace_back(work);
-    } catch (const std::system_error &error) {
-        qWarning("%s", error.what()); // those threads that there are do the work
-    }
-    work();
 }
 
 /// Takes the records out of the files.
@@ -160,7 +145,7 @@ QList<TranscriptRecord> HistoryFolder::load()
     const std::vector<QByteArray> names = recordFileNames(m_history).value_or(std::vector<QByteArray>());
     std::vector<RecordFile> files(names.size());
     std::atomic<size_t> next = 0;
-    runOnAllCores(files.size(), [&] {
+    runOnAllCores(files.size(), filesPerThread, [&] {
         RecordFileReader reader;
         for (size_t i = next++; i < files.size(); i = next++)
             files[i] = reader.read(path(names[i]));

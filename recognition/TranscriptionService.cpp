@@ -50,6 +50,7 @@ TranscriptionService::TranscriptionService(Collaborators collaborators, QObject 
     : QObject(parent),
       m_engine(collaborators.engine),
       m_decoder(collaborators.decoder),
+      m_turns(collaborators.turns),
       m_saveRecord(std::move(collaborators.saveRecord)),
       m_labelSpeakers(std::move(collaborators.labelSpeakers))
 {
@@ -69,6 +70,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     const std::stop_token alive = m_lifetime.get_token();
     m_cancellation = std::stop_source();
     const EitherStop either(alive, m_cancellation.get_token());
+    EngineTurns::Turn turn = m_turns.take();
 
     setError({});
     beginProgress();
@@ -76,8 +78,8 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     QString failure;
     bool cancelled = false;
     try {
-        if (m_isBusyDetached)
-            throw busy();
+        if (!turn)
+            throw Error(EngineTurns::waitText());
         const QList<DisplaySegment> segments = co_await run(request, Audience::Published, either.token());
         throwIfCancelled(either.token());
         publish(request, segments);
@@ -96,30 +98,28 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
         setError(failure);
         setStatus(Localization::text(u"Ошибка"_s));
     }
+    turn.reset(); // who sees that it ended may begin the next
     m_cancellation.request_stop(); // ends what still looks at the file for the estimate
     setWorking(false);
 }
 
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Request request)
 {
-    if (m_isWorking || m_isBusyDetached)
-        throw busy();
+    EngineTurns::Turn turn = m_turns.take();
+    if (!turn)
+        throw m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
     const std::stop_token alive = m_lifetime.get_token();
     const auto setBusy = [this](bool busy) {
         m_isBusyDetached = busy;
         Q_EMIT isBusyDetachedChanged();
     };
     setBusy(true);
-    const auto free = qScopeGuard([alive, setBusy] {
+    const auto free = qScopeGuard([alive, setBusy, &turn] {
+        turn.reset();
         if (!alive.stop_requested())
             setBusy(false);
     });
     co_return co_await run(request, Audience::Nobody, alive);
-}
-
-EngineServer::EngineError TranscriptionService::busy() const
-{
-    return m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
 }
 
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::run(Request request, Audience audience,
@@ -133,7 +133,7 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::run(Request request, Au
     QList<DisplaySegment> segments =
         TranscriptSanitizer::collapseRepeats(DisplaySegment::from(raw), TranscriptSanitizer::keptRepeats);
     if (request.speakers == SpeakerDetection::On && m_labelSpeakers) {
-        segments = co_await m_labelSpeakers(request.audioPath, segments, mostSpeakers);
+        segments = co_await m_labelSpeakers(request.audioPath, segments, mostSpeakers, stop);
         throwIfCancelled(stop);
     }
     co_return segments;

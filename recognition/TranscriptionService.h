@@ -2,6 +2,7 @@
 
 #include "models/ModelFile.h"
 #include "recognition/AudioDecoder.h"
+#include "recognition/EngineTurns.h"
 #include "recognition/RecognitionEstimate.h"
 #include "recognition/WhisperServerEngine.h"
 #include "recognition/segments/DisplaySegment.h"
@@ -48,9 +49,9 @@ public:
         History history = History::Save;
     };
 
-    /// Numbers the voices in the segments of an audio file, at most that many.
-    using SpeakerLabeller =
-        std::function<QCoro::Task<QList<DisplaySegment>>(QString, QList<DisplaySegment>, int)>;
+    /// Numbers the voices in the segments of an audio file, at most that many, unless it is stopped.
+    using SpeakerLabeller = std::function<QCoro::Task<QList<DisplaySegment>>(QString, QList<DisplaySegment>,
+                                                                             int, std::stop_token)>;
     /// Stores a finished transcription in the history; none when there was nothing worth storing.
     using RecordSaver = std::function<std::optional<QUuid>(const Request &, const QList<DisplaySegment> &,
                                                            const QString &transcript)>;
@@ -59,6 +60,7 @@ public:
     {
         WhisperServerEngine &engine;
         const AudioDecoder &decoder;
+        const EngineTurns &turns;
         RecordSaver saveRecord;
         /// May be empty: segments then stay without speakers.
         SpeakerLabeller labelSpeakers;
@@ -86,12 +88,12 @@ public:
     /// Changes with every reset(), so that views can clear themselves.
     [[nodiscard]] QUuid resetToken() const { return m_resetToken; }
 
-    /// Transcribes and publishes; never throws. A call while one is working does nothing; while a detached
-    /// one runs it is refused with an error.
+    /// Transcribes and publishes; never throws. A call while one is working does nothing; while
+    /// another operation has the engine it is refused with an error.
     QCoro::Task<> transcribe(Request request);
 
-    /// Transcribes for the caller alone and saves nothing. Throws, at once when a transcription of
-    /// either kind is running.
+    /// Transcribes for the caller alone and saves nothing. Throws, at once when another operation has the
+    /// engine.
     QCoro::Task<QList<DisplaySegment>> transcribeDetached(Request request);
 
     /// Begins to load the engine with a model; errors will show when it is needed.
@@ -125,7 +127,6 @@ private:
                                                      std::stop_token stop);
     QCoro::Task<QList<RawSegment>> recogniseDecoded(Request request, Audience audience, std::stop_token stop);
 
-    [[nodiscard]] EngineServer::EngineError busy() const;
     void publish(const Request &request, const QList<DisplaySegment> &segments);
     void setWorking(bool working);
     void setStatus(const QString &text);
@@ -142,6 +143,7 @@ private:
 
     WhisperServerEngine &m_engine;
     const AudioDecoder &m_decoder;
+    const EngineTurns &m_turns;
     const RecordSaver m_saveRecord;
     const SpeakerLabeller m_labelSpeakers;
 

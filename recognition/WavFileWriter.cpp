@@ -1,6 +1,7 @@
 #include "recognition/WavFileWriter.h"
 
 #include "app/settings/Localization.h"
+#include "models/FileControl.h"
 #include "recognition/FileError.h"
 
 #include <QtEndian>
@@ -104,6 +105,13 @@ void WavFileWriter::write(std::span<const char> block)
     m_file.seek(qint64(headerBytes + m_dataBytes));
 }
 
+void WavFileWriter::sync()
+{
+    const std::scoped_lock locked(m_lock);
+    if (!m_closed)
+        static_cast<void>(FileControl::flush(m_file.handle()));
+}
+
 void WavFileWriter::finalize()
 {
     const std::scoped_lock locked(m_lock);
@@ -123,6 +131,23 @@ void WavFileWriter::finalize()
         throw FileError::notWritten(m_file);
     if (m_writeFailed)
         throw WavWriteError(WavWriteError::Kind::incomplete);
+}
+
+quint64 WavFileWriter::repair(const QString &path, quint32 sampleRate)
+{
+    QFile file(path);
+    if (!file.open(QFile::ReadWrite | QFile::ExistingOnly | QFile::Unbuffered))
+        throw FileError::notWritten(file);
+    const quint64 beyondHeader = quint64(std::max(file.size() - qint64(headerBytes), qint64(0)));
+    const quint64 dataBytes = std::min(beyondHeader, mostDataBytes) / sizeof(qint16) * sizeof(qint16);
+    const auto bytes = header(sampleRate, quint32(dataBytes));
+    const QByteArrayView whole(bytes.data(), qsizetype(bytes.size()));
+    if (file.read(whole.size()) == whole)
+        return dataBytes;
+    if (!file.seek(0) || file.write(whole.data(), whole.size()) != whole.size() ||
+        !FileControl::flush(file.handle()))
+        throw FileError::notWritten(file);
+    return dataBytes;
 }
 
 void appendInPieces(WavFileWriter &writer, std::span<const float> samples)

@@ -40,9 +40,16 @@ public:
     /// per sample. Never fails: finalize() tells whether samples were lost. Ignored after finalize().
     void append(std::span<const float> samples);
 
+    /// Waits until what was appended so far is on the disk; failures show at the next append() or finalize().
+    void sync();
+
     /// Writes the sizes into the header and closes the file. Throws FileError, or WavWriteError when the
     /// file is good but lacks samples. Closed in every case; a second call does nothing.
     void finalize();
+
+    /// Gives a mono 16-bit file that was cut off the header of a finalized one and returns the bytes of its
+    /// samples; a file that has it already is not touched. Throws FileError.
+    [[nodiscard]] static quint64 repair(const QString &path, quint32 sampleRate);
 
 private:
     void write(std::span<const char> block);

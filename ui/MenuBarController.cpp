@@ -7,6 +7,7 @@
 #include "app/settings/TriggerName.h"
 #include "dictation/DictationController.h"
 #include "dictation/DictationModeTexts.h"
+#include "meeting/MeetingTranscriber.h"
 #include "models/ModelManager.h"
 #include "ui/TrayIcon.h"
 #include "update/UpdateChecker.h"
@@ -25,12 +26,14 @@ using State = DictationState;
 /// A status line must not make the menu as wide as the screen.
 constexpr qsizetype longestStatus = 80;
 
-TrayIcon::Look lookOf(State state)
+TrayIcon::Look lookOf(State state, const MeetingTranscriber &meeting)
 {
+    if (meeting.isRunning())
+        return TrayIcon::Look::Recording;
     switch (state) {
     case State::Idle:
     case State::Starting:
-        return TrayIcon::Look::Ready;
+        return meeting.isTranscribing() ? TrayIcon::Look::Busy : TrayIcon::Look::Ready;
     case State::Recording:
         return TrayIcon::Look::Recording;
     case State::Transcribing:
@@ -89,6 +92,8 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
     connect(&m_services.dictation, &DictationController::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.dictation, &DictationController::lastErrorChanged, this,
             &MenuBarController::showState);
+    connect(&m_services.meeting, &MeetingTranscriber::stateChanged, this, &MenuBarController::showState);
+    connect(&m_services.meeting, &MeetingTranscriber::statusTextChanged, this, &MenuBarController::showState);
     connect(&m_services.settings, &AppSettings::interfaceLanguageChanged, this,
             &MenuBarController::showState);
     connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -115,7 +120,7 @@ void MenuBarController::announce()
 
 void MenuBarController::showState()
 {
-    m_icon.setIcon(TrayIcon::icon(lookOf(m_services.dictation.state())));
+    m_icon.setIcon(TrayIcon::icon(lookOf(m_services.dictation.state(), m_services.meeting)));
     m_icon.setToolTip(QString(BuildInfo::editionName) + u" — "_s + statusLine());
 }
 
@@ -124,6 +129,8 @@ QString MenuBarController::statusLine() const
     const DictationController &dictation = m_services.dictation;
     switch (dictation.state()) {
     case State::Idle:
+        if (m_services.meeting.isRunning() || m_services.meeting.isTranscribing())
+            return m_services.meeting.statusText();
         if (!dictation.lastError().isEmpty())
             return dictation.lastError();
         [[fallthrough]];
@@ -148,6 +155,7 @@ void MenuBarController::rebuild()
         status = status.left(longestStatus - 1) + u'…';
     addLine(m_menu, status)->setToolTip(statusLine());
     addDictation();
+    addMeeting();
     m_menu.addSeparator();
     addModels();
     addTriggers();
@@ -179,6 +187,23 @@ void MenuBarController::addDictation()
         m_menu.addAction(Localization::text(u"Отменить диктовку"_s), &dictation,
                          &DictationController::cancel);
         break;
+    }
+}
+
+void MenuBarController::addMeeting()
+{
+    MeetingTranscriber &meeting = m_services.meeting;
+    if (meeting.isRunning()) {
+        m_menu.addAction(Localization::text(u"Завершить запись совещания"_s), &meeting,
+                         &MeetingTranscriber::stop);
+    } else if (meeting.isTranscribing()) {
+        m_menu.addAction(
+            Localization::text(u"Прервать расшифровку — аудиозапись совещания останется на диске"_s),
+            &meeting, &MeetingTranscriber::cancelTranscription);
+    } else {
+        QAction *start = m_menu.addAction(Localization::text(u"Начать запись совещания"_s), &meeting,
+                                          [&meeting] { spawn(meeting.start()); });
+        start->setEnabled(meeting.canStart());
     }
 }
 

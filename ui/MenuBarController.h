@@ -8,6 +8,7 @@ namespace orvane {
 
 class AppSettings;
 class DictationController;
+class MeetingTranscriber;
 class ModelManager;
 class UpdateChecker;
 
@@ -23,6 +24,7 @@ public:
         AppSettings &settings;
         ModelManager &models;
         DictationController &dictation;
+        MeetingTranscriber &meeting;
         UpdateChecker &updates;
     };
 
@@ -46,6 +48,7 @@ Q_SIGNALS:
 private:
     void rebuild();
     void addDictation();
+    void addMeeting();
     void addKeyCapture();
     void addModels();
     void addTriggers();

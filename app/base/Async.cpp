@@ -45,7 +45,12 @@ QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
 
 void startOffMainThread(std::function<void()> work)
 {
-    QThreadPool::globalInstance()->start(std::function<void()>(detail::HandedOver(std::move(work))));
+    startOffMainThread(QThreadPool::globalInstance(), std::move(work));
+}
+
+void startOffMainThread(QThreadPool *pool, std::function<void()> work)
+{
+    pool->start(std::function<void()>(detail::HandedOver(std::move(work))));
 }
 
 void waitForDone(QThreadPool &pool)

@@ -30,6 +30,8 @@ void spawn(QCoro::Task<> task);
 
 /// Runs `work` on a pool thread; nobody waits for it but the program's end. It must not throw.
 void startOffMainThread(std::function<void()> work);
+/// The same on a thread of `pool`. Any thread.
+void startOffMainThread(QThreadPool *pool, std::function<void()> work);
 
 /// Waits for every job given to the pool so far, and for what they have left in memory.
 void waitForDone(QThreadPool &pool);

@@ -20,6 +20,7 @@ const QString modelOption = u"model"_s;
 const QString languageOption = u"language"_s;
 const QString formatOption = u"format"_s;
 const QString outputOption = u"output"_s;
+const QString speakersOption = u"speakers"_s;
 const QString noHistoryOption = u"no-history"_s;
 const QString repositoryOption = u"repository"_s;
 
@@ -41,10 +42,11 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
         throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
-    // The one option without a value.
-    const QString flag = u"--"_s + noHistoryOption;
-    if (!arguments.filter(flag + u'=').isEmpty())
-        throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
+    for (const QString &name : {speakersOption, noHistoryOption}) {
+        const QString flag = u"--"_s + name;
+        if (!arguments.filter(flag + u'=').isEmpty())
+            throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
+    }
     throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
 }
 
@@ -94,7 +96,8 @@ Command parseTranscribe(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.addOptions({withValue(modelOption), withValue(languageOption), withValue(formatOption),
-                       withValue(outputOption), QCommandLineOption(noHistoryOption)});
+                       withValue(outputOption), QCommandLineOption(speakersOption),
+                       QCommandLineOption(noHistoryOption)});
     parseInto(parser, arguments);
     if (parser.positionalArguments().isEmpty())
         throw UsageError(Localization::text(u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…"_s));
@@ -105,6 +108,8 @@ Command parseTranscribe(const QStringList &arguments)
     options.language = languageOf(parser);
     options.format = formatOf(parser);
     options.output = outputOf(parser);
+    if (parser.isSet(speakersOption))
+        options.speakers = TranscriptionService::SpeakerDetection::On;
     if (parser.isSet(noHistoryOption))
         options.history = TranscriptionService::History::Skip;
     return options;
@@ -171,17 +176,25 @@ Command parseModels(const QStringList &arguments)
 
 std::optional<ControlCommand::Options> parseControl(const QStringList &words)
 {
-    static const QMap<QString, QString> methods = {{u"toggle"_s, u"Toggle"_s},
-                                                   {u"start"_s, u"Start"_s},
-                                                   {u"stop"_s, u"Stop"_s},
-                                                   {u"cancel"_s, u"Cancel"_s},
-                                                   {u"status"_s, u"Status"_s}};
-    const auto method = methods.constFind(words.first());
-    if (method == methods.cend())
+    static const QMap<QString, QString> dictation = {{u"toggle"_s, u"Toggle"_s},
+                                                     {u"start"_s, u"Start"_s},
+                                                     {u"stop"_s, u"Stop"_s},
+                                                     {u"cancel"_s, u"Cancel"_s},
+                                                     {u"status"_s, u"Status"_s}};
+    static const QMap<QString, QString> meeting = {{u"start"_s, u"StartMeeting"_s},
+                                                   {u"stop"_s, u"StopMeeting"_s},
+                                                   {u"cancel"_s, u"CancelMeeting"_s},
+                                                   {u"status"_s, u"MeetingStatus"_s},
+                                                   {u"transcribe"_s, u"TranscribeMeeting"_s}};
+    const bool isMeeting = words.first() == "meeting"_L1;
+    if (!isMeeting && !dictation.contains(words.first()))
         return std::nullopt;
-    if (words.size() > 1)
-        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[1]);
-    return ControlCommand::Options{*method};
+    const qsizetype verb = isMeeting ? 1 : 0;
+    if (words.size() > verb + 1)
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[verb + 1]);
+    return ControlCommand::Options{actionNamed(words.value(verb, u"status"_s),
+                                               isMeeting ? meeting : dictation,
+                                               Localization::text(u"Неизвестное действие с совещанием: "_s))};
 }
 
 } // namespace
@@ -219,6 +232,7 @@ QString help()
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
       --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
       --language КОД              язык речи, например ru или en; auto — определить
+      --speakers                  различать двух говорящих по голосу
       --format txt|md|srt|json    вид результата (по умолчанию txt)
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю
@@ -239,6 +253,12 @@ QString help()
   orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
   orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
   orvane status                   показать состояние диктовки
+
+  orvane meeting start            начать запись совещания
+  orvane meeting stop             закончить её и расшифровать
+  orvane meeting cancel           прервать расшифровку; аудиозапись останется
+  orvane meeting [status]         показать, что с совещанием
+  orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
 
   orvane --version                показать версию
   orvane --help                   показать эту справку

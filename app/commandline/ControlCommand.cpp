@@ -17,8 +17,8 @@ namespace orvane {
 
 namespace {
 
-/// Long enough for an application that has just been started; it answers from its event loop.
-constexpr int answerTimeoutMs = 5000;
+/// Long enough for an application that has just been started, and for a microphone that is slow to open.
+constexpr int answerTimeoutMs = 15'000;
 
 QDBusMessage ask(const QString &interface, const QString &method, const QVariantList &arguments = {})
 {

@@ -4,7 +4,8 @@
 
 namespace orvane {
 
-/// `orvane toggle | start | stop | cancel | status`: asks the application that runs in this session to do it.
+/// `orvane toggle | start | stop | cancel | status` and `orvane meeting …`: asks the application that runs in
+/// this session to do it.
 class ControlCommand
 {
 public:

@@ -101,6 +101,8 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, Q
     request.audioPath = file;
     request.model = model;
     request.language = language;
+    request.speakers = m_services.settings().detectSpeakers() ? TranscriptionService::SpeakerDetection::On
+                                                              : m_options.speakers;
     request.history = m_options.history;
     const QUuid savedBefore = transcriber.lastSavedID();
     {

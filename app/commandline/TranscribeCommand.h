@@ -24,6 +24,8 @@ public:
         QString model;
         /// Empty for the user's choice.
         QString language;
+        /// On also when the user chose so.
+        TranscriptionService::SpeakerDetection speakers = TranscriptionService::SpeakerDetection::Off;
         OutputFormat format = OutputFormat::Text;
         /// A file, a folder or "-"; with several files a folder or "-".
         QString output;

@@ -1,11 +1,15 @@
 #include "app/control/ControlService.h"
 
+#include "app/base/Async.h"
 #include "app/control/ApplicationAdaptor.h"
 #include "app/control/ControlInterface.h"
 #include "app/settings/Localization.h"
 #include "dictation/DictationController.h"
+#include "meeting/MeetingTranscriber.h"
 
 #include <QDBusConnection>
+#include <QPointer>
+#include <QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -13,9 +17,10 @@ namespace orvane {
 
 using State = DictationState;
 
-ControlService::ControlService(DictationController *dictation, QObject *parent)
+ControlService::ControlService(DictationController *dictation, MeetingTranscriber &meeting, QObject *parent)
     : QObject(parent),
-      m_dictation(dictation)
+      m_dictation(dictation),
+      m_meeting(meeting)
 {
     const auto *application = new ApplicationAdaptor(this);
     connect(application, &ApplicationAdaptor::activated, this, &ControlService::activated);
@@ -88,6 +93,56 @@ QString ControlService::Status()
     Q_UNREACHABLE();
 }
 
+void ControlService::StartMeeting()
+{
+    if (refuse(m_meeting.startRefusal()))
+        return;
+    setDelayedReply(true);
+    spawn(startMeeting(&m_meeting, message()));
+}
+
+QCoro::Task<> ControlService::startMeeting(MeetingTranscriber *meeting, QDBusMessage request)
+{
+    const QPointer<MeetingTranscriber> alive(meeting);
+    co_await meeting->start();
+    if (!alive)
+        co_return;
+    const QString problem = meeting->isRunning() ? QString() : meeting->errorText();
+    QDBusConnection::sessionBus().send(problem.isEmpty()
+                                           ? request.createReply()
+                                           : request.createErrorReply(ControlInterface::refusal, problem));
+}
+
+void ControlService::StopMeeting()
+{
+    if (!refuse(m_meeting.stopRefusal()))
+        m_meeting.stop();
+}
+
+void ControlService::CancelMeeting()
+{
+    if (!refuse(m_meeting.cancelRefusal()))
+        m_meeting.cancelTranscription();
+}
+
+QString ControlService::MeetingStatus()
+{
+    QStringList lines = {m_meeting.isRunning()        ? u"recording"_s
+                         : m_meeting.isTranscribing() ? u"transcribing"_s
+                                                      : u"idle"_s,
+                         m_meeting.statusText(), m_meeting.errorText(), m_meeting.leftoverNotice()};
+    lines.removeAll(QString());
+    return lines.join(u'\n');
+}
+
+void ControlService::TranscribeMeeting()
+{
+    if (m_meeting.leftovers().isEmpty())
+        refuse(Localization::text(u"Нерасшифрованных записей нет."_s));
+    else
+        m_meeting.transcribeLeftover(m_meeting.leftovers().constFirst().audioFileName);
+}
+
 void ControlService::Quit()
 {
     Q_EMIT quitRequested();
@@ -100,9 +155,11 @@ bool ControlService::hasDictation()
     return m_dictation != nullptr;
 }
 
-void ControlService::refuse(const QString &text)
+bool ControlService::refuse(const QString &text)
 {
-    sendErrorReply(ControlInterface::refusal, text);
+    if (!text.isEmpty())
+        sendErrorReply(ControlInterface::refusal, text);
+    return !text.isEmpty();
 }
 
 } // namespace orvane

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
+
+#include <QCoroTask>
 
 namespace orvane {
 
 class DictationController;
+class MeetingTranscriber;
 
 /// What the running application offers on the session bus to the command line, and so to every desktop that
 /// can bind a key to a command. A request that makes no sense at the moment is answered with an error
@@ -18,7 +22,7 @@ class ControlService : public QObject, protected QDBusContext
 
 public:
     /// `dictation` is null in an application without a display.
-    explicit ControlService(DictationController *dictation, QObject *parent = nullptr);
+    ControlService(DictationController *dictation, MeetingTranscriber &meeting, QObject *parent = nullptr);
 
     /// Takes requests from now on. Without a session bus there are none.
     void publish();
@@ -30,6 +34,14 @@ public Q_SLOTS:
     Q_SCRIPTABLE void Cancel();
     /// "idle", "starting", "recording", "transcribing" or "correcting".
     Q_SCRIPTABLE QString Status();
+    /// Answered when the recording runs.
+    Q_SCRIPTABLE void StartMeeting();
+    Q_SCRIPTABLE void StopMeeting();
+    Q_SCRIPTABLE void CancelMeeting();
+    /// "idle", "recording" or "transcribing"; what is shown of it follows, a line each.
+    Q_SCRIPTABLE QString MeetingStatus();
+    /// Begins with the first recording that an earlier run left behind.
+    Q_SCRIPTABLE void TranscribeMeeting();
     Q_SCRIPTABLE void Quit();
 
 Q_SIGNALS:
@@ -40,9 +52,12 @@ Q_SIGNALS:
 private:
     /// False when there is none, which is then the answer.
     bool hasDictation();
-    void refuse(const QString &text);
+    /// Answers with that text unless it is empty; whether it did.
+    bool refuse(const QString &text);
+    static QCoro::Task<> startMeeting(MeetingTranscriber *meeting, QDBusMessage request);
 
     DictationController *m_dictation;
+    MeetingTranscriber &m_meeting;
 };
 
 } // namespace orvane

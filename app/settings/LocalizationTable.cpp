@@ -77,7 +77,17 @@ constexpr TextPair pairs[] = {
     {u"Доступна версия ", u"Version available: "},
     {u"Завершить Orvane", u"Quit Orvane"},
 
+    {u"Начать запись совещания", u"Start recording a meeting"},
+    {u"Завершить запись совещания", u"Finish recording the meeting"},
+    {u"Прервать расшифровку — аудиозапись совещания останется на диске",
+     u"Abandon the transcription — the meeting’s audio stays on disk"},
+    {u"Запись совещания не расшифрована", u"A meeting is not transcribed"},
+    {u"Расшифровать", u"Transcribe"},
+    {u"Не сейчас", u"Not now"},
+
     // What the running application answers to the command line
+    {u"Неизвестное действие с совещанием: ", u"Unknown action for meetings: "},
+    {u"Нерасшифрованных записей нет.", u"There are no recordings left to transcribe."},
     {u"Предыдущая диктовка ещё обрабатывается.", u"The previous dictation is still being processed."},
     {u"Диктовка уже идёт.", u"A dictation is already running."},
     {u"Диктовка сейчас не записывается.", u"No dictation is being recorded."},
@@ -120,6 +130,8 @@ constexpr TextPair pairs[] = {
     {u"не хватило памяти", u"not enough memory"},
     {u"запись длиннее 37 часов", u"the recording is longer than 37 hours"},
     {u"Не вся запись поместилась в звуковой файл.", u"Not all of the recording fitted into the audio file."},
+    {u"Дождитесь завершения текущей операции — движок выполняет их по одной",
+     u"Wait until the current operation is done — the engine does them one by one"},
 
     // Recording sound
     {u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.",
@@ -129,6 +141,34 @@ constexpr TextPair pairs[] = {
     {u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука.",
      u"The microphone cannot be opened. Connect it again or choose another one in the sound settings."},
     {u"Модуль записи звука не загрузился. ", u"The sound recording module could not be loaded. "},
+
+    // Meetings
+    {u"Идёт запись…", u"Recording…"},
+    {u"на диске осталось места на %1 мин", u"disk space left for %1 min"},
+    {u"микрофон молчит", u"the microphone is silent"},
+    {u"Идёт запись совещания", u"A meeting is being recorded"},
+    {u"Подготовка записи…", u"Preparing the recording…"},
+    {u"Расшифровка записи (%1:%2)…", u"Transcribing the recording (%1:%2)…"},
+    {u"Совещание сохранено · ", u"Meeting saved · "},
+    {u" сегментов · аудио в истории", u" segments · audio in history"},
+    {u"Готово · речь не распознана (запись сохранена)",
+     u"Done · no speech recognized (the recording is saved)"},
+    {u"Расшифровка отменена · аудиозапись сохранена",
+     u"Transcription cancelled · the audio recording is saved"},
+    {u"Ошибка расшифровки (запись сохранена: ", u"Transcription failed (the recording is saved: "},
+    {u"Запись сохранена частично — возможно, на диске не хватило места.",
+     u"The recording is only partly saved — the disk may have run out of space."},
+    {u"Нет доступа к микрофону. Разрешите его в Системных настройках → Конфиденциальность → Микрофон.",
+     u"No access to the microphone. Allow it in System Settings → Privacy → Microphone."},
+    {u"Не удалось начать запись: ", u"Could not start the recording: "},
+    {u"Модель распознавания недоступна.", u"The recognition model is unavailable."},
+    {u"Запись совещания уже идёт.", u"A meeting is being recorded already."},
+    {u"Запись совещания не идёт.", u"No meeting is being recorded."},
+    {u"Идёт запись: её завершает команда orvane meeting stop.",
+     u"A meeting is being recorded: the command orvane meeting stop ends it."},
+    {u"Расшифровка совещания не идёт.", u"No meeting is being transcribed."},
+    {u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?",
+     u"A recording is not transcribed yet: “%1”, %2. Transcribe it?"},
 
     // History
     {u"Файл", u"File"},
@@ -352,6 +392,7 @@ constexpr TextPair pairs[] = {
   orvane transcribe ФАЙЛ…         расшифровать аудио или видео
       --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
       --language КОД              язык речи, например ru или en; auto — определить
+      --speakers                  различать двух говорящих по голосу
       --format txt|md|srt|json    вид результата (по умолчанию txt)
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю
@@ -373,6 +414,12 @@ constexpr TextPair pairs[] = {
   orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
   orvane status                   показать состояние диктовки
 
+  orvane meeting start            начать запись совещания
+  orvane meeting stop             закончить её и расшифровать
+  orvane meeting cancel           прервать расшифровку; аудиозапись останется
+  orvane meeting [status]         показать, что с совещанием
+  orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
+
   orvane --version                показать версию
   orvane --help                   показать эту справку
 
@@ -383,6 +430,7 @@ constexpr TextPair pairs[] = {
   orvane transcribe FILE…         transcribe audio or video
       --model NAME|PATH           recognition model (by default the one chosen in the settings)
       --language CODE             language of the speech, such as ru or en; auto finds out
+      --speakers                  tell two speakers apart by their voices
       --format txt|md|srt|json    form of the result (txt by default)
       --output PATH|-             file or folder for the result (standard output by default)
       --no-history                do not save to the history
@@ -403,6 +451,12 @@ constexpr TextPair pairs[] = {
   orvane toggle                   start a dictation, or finish it and insert its text
   orvane start | stop | cancel    the same one by one; cancel inserts nothing
   orvane status                   show the dictation's state
+
+  orvane meeting start            begin to record a meeting
+  orvane meeting stop             end the recording and transcribe it
+  orvane meeting cancel           abandon the transcription; the audio stays
+  orvane meeting [status]         show what the meeting is at
+  orvane meeting transcribe       transcribe a recording that a crash left behind
 
   orvane --version                show the version
   orvane --help                   show this help

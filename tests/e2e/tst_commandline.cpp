@@ -141,6 +141,35 @@ private Q_SLOTS:
         QVERIFY(application->waitForFinished());
         QCOMPARE(application->exitStatus(), QProcess::NormalExit);
     }
+
+    /// A power loss ended the recording: its header tells of no samples.
+    void repairsWhatACrashLeftBehind()
+    {
+        const OrvaneProgram orvane;
+        QDir().mkpath(orvane.dataFolder() + u"/Recordings"_s);
+        const QString audio = orvane.dataFolder() + u"/Recordings/Совещание.wav"_s;
+        const QString marker = audio + u".unfinished.json"_s;
+        const auto write = [](const QString &path, const QByteArray &content) {
+            QFile file(path);
+            QVERIFY(file.open(QFile::WriteOnly));
+            file.write(content);
+        };
+        write(audio, QByteArray(44 + 32'000, '\0'));
+        write(marker, R"({"languageCode": "ru", "modelID": "base", "startedAt": "2025-03-03T14:05:09Z"})");
+
+        const auto application = orvane.start({u"--background"_s});
+        const auto header = [&audio] {
+            QFile file(audio);
+            return file.open(QFile::ReadOnly) ? file.read(44) : QByteArray();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(header().startsWith("RIFF"), 30'000);
+        application->terminate();
+        QVERIFY(application->waitForFinished());
+
+        QCOMPARE(application->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(header().right(4), QByteArray::fromHex("007d0000"));
+        QVERIFY(QFile::exists(marker)); // until it is transcribed
+    }
 };
 
 QTEST_GUILESS_MAIN(CommandLineTest)

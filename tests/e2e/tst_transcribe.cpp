@@ -1,4 +1,5 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Dialogue.h"
 
 #include <QDir>
 #include <QFile>
@@ -128,6 +129,41 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(QString::fromUtf8(result.output).trimmed(),
                  QString::fromUtf8(read(fixture(u"russian.txt"_s))).trimmed());
+    }
+
+    void labelsSpeakers_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QByteArray>("preferences");
+        QTest::addColumn<bool>("isLabelled");
+        QTest::newRow("asked for") << QStringList{u"--speakers"_s} << QByteArray("{}") << true;
+        QTest::newRow("chosen") << QStringList{} << QByteArray(R"({"detectSpeakers":true})") << true;
+        QTest::newRow("not wanted") << QStringList{} << QByteArray("{}") << false;
+    }
+
+    void labelsSpeakers()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QByteArray, preferences);
+        QFETCH(bool, isLabelled);
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        orvane.setPreferences(preferences);
+        QDir().mkpath(orvane.path(u"speech"_s));
+        const QString dialogue = test::Dialogue(orvane.path(u"speech"_s)).joined();
+
+        const auto result = orvane.run(
+            QStringList{u"transcribe"_s, dialogue, u"--language"_s, u"en"_s, u"--format"_s, u"md"_s} +
+            options);
+
+        QCOMPARE(result.exitCode, 0);
+        const qsizetype first = result.output.indexOf("**Спикер 1**");
+        const qsizetype second = result.output.indexOf("**Спикер 2**");
+        QCOMPARE(first >= 0 && second > first, isLabelled);
+        if (isLabelled) {
+            QVERIFY2(result.output.mid(first, second - first).contains("morning"), result.output.constData());
+            QVERIFY2(result.output.mid(second).contains("numbers"), result.output.constData());
+        }
     }
 
     void storesARecordThatMatchesItsResult()

@@ -80,6 +80,7 @@ private:
     std::unique_ptr<EngineProcessRegistry> m_registry;
     std::unique_ptr<WhisperServerEngine> m_engine;
     const AudioDecoder m_decoder{QStringLiteral(ORVANE_RESOURCES)};
+    const EngineTurns m_turns;
     std::unique_ptr<TranscriptionService> m_service;
     QStringList m_statuses;
     QStringList m_saved;
@@ -103,9 +104,10 @@ void TestTranscriptionService::init()
     m_service = std::make_unique<TranscriptionService>(TranscriptionService::Collaborators{
         .engine = *m_engine,
         .decoder = m_decoder,
+        .turns = m_turns,
         .saveRecord = [this](const Request &request, const Segments &segments,
                              const QString &transcript) { return m_save(request, segments, transcript); },
-        .labelSpeakers = [](QString, Segments segments, int most) -> QCoro::Task<Segments> {
+        .labelSpeakers = [](QString, Segments segments, int most, std::stop_token) -> QCoro::Task<Segments> {
             for (qsizetype i = 0; i < segments.size(); ++i)
                 segments[i].speaker = i % most + 1;
             co_return segments;
@@ -372,6 +374,10 @@ void TestTranscriptionService::detachedRefusesWhileBusy()
     QTRY_VERIFY(again.isDone());
     QCOMPARE(again.error(), refusal);
     QVERIFY(m_service->isBusyDetached());
+    const TaskResult file(m_service->transcribe(request(u"b.wav"_s)));
+    QTRY_VERIFY(file.isDone());
+    QCOMPARE(m_service->errorText(),
+             u"Дождитесь завершения текущей операции — движок выполняет их по одной"_s);
     QTRY_VERIFY(detached.succeeded());
 }
 

@@ -24,6 +24,11 @@ class FakeGuidance : public GuidancePresenter
 {
 public:
     void guide(const QString &title, const QString & /*detail*/) override { titles.append(title); }
+    QCoro::Task<bool> ask(Question question) override
+    {
+        titles.append(question.title);
+        co_return false;
+    }
 
     QStringList titles;
 };

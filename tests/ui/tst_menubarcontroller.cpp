@@ -66,6 +66,7 @@ void TestMenuBarController::init()
         std::make_unique<MenuBarController>(MenuBarController::Services{.settings = m_services->settings(),
                                                                         .models = m_services->models(),
                                                                         .dictation = *m_services->dictation(),
+                                                                        .meeting = m_services->meeting(),
                                                                         .updates = *m_services->updates()});
 }
 
@@ -114,6 +115,7 @@ void TestMenuBarController::speaksBothLanguages_data()
     QTest::newRow("Russian") << u"ru"_s
                              << QStringList{u"Готов"_s,
                                             u"Начать диктовку"_s,
+                                            u"Начать запись совещания"_s,
                                             u"Модель распознавания"_s,
                                             u"Клавиша диктовки"_s,
                                             u"Язык распознавания"_s,
@@ -125,6 +127,7 @@ void TestMenuBarController::speaksBothLanguages_data()
     QTest::newRow("English") << u"en"_s
                              << QStringList{u"Ready"_s,
                                             u"Start dictation"_s,
+                                            u"Start recording a meeting"_s,
                                             u"Recognition model"_s,
                                             u"Dictation key"_s,
                                             u"Recognition language"_s,

@@ -65,8 +65,9 @@ QCoro::Task<> measure(QStringList arguments)
     const AudioDecoder decoder(arguments[3]);
     EngineProcessRegistry registry{QString()};
     ObservableEngine engine({.resources = arguments[3]}, registry, QDir::tempPath());
+    const EngineTurns turns;
     TranscriptionService service(
-        {.engine = engine, .decoder = decoder, .saveRecord = {}, .labelSpeakers = {}});
+        {.engine = engine, .decoder = decoder, .turns = turns, .saveRecord = {}, .labelSpeakers = {}});
 
     TranscriptionService::Request request;
     request.audioPath = arguments[1];

@@ -1,0 +1,92 @@
+#include "meeting/MeetingRecordings.h"
+
+#include "app/base/Async.h"
+#include "app/settings/Localization.h"
+#include "history/HistoryStore.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+MeetingRecordings::MeetingRecordings(const QString &folder, HistoryStore &history, QObject *parent)
+    : QObject(parent),
+      m_history(history),
+      m_folder(folder)
+{
+    m_pool.setMaxThreadCount(1);
+}
+
+MeetingRecordings::~MeetingRecordings()
+{
+    m_lifetime.request_stop();
+    waitForDone(m_pool);
+}
+
+QCoro::Task<RecordedMeeting> MeetingRecordings::create(RecordedMeeting meeting)
+{
+    return offMainThread(&m_pool, [folder = &m_folder, meeting] { return folder->create(meeting); });
+}
+
+QCoro::Task<> MeetingRecordings::discard(RecordedMeeting meeting)
+{
+    return offMainThread(&m_pool, [folder = &m_folder, meeting] { folder->discard(meeting); });
+}
+
+QString MeetingRecordings::audioPath(const RecordedMeeting &meeting) const
+{
+    return m_folder.audioPath(meeting.audioFileName);
+}
+
+void MeetingRecordings::forget(const RecordedMeeting &meeting)
+{
+    startOffMainThread(&m_pool, [folder = &m_folder, meeting] { folder->forget(meeting); });
+    const auto isIt = [&meeting](const RecordedMeeting &other) {
+        return other.audioFileName == meeting.audioFileName;
+    };
+    if (m_leftovers.removeIf(isIt) > 0)
+        Q_EMIT leftoversChanged();
+}
+
+QCoro::Task<> MeetingRecordings::findLeftovers()
+{
+    const std::stop_token alive = m_lifetime.get_token();
+    co_await m_history.whenLoaded();
+    throwIfCancelled(alive);
+    QSet<QString> inHistory;
+    for (const TranscriptRecord &record : m_history.records())
+        inHistory.insert(record.audioFileName.value_or(QString()));
+    const auto find = [folder = &m_folder, inHistory] { return folder->leftovers(inHistory); };
+    const QList<RecordedMeeting> found = co_await offMainThread(&m_pool, find);
+    throwIfCancelled(alive);
+    if (found.isEmpty())
+        co_return;
+    m_leftovers = found + m_leftovers;
+    Q_EMIT leftoversChanged();
+}
+
+void MeetingRecordings::offer(const RecordedMeeting &meeting)
+{
+    if (leftover(meeting.audioFileName))
+        return;
+    m_leftovers.append(meeting);
+    Q_EMIT leftoversChanged();
+}
+
+std::optional<RecordedMeeting> MeetingRecordings::leftover(const QString &audioFileName) const
+{
+    const auto found = std::ranges::find(m_leftovers, audioFileName, &RecordedMeeting::audioFileName);
+    return found == m_leftovers.end() ? std::nullopt : std::optional(*found);
+}
+
+QString MeetingRecordings::notice() const
+{
+    if (m_leftovers.isEmpty())
+        return {};
+    const RecordedMeeting &first = m_leftovers.first();
+    return Localization::text(u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?"_s)
+        .arg(meetingTitle(first.startedAt), timecodeOf(first.durationMs));
+}
+
+} // namespace orvane

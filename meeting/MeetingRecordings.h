@@ -1,0 +1,58 @@
+#pragma once
+
+#include "meeting/RecordingsFolder.h"
+
+#include <QObject>
+#include <QThreadPool>
+
+#include <QCoroTask>
+
+#include <optional>
+#include <stop_token>
+
+namespace orvane {
+
+class HistoryStore;
+
+/// The recordings folder as the main thread uses it: nothing here waits for the disk but the destructor.
+/// Keeps the list of the recordings that are neither transcribed nor abandoned.
+class MeetingRecordings : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The history must outlive this object.
+    MeetingRecordings(const QString &folder, HistoryStore &history, QObject *parent = nullptr);
+    ~MeetingRecordings() override;
+
+    /// See RecordingsFolder.
+    [[nodiscard]] QCoro::Task<RecordedMeeting> create(RecordedMeeting meeting);
+    [[nodiscard]] QCoro::Task<> discard(RecordedMeeting meeting);
+    [[nodiscard]] QString audioPath(const RecordedMeeting &meeting) const;
+    /// The meeting is dealt with: it will not be offered, now or at the next start.
+    void forget(const RecordedMeeting &meeting);
+
+    /// Adds what earlier runs left behind and is not in the history.
+    QCoro::Task<> findLeftovers();
+    /// Adds a recording whose transcription failed.
+    void offer(const RecordedMeeting &meeting);
+
+    /// Those of earlier runs first, oldest first.
+    [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_leftovers; }
+    [[nodiscard]] std::optional<RecordedMeeting> leftover(const QString &audioFileName) const;
+    /// Offers the transcription of the first of them, in the interface language; empty without any.
+    [[nodiscard]] QString notice() const;
+
+Q_SIGNALS:
+    void leftoversChanged();
+
+private:
+    HistoryStore &m_history;
+    /// Used on the pool's thread only, but for its paths.
+    RecordingsFolder m_folder;
+    QThreadPool m_pool;
+    QList<RecordedMeeting> m_leftovers;
+    std::stop_source m_lifetime;
+};
+
+} // namespace orvane

@@ -1,0 +1,135 @@
+#include "meeting/RecordingsFolder.h"
+
+#include "history/FileStamp.h"
+#include "meeting/MeetingSource.h"
+#include "recognition/FileError.h"
+#include "recognition/WavFileWriter.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+constexpr auto privateFolder = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+constexpr auto privateFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+const QString markerSuffix = u".unfinished.json"_s;
+
+} // namespace
+
+RecordingsFolder::RecordingsFolder(const QString &folder) : m_folder(folder) {}
+
+RecordedMeeting RecordingsFolder::create(RecordedMeeting meeting)
+{
+    prepare();
+    meeting.audioFileName = createAudio(meeting.startedAt);
+    m_ours.insert(meeting.audioFileName);
+    try {
+        writeMarker(meeting);
+    } catch (const FileError &) {
+        discard(meeting);
+        throw;
+    }
+    return meeting;
+}
+
+void RecordingsFolder::prepare() const
+{
+    QDir().mkpath(QFileInfo(m_folder).path());
+    QDir().mkdir(m_folder, privateFolder);
+    makePrivate(QFile::encodeName(m_folder));
+}
+
+QString RecordingsFolder::createAudio(const QDateTime &startedAt) const
+{
+    const QString base = u"Совещание "_s + startedAt.toString(u"yyyy-MM-dd HH.mm.ss"_s);
+    for (int number = 1;; ++number) {
+        const QString name = number == 1 ? base + u".wav"_s : u"%1 (%2).wav"_s.arg(base).arg(number);
+        QFile file(audioPath(name));
+        if (file.open(QFile::WriteOnly | QFile::NewOnly, privateFile))
+            return name;
+        if (!file.exists())
+            throw FileError::notWritten(file);
+    }
+}
+
+void RecordingsFolder::writeMarker(const RecordedMeeting &meeting) const
+{
+    const QByteArray json = meeting.json();
+    QSaveFile file(markerPath(meeting.audioFileName));
+    if (!file.open(QFile::WriteOnly) || !file.setPermissions(privateFile) ||
+        file.write(json) != json.size() || !file.commit())
+        throw FileError::notWritten(file);
+}
+
+void RecordingsFolder::discard(const RecordedMeeting &meeting)
+{
+    QFile::remove(audioPath(meeting.audioFileName));
+    forget(meeting);
+    m_ours.remove(meeting.audioFileName);
+}
+
+void RecordingsFolder::forget(const RecordedMeeting &meeting) const
+{
+    QFile::remove(markerPath(meeting.audioFileName));
+}
+
+QList<RecordedMeeting> RecordingsFolder::leftovers(const QSet<QString> &inHistory) const
+{
+    QList<RecordedMeeting> found;
+    for (const QString &marker : QDir(m_folder).entryList({u'*' + markerSuffix}, QDir::Files)) {
+        const QString name = marker.chopped(markerSuffix.size());
+        if (m_ours.contains(name))
+            continue;
+        RecordedMeeting meeting = readMarker(name);
+        try {
+            const bool isThere = QFile::exists(audioPath(name));
+            const quint64 bytes =
+                isThere ? WavFileWriter::repair(audioPath(name), MeetingSource::sampleRate) : 0;
+            meeting.durationMs = static_cast<qint64>(bytes / 2 * 1000 / MeetingSource::sampleRate);
+            if (bytes == 0 || inHistory.contains(name))
+                forget(meeting);
+            else
+                found.append(meeting);
+        } catch (const FileError &error) {
+            qWarning("%s", error.what()); // it stays as it is for the next start
+        }
+    }
+    std::ranges::sort(found, {}, &RecordedMeeting::startedAt);
+    return found;
+}
+
+// A marker that does not tell all costs no recording.
+RecordedMeeting RecordingsFolder::readMarker(const QString &audioFileName) const
+{
+    QFile file(markerPath(audioFileName));
+    std::optional<RecordedMeeting> meeting;
+    if (file.open(QFile::ReadOnly))
+        meeting = RecordedMeeting::fromJson(file.readAll());
+    if (!meeting) {
+        meeting.emplace();
+        meeting->languageCode = u"auto"_s;
+        meeting->startedAt = QFileInfo(file).lastModified(); // it is written at the start
+    }
+    meeting->audioFileName = audioFileName;
+    return *meeting;
+}
+
+QString RecordingsFolder::audioPath(const QString &fileName) const
+{
+    return m_folder + u'/' + fileName;
+}
+
+QString RecordingsFolder::markerPath(const QString &audioFileName) const
+{
+    return audioPath(audioFileName) + markerSuffix;
+}
+
+} // namespace orvane

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "meeting/RecordedMeeting.h"
+
+#include <QList>
+#include <QSet>
+#include <QString>
+
+namespace orvane {
+
+/// The folder of meeting audio. Beside each recording that is not yet dealt with lies a marker, so that a
+/// crash, a kill or a power loss leaves a recording that is found again. No recording with a sound in it is
+/// ever deleted here. Any thread, one at a time.
+class RecordingsFolder
+{
+public:
+    explicit RecordingsFolder(const QString &folder);
+
+    /// Makes an empty audio file with a name of its own, and its marker; both readable by their owner only.
+    /// Returns the meeting with that name. Throws FileError, and leaves nothing then.
+    [[nodiscard]] RecordedMeeting create(RecordedMeeting meeting);
+
+    /// For a recording that did not begin: removes the file and its marker. Failures are ignored.
+    void discard(const RecordedMeeting &meeting);
+    /// The meeting is dealt with: removes the marker alone. Failures are ignored.
+    void forget(const RecordedMeeting &meeting) const;
+
+    /// What earlier runs left behind, oldest first, each file repaired so that it can be played. Those whose
+    /// file name is in `inHistory` are dealt with, as are those without a sound.
+    [[nodiscard]] QList<RecordedMeeting> leftovers(const QSet<QString> &inHistory) const;
+
+    [[nodiscard]] QString audioPath(const QString &fileName) const;
+
+private:
+    void prepare() const;
+    [[nodiscard]] QString createAudio(const QDateTime &startedAt) const;
+    void writeMarker(const RecordedMeeting &meeting) const;
+    [[nodiscard]] RecordedMeeting readMarker(const QString &audioFileName) const;
+    [[nodiscard]] QString markerPath(const QString &audioFileName) const;
+
+    const QString m_folder;
+    /// Recorded by this object: no leftovers.
+    QSet<QString> m_ours;
+};
+
+} // namespace orvane
