@@ -12,6 +12,7 @@ namespace orvane {
 
 AppServices::AppServices(const Environment &environment)
     : m_folders(environment.folders),
+      m_windows(environment.windows),
       m_defaults(environment.defaultsFile),
       m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
       m_decoder(m_folders.resources)
@@ -20,14 +21,14 @@ AppServices::AppServices(const Environment &environment)
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
-    if (const auto &windows = environment.windows) {
+    if (const auto &windows = m_windows) {
         m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
                                                     m_folders.temporary, UpdateChecker::Options());
     }
     m_models = std::make_unique<ModelManager>(m_folders.models(), environment.repository);
     m_history = std::make_unique<HistoryStore>(m_folders);
-    m_whisperEngine = std::make_unique<WhisperServerEngine>(
-        EngineServer::SearchPath{.resources = m_folders.resources}, m_engineProcesses, m_folders.temporary);
+    m_whisperEngine =
+        std::make_unique<WhisperServerEngine>(engineSearch(), m_engineProcesses, m_folders.temporary);
     m_correctionModels =
         std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
 
@@ -65,6 +66,34 @@ TranscriptionService &AppServices::transcriber()
                                                 .labelSpeakers = speakerLabeller()});
     }
     return *m_transcriber;
+}
+
+TextCorrectionService &AppServices::corrector()
+{
+    if (!m_corrector) {
+        m_corrector = std::make_unique<TextCorrectionService>(
+            *m_settings, *m_correctionModels,
+            std::make_unique<LocalLLMEngine>(engineSearch(), m_engineProcesses),
+            BuiltInModel::ofThisSystem());
+    }
+    return *m_corrector;
+}
+
+DictationController *AppServices::dictation()
+{
+    if (!m_dictation && m_windows) {
+        m_dictation = std::make_unique<DictationController>(
+            DictationController::Collaborators{.models = *m_models,
+                                               .settings = *m_settings,
+                                               .defaults = m_defaults,
+                                               .corrector = corrector(),
+                                               .engine = *m_whisperEngine,
+                                               .injector = m_windows->injector,
+                                               .indicator = m_windows->indicator,
+                                               .guidance = m_windows->guidance},
+            m_folders.resources);
+    }
+    return m_dictation.get();
 }
 
 MeetingTranscriber &AppServices::meeting()

@@ -3,7 +3,9 @@
 #include "app/base/StandardFolders.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/UserDefaults.h"
+#include "correction/TextCorrectionService.h"
 #include "correction/catalogue/CorrectionModelManager.h"
+#include "dictation/DictationController.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingTranscriber.h"
 #include "models/ModelManager.h"
@@ -33,6 +35,9 @@ public:
     struct Windows
     {
         UpdatePresenter &updates;
+        GuidancePresenter &guidance;
+        DictationIndicator &indicator;
+        TextInjector &injector;
         UpdateChecker::Opener openFile;
     };
 
@@ -63,15 +68,22 @@ public:
 
     /// Made on first access, the same object afterwards.
     [[nodiscard]] TranscriptionService &transcriber();
+    /// As above.
     [[nodiscard]] MeetingTranscriber &meeting();
+    /// As above.
+    [[nodiscard]] TextCorrectionService &corrector();
+    /// As above; null without windows, as its text goes into other programs' windows.
+    [[nodiscard]] DictationController *dictation();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
 private:
+    [[nodiscard]] EngineServer::SearchPath engineSearch() const { return {.resources = m_folders.resources}; }
     [[nodiscard]] TranscriptionService::SpeakerLabeller speakerLabeller() const;
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
+    const std::optional<Windows> m_windows;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
@@ -83,6 +95,8 @@ private:
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
+    std::unique_ptr<TextCorrectionService> m_corrector;
+    std::unique_ptr<DictationController> m_dictation;
     std::unique_ptr<MeetingTranscriber> m_meeting;
     std::unique_ptr<Telemetry> m_telemetry;
 };

@@ -11,8 +11,83 @@ constexpr TextPair pairs[] = {
     {u"правый ⌘", u"right ⌘"},
     {u"правый ⌥", u"right ⌥"},
 
+    // Dictation: the modes and the indicator
+    {u"Исправить", u"Correct"},
+    {u"Письмо", u"Email"},
+    {u"Промпт", u"Prompt"},
+    {u"Исправляю…", u"Correcting…"},
+    {u"Составляю письмо…", u"Composing the email…"},
+    {u"Выполняю запрос…", u"Running the request…"},
+    {u"Исправить: модель чинит пунктуацию и грамматику надиктованного.",
+     u"Correct: the model fixes the punctuation and grammar of what you dictated."},
+    {u"Письмо: модель оформляет надиктованное как готовый email.",
+     u"Email: the model turns what you dictated into a ready email."},
+    {u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.",
+     u"Prompt: the model runs what you dictated as a request; the result is inserted."},
+    {u"Готов", u"Ready"},
+    {u"Слушаю…", u"Listening…"},
+    {u"Дважды", u"Double-press"},
+    {u"готово · Esc — отмена", u"to finish · Esc to cancel"},
+    {u"Нет звука с микрофона — проверьте его", u"No sound from the microphone — check it"},
+    {u"Распознаю…", u"Recognizing…"},
+    {u"Подождите немного", u"Just a moment"},
+    {u"Обрабатываю…", u"Processing…"},
+    {u"Пунктуация и грамматика", u"Punctuation and grammar"},
+    {u"Оформляю как письмо", u"Composing an email"},
+    {u"Выполняю как запрос", u"Running as a request"},
+
     // Languages of speech: all but this one are called the same in every interface
     {u"Автоопределение", u"Auto-detect"},
+
+    // Dictation
+    {u"Нет модели", u"No model"},
+    {u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».",
+     u"First download a Whisper model: Orvane menu → “Model settings…”."},
+    {u"Не удалось начать запись", u"Couldn’t start recording"},
+    {u"Нужна модель для этого режима", u"This mode needs a model"},
+    {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → "
+     u"«Коррекция». "
+     u"Сейчас вставлен распознанный текст без обработки.",
+     u"The Email and Prompt modes process speech with a language model. Set it up in Settings → "
+     u"“Correction”. "
+     u"For now the recognized text was inserted without processing."},
+    {u"Текст в буфере обмена — вставьте его: Ctrl+V", u"The text is on the clipboard — paste it: Ctrl+V"},
+    {u"Языковая модель занята — вставлен распознанный текст без обработки.",
+     u"The language model is busy — the recognized text was inserted without processing."},
+
+    // The menu in the tray
+    {u"Начать диктовку", u"Start dictation"},
+    {u"Завершить диктовку", u"Finish dictation"},
+    {u"Отменить диктовку", u"Cancel dictation"},
+    {u"Модель распознавания", u"Recognition model"},
+    {u"Нет скачанных моделей", u"No models downloaded"},
+    {u"Клавиша диктовки", u"Dictation key"},
+    {u"Язык распознавания", u"Recognition language"},
+    {u"Режим диктовки", u"Dictation mode"},
+    {u"Перехват клавиш: ✅ активен", u"Key capture: ✅ active"},
+    {u"Перехват клавиш: ⚠️ нет доступа", u"Key capture: ⚠️ no access"},
+    {u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой",
+     u"Key capture: ⚠️ another program keeps F5 or Esc"},
+    {u"Выдать «Универсальный доступ»…", u"Grant Accessibility…"},
+    {u"Клавиши диктовки здесь недоступны", u"The dictation keys don’t work here"},
+    {u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание клавиш для "
+     u"команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит.",
+     u"This desktop does not let programs listen to keys. In its settings, bind a key to the command “orvane "
+     u"toggle”: the first press starts a dictation, the second finishes it."},
+    {u"Доступна версия ", u"Version available: "},
+    {u"Завершить Orvane", u"Quit Orvane"},
+
+    // What the running application answers to the command line
+    {u"Предыдущая диктовка ещё обрабатывается.", u"The previous dictation is still being processed."},
+    {u"Диктовка уже идёт.", u"A dictation is already running."},
+    {u"Диктовка сейчас не записывается.", u"No dictation is being recorded."},
+    {u"Отменять нечего: диктовка не идёт.", u"Nothing to cancel: no dictation is running."},
+    {u"Orvane работает без экрана, диктовать здесь некуда.",
+     u"Orvane runs without a display; there is nowhere to dictate to."},
+    {u"Orvane не отвечает: запустите его командой orvane.",
+     u"Orvane does not answer: start it with the command orvane."},
+    {u"Orvane уже работает: его значок — в области уведомлений.",
+     u"Orvane is already running: its icon is in the notification area."},
 
     // Windows and menus
     {u"Настройки…", u"Settings…"},
@@ -180,6 +255,29 @@ constexpr TextPair pairs[] = {
     {u"Лучшая точность и русский. Нужен мощный Mac (24–32 ГБ).",
      u"Best accuracy and Russian. Needs a powerful Mac (24–32 GB)."},
 
+    {u"Включите Apple Intelligence в Системных настройках, затем повторите.",
+     u"Enable Apple Intelligence in System Settings, then try again."},
+    {u"Это устройство не поддерживает Apple Intelligence.",
+     u"This device doesn’t support Apple Intelligence."},
+    {u"Языковая модель ещё загружается — попробуйте чуть позже.",
+     u"The language model is still downloading — try again shortly."},
+    {u"Локальная модель сейчас недоступна", u"The local model is currently unavailable"},
+    {u"Apple Intelligence недоступен в этой сборке.", u"Apple Intelligence isn’t available in this build."},
+
+    // Text processing
+    {u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»).",
+     u"AI text processing is turned off in Settings (“Correction”)."},
+    {u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp",
+     u"The llama.cpp engine isn’t installed. In Terminal, run: brew install llama.cpp"},
+    {u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).",
+     u"Download a correction model in Settings (“Correction” tab)."},
+    {u"Выберите модель коррекции в настройках.", u"Choose a correction model in Settings."},
+    {u"Не выбрана модель коррекции.", u"No correction model is selected."},
+    {u"Коррекция недоступна.", u"Correction is unavailable."},
+    {u"Модель недоступна.", u"The model is unavailable."},
+    {u"Документ слишком большой для чата. Сократите его или задайте вопрос по части текста.",
+     u"The document is too large for chat. Shorten it or ask about part of the text."},
+
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
     {u"Не удалось проверить обновления", u"Could not check for updates"},
@@ -301,7 +399,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        показать, где лежат модели
       --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
-  orvane --background             остаться работать в фоне
+  orvane                          открыть программу; с --background — только значок
+  orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
+  orvane status                   показать состояние диктовки
+
   orvane --version                показать версию
   orvane --help                   показать эту справку
 
@@ -329,7 +431,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        show where the models lie
       --repository ADDRESS        where to download from (by default as the build says)
 
-  orvane --background             stay and work in the background
+  orvane                          open the program; with --background only its icon
+  orvane toggle                   start a dictation, or finish it and insert its text
+  orvane start | stop | cancel    the same one by one; cancel inserts nothing
+  orvane status                   show the dictation's state
+
   orvane --version                show the version
   orvane --help                   show this help
 
