@@ -29,11 +29,12 @@ public:
     AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent = nullptr);
     ~AppDelegate() override;
 
-    /// Once, when the event loop begins: ends the engines that a crashed run left behind, listens to keys and
-    /// to the command line, and begins with update checks and device reports.
+    /// Once, when the event loop begins: ends the engines that a crashed run left behind, looks for the
+    /// recordings it left, listens to keys and to the command line, and begins with update checks and device
+    /// reports.
     void applicationDidFinishLaunching();
 
-    /// Ends the program once a recording in progress is completed, for a user or a signal.
+    /// Ends the program in order, for a user or a signal: a recording in progress is completed first.
     void quit();
 
     /// Once, when the program is about to end: asks every engine to end, without waiting.

@@ -69,11 +69,11 @@ public:
     /// Made on first access, the same object afterwards.
     [[nodiscard]] TranscriptionService &transcriber();
     /// As above.
+    [[nodiscard]] MeetingTranscriber &meeting();
+    /// As above.
     [[nodiscard]] TextCorrectionService &corrector();
     /// As above; null without windows, as its text goes into other programs' windows.
     [[nodiscard]] DictationController *dictation();
-    /// As above.
-    [[nodiscard]] MeetingTranscriber &meeting();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 

@@ -98,7 +98,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
         setError(failure);
         setStatus(Localization::text(u"Ошибка"_s));
     }
-    turn.reset(); // who sees that it ended may begin the next
+    turn.reset();                  // who sees that it ended may begin the next
     m_cancellation.request_stop(); // ends what still looks at the file for the estimate
     setWorking(false);
 }

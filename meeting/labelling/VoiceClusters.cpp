@@ -67,9 +67,10 @@ std::vector<int> cluster(std::vector<Features> vectors, int k)
     std::vector<Features> centers = initialCenters(vectors, static_cast<size_t>(k));
     std::ranges::fill(labels, -1);
     for (int iteration = 0; iteration < mostIterations; ++iteration) {
-        std::vector<int> assigned;
-        for (const Features &vector : vectors)
-            assigned.push_back(static_cast<int>(nearest(vector, centers)));
+        std::vector<int> assigned(vectors.size());
+        std::ranges::transform(vectors, assigned.begin(), [&centers](const Features &vector) {
+            return static_cast<int>(nearest(vector, centers));
+        });
         if (assigned == labels)
             break;
         labels = std::move(assigned);

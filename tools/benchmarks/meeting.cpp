@@ -89,7 +89,7 @@ private:
 bool holdsWhatWasHeard(const QString &path, size_t samples)
 {
     QFile file(path);
-    if (!file.open(QFile::ReadOnly) || file.size() != qint64(44 + samples * 2) || !file.seek(44))
+    if (!file.open(QFile::ReadOnly) || file.size() != 44 + 2 * qint64(samples) || !file.seek(44))
         return false;
     size_t index = 0;
     while (!file.atEnd()) {
