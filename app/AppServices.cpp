@@ -24,8 +24,8 @@ AppServices::AppServices(const Environment &environment)
     }
     m_models = std::make_unique<ModelManager>(m_folders.models(), environment.repository);
     m_history = std::make_unique<HistoryStore>(m_folders);
-    m_whisperEngine = std::make_unique<WhisperServerEngine>(
-        EngineServer::SearchPath{.resources = m_folders.resources}, m_engineProcesses, m_folders.temporary);
+    m_whisperEngine =
+        std::make_unique<WhisperServerEngine>(engineSearch(), m_engineProcesses, m_folders.temporary);
     m_correctionModels =
         std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
 
@@ -58,6 +58,17 @@ TranscriptionService &AppServices::transcriber()
             .engine = *m_whisperEngine, .decoder = m_decoder, .saveRecord = save, .labelSpeakers = {}});
     }
     return *m_transcriber;
+}
+
+TextCorrectionService &AppServices::corrector()
+{
+    if (!m_corrector) {
+        m_corrector = std::make_unique<TextCorrectionService>(
+            *m_settings, *m_correctionModels,
+            std::make_unique<LocalLLMEngine>(engineSearch(), m_engineProcesses),
+            BuiltInModel::ofThisSystem());
+    }
+    return *m_corrector;
 }
 
 Telemetry &AppServices::telemetry()

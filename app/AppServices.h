@@ -3,6 +3,7 @@
 #include "app/base/StandardFolders.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/UserDefaults.h"
+#include "correction/TextCorrectionService.h"
 #include "correction/catalogue/CorrectionModelManager.h"
 #include "history/HistoryStore.h"
 #include "models/ModelManager.h"
@@ -62,10 +63,14 @@ public:
 
     /// Made on first access, the same object afterwards.
     [[nodiscard]] TranscriptionService &transcriber();
+    /// As above.
+    [[nodiscard]] TextCorrectionService &corrector();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
 private:
+    [[nodiscard]] EngineServer::SearchPath engineSearch() const { return {.resources = m_folders.resources}; }
+
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
     UserDefaults m_defaults;
@@ -78,6 +83,7 @@ private:
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
+    std::unique_ptr<TextCorrectionService> m_corrector;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

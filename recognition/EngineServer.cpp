@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QNetworkProxy>
 #include <QScopeGuard>
+#include <QUuid>
 
 #include <QCoroProcess>
 #include <QCoroSignal>
@@ -159,6 +160,7 @@ QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
         throw EngineError(EngineError::Kind::binaryNotFound, m_description.notFoundText);
 
     m_port = orvaneReserveFreePort(m_description.fallbackPort);
+    m_key = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
     // Resumed coroutines may drop the last reference inside one of the process's own signals.
     const Process process(new QProcess, [](QProcess *ended) { ended->deleteLater(); });
     process->setProgram(executable);
@@ -227,6 +229,8 @@ QCoro::Task<> EngineServer::stopAndWait()
 EngineServer::Process EngineServer::takeProcess()
 {
     m_loadedModelPath.clear();
+    m_port = 0;
+    m_key.clear();
     return std::exchange(m_process, nullptr);
 }
 

@@ -32,7 +32,7 @@ class EngineServer : public QObject
     Q_OBJECT
 
 public:
-    /// Failures of an engine. Their texts are Russian in every interface language.
+    /// Failures of an engine. Their texts are Russian in every interface language, but for contextOverflow.
     class EngineError : public Error
     {
     public:
@@ -41,6 +41,8 @@ public:
             requestFailed,
             /// The request failed because the server could not make use of what was sent.
             requestRejected,
+            /// The request was larger than what the model can take in.
+            contextOverflow,
             binaryNotFound,
         };
 
@@ -111,6 +113,9 @@ protected:
     /// be closed by the server at that very moment.
     [[nodiscard]] QNetworkRequest requestTo(const QString &path) const;
     [[nodiscard]] quint16 port() const { return m_port; }
+    /// A random key made for each launch, for servers that can ask their clients for one. Like the port it is
+    /// there from the launch until the server is stopped.
+    [[nodiscard]] QString key() const { return m_key; }
     [[nodiscard]] QNetworkAccessManager &network() { return m_network; }
 
     /// To be awaited after a transfer broke off, because the connection of a server that dies closes a
@@ -151,6 +156,7 @@ private:
 
     Process m_process;
     quint16 m_port = 0;
+    QString m_key;
     QString m_loadedModelPath;
     bool m_forceRestart = false;
     /// The end of the load that is under way; none when none is.

@@ -4,6 +4,7 @@
 #include "app/base/EitherStop.h"
 #include "recognition/FileError.h"
 #include "recognition/MultipartBody.h"
+#include "recognition/OneTimeBody.h"
 #include "recognition/TemporaryFile.h"
 #include "recognition/WavFileWriter.h"
 #include "recognition/WhisperResponse.h"
@@ -51,17 +52,15 @@ QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
     return fields;
 }
 
-/// A body that is sent once. Qt sends a request again when the connection closes without an answer; the
-/// server would compute everything a second time.
-class OneTimeBody : public QFile
+class FileBody : public OneTimeBody<QFile>
 {
 public:
-    explicit OneTimeBody(std::shared_ptr<TemporaryFile> file) : QFile(file->path()), m_file(std::move(file))
+    explicit FileBody(std::shared_ptr<TemporaryFile> file)
+        : OneTimeBody(file->path()),
+          m_file(std::move(file))
     {}
     // Closed before it is deleted: otherwise the closing on the main thread would free a whole recording.
-    ~OneTimeBody() override { close(); }
-
-    bool reset() override { return pos() == 0; }
+    ~FileBody() override { close(); }
 
 private:
     const std::shared_ptr<TemporaryFile> m_file;
@@ -165,7 +164,7 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
 QCoro::Task<HttpAnswer>
 WhisperServerEngine::post(QByteArray boundary, std::shared_ptr<TemporaryFile> bodyFile, std::stop_token stop)
 {
-    auto body = std::make_unique<OneTimeBody>(std::move(bodyFile));
+    auto body = std::make_unique<FileBody>(std::move(bodyFile));
     if (!body->open(QIODevice::ReadOnly))
         throw FileError::notRead(*body);
 

@@ -141,6 +141,29 @@ constexpr TextPair pairs[] = {
     {u"Лучшая точность и русский. Нужен мощный Mac (24–32 ГБ).",
      u"Best accuracy and Russian. Needs a powerful Mac (24–32 GB)."},
 
+    {u"Включите Apple Intelligence в Системных настройках, затем повторите.",
+     u"Enable Apple Intelligence in System Settings, then try again."},
+    {u"Это устройство не поддерживает Apple Intelligence.",
+     u"This device doesn’t support Apple Intelligence."},
+    {u"Языковая модель ещё загружается — попробуйте чуть позже.",
+     u"The language model is still downloading — try again shortly."},
+    {u"Локальная модель сейчас недоступна", u"The local model is currently unavailable"},
+    {u"Apple Intelligence недоступен в этой сборке.", u"Apple Intelligence isn’t available in this build."},
+
+    // Text processing
+    {u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»).",
+     u"AI text processing is turned off in Settings (“Correction”)."},
+    {u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp",
+     u"The llama.cpp engine isn’t installed. In Terminal, run: brew install llama.cpp"},
+    {u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).",
+     u"Download a correction model in Settings (“Correction” tab)."},
+    {u"Выберите модель коррекции в настройках.", u"Choose a correction model in Settings."},
+    {u"Не выбрана модель коррекции.", u"No correction model is selected."},
+    {u"Коррекция недоступна.", u"Correction is unavailable."},
+    {u"Модель недоступна.", u"The model is unavailable."},
+    {u"Документ слишком большой для чата. Сократите его или задайте вопрос по части текста.",
+     u"The document is too large for chat. Shorten it or ask about part of the text."},
+
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
     {u"Не удалось проверить обновления", u"Could not check for updates"},

@@ -1,0 +1,36 @@
+#include "correction/BuiltInModel.h"
+
+#include "app/base/Error.h"
+#include "app/settings/Localization.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+/// This system has no language model of its own.
+class NoBuiltInModel : public BuiltInModel
+{
+public:
+    [[nodiscard]] Availability availability() const override
+    {
+        return {.isReady = false,
+                .message = Localization::text(u"Apple Intelligence недоступен в этой сборке."_s)};
+    }
+
+    [[nodiscard]] QCoro::Task<QString> respond(QString, QString) override
+    {
+        throw Error(availability().message);
+        co_return {};
+    }
+};
+
+} // namespace
+
+std::unique_ptr<BuiltInModel> BuiltInModel::ofThisSystem()
+{
+    return std::make_unique<NoBuiltInModel>();
+}
+
+} // namespace orvane

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "correction/LocalLLMEngine.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+/// The chat completions of `llama-server`, as JSON.
+namespace orvane::ChatExchange {
+
+[[nodiscard]] QByteArray body(const QList<LocalLLMEngine::Message> &messages, double temperature);
+
+/// The first answer of a successful response; none when it has none.
+[[nodiscard]] std::optional<QString> answer(const QByteArray &response);
+
+/// Whether a failed response says that the conversation is too long for the model.
+[[nodiscard]] bool isContextOverflow(const QByteArray &response);
+
+} // namespace orvane::ChatExchange
