@@ -6,6 +6,7 @@
 #include "correction/TextCorrectionService.h"
 #include "correction/catalogue/CorrectionModelManager.h"
 #include "history/HistoryStore.h"
+#include "history/processing/RecordProcessor.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
 #include "recognition/EngineProcessRegistry.h"
@@ -65,6 +66,8 @@ public:
     [[nodiscard]] TranscriptionService &transcriber();
     /// As above.
     [[nodiscard]] TextCorrectionService &corrector();
+    /// As above.
+    [[nodiscard]] RecordProcessor &recordProcessor();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
@@ -84,6 +87,7 @@ private:
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
+    std::unique_ptr<RecordProcessor> m_recordProcessor;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

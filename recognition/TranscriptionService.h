@@ -91,8 +91,8 @@ public:
     QCoro::Task<> transcribe(Request request);
 
     /// Transcribes for the caller alone and saves nothing. Throws, at once when a transcription of
-    /// either kind is running.
-    QCoro::Task<QList<DisplaySegment>> transcribeDetached(Request request);
+    /// either kind is running, and Cancelled when it is stopped.
+    QCoro::Task<QList<DisplaySegment>> transcribeDetached(Request request, std::stop_token stop = {});
 
     /// Begins to load the engine with a model; errors will show when it is needed.
     void prewarm(const QString &modelPath);

@@ -2,6 +2,8 @@
 
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
+#include "app/commandline/RetranscribeCommand.h"
+#include "app/commandline/TextCommand.h"
 #include "app/commandline/TranscribeCommand.h"
 
 #include <QStringList>
@@ -18,8 +20,9 @@ struct ShowHelp
 struct RunApplication
 {};
 
-using Command = std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options,
-                             HistoryCommand::Options, ModelsCommand::Options>;
+using Command =
+    std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options, TextCommand::Options,
+                 HistoryCommand::Options, RetranscribeCommand::Options, ModelsCommand::Options>;
 
 /// What the arguments, without the program's name, ask for. Throws UsageError.
 [[nodiscard]] Command parse(const QStringList &arguments);
