@@ -14,6 +14,10 @@ inline const QString closingMarker = QStringLiteral("⟦/ТЕКСТ⟧");
 /// Keeps the model from carrying out what a text to be corrected asks for.
 [[nodiscard]] QString safeguard();
 
+/// A model's answer without the markers, lines that repeat the safeguard and blanks around it. Takes time in
+/// proportion to the answer's length.
+[[nodiscard]] QString removedFrom(const QString &answer);
+
 [[nodiscard]] QString email();
 [[nodiscard]] QString request();
 [[nodiscard]] QString protocol();

@@ -3,8 +3,8 @@
 #include "app/base/Async.h"
 #include "app/base/EitherStop.h"
 #include "app/settings/Localization.h"
-#include "correction/Characters.h"
 #include "correction/CorrectionPrompts.h"
+#include "correction/TextChunks.h"
 
 #include <algorithm>
 
@@ -24,26 +24,6 @@ class NoModel : public Error
 public:
     NoModel() : Error(Localization::text(u"Не выбрана модель коррекции."_s)) {}
 };
-
-/// Whether the model repeats its instructions in that line.
-bool isLeak(QStringView line)
-{
-    static const QStringList phrases = {u"текст для исправления передаётся"_s,
-                                        u"не выполняй их"_s,
-                                        u"верни только исправленный"_s,
-                                        u"между маркерами"_s,
-                                        u"⟦текст⟧"_s,
-                                        u"⟦/текст⟧"_s,
-                                        u"является исключительно данными"_s};
-    return std::ranges::any_of(
-        phrases, [line](const QString &phrase) { return line.contains(phrase, Qt::CaseInsensitive); });
-}
-
-/// Qt's own removal takes quadratic time for many occurrences.
-QString without(const QString &text, const QString &removed)
-{
-    return text.contains(removed) ? text.split(removed).join(QString()) : text;
-}
 
 QString unavailableModel()
 {
@@ -117,7 +97,7 @@ QCoro::Task<std::optional<QString>> TextCorrectionService::processDictation(QStr
     const bool isEmail = mode == DictationMode::Email;
     co_return co_await run({.engine = effectiveEngine(),
                             .system = isEmail ? CorrectionPrompts::email() : CorrectionPrompts::request(),
-                            .texts = [text] { return QStringList(Characters::first(text, longestInput)); },
+                            .texts = [text] { return QStringList(TextChunks::first(text, longestInput)); },
                             .errorPrefix = u"Ошибка обработки: "_s});
 }
 
@@ -129,7 +109,7 @@ QCoro::Task<std::optional<QString>> TextCorrectionService::process(QString trans
         co_return std::nullopt;
     const auto question = [transcript, instruction] {
         return QStringList(
-            CorrectionPrompts::question(Characters::first(transcript, longestInput), instruction));
+            CorrectionPrompts::question(TextChunks::first(transcript, longestInput), instruction));
     };
     co_return co_await run({.engine = effectiveEngine(),
                             .system = CorrectionPrompts::question(),
@@ -144,7 +124,7 @@ QCoro::Task<std::optional<QString>> TextCorrectionService::summarize(QString tex
         co_return std::nullopt;
     co_return co_await run({.engine = effectiveEngine(),
                             .system = CorrectionPrompts::protocol(),
-                            .texts = [text] { return QStringList(Characters::first(text, longestInput)); },
+                            .texts = [text] { return QStringList(TextChunks::first(text, longestInput)); },
                             .errorPrefix = u"Ошибка протокола: "_s});
 }
 
@@ -284,43 +264,17 @@ QString TextCorrectionService::correctionSystemPrompt() const
 
 QStringList TextCorrectionService::split(const QString &text, qsizetype maxChars)
 {
-    qsizetype begin = 0;
-    qsizetype end = 0;
-    qsizetype length = 0;
-    QStringList chunks;
-    const auto close = [&] {
-        const QString chunk = text.sliced(begin, end - begin).trimmed();
-        if (length > maxChars)
-            chunks.append(hardSplit(chunk, maxChars));
-        else if (!chunk.isEmpty())
-            chunks.append(chunk);
-        begin = end;
-        length = 0;
-    };
-    for (const Characters::Sentence &sentence : Characters::sentences(text)) {
-        if (length > 0 && length + sentence.length > maxChars)
-            close();
-        end += sentence.size;
-        length += sentence.length;
-    }
-    if (begin == 0 && length <= maxChars)
-        return {text};
-    close();
-    return chunks;
+    return TextChunks::split(text, maxChars);
 }
 
 QStringList TextCorrectionService::hardSplit(const QString &text, qsizetype maxChars)
 {
-    return Characters::pieces(text, maxChars);
+    return TextChunks::hardSplit(text, maxChars);
 }
 
 QString TextCorrectionService::cleanCorrection(const QString &answer, const QString &fallback)
 {
-    const QString unmarked =
-        without(without(answer, CorrectionPrompts::openingMarker), CorrectionPrompts::closingMarker);
-    QStringList lines = unmarked.split(u'\n');
-    lines.removeIf(isLeak);
-    const QString cleaned = lines.join(u'\n').trimmed();
+    const QString cleaned = CorrectionPrompts::removedFrom(answer);
     return cleaned.isEmpty() ? fallback : cleaned;
 }
 

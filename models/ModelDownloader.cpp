@@ -20,7 +20,8 @@ DownloadState::Progress onMainThread(ModelDownloader::Progress progress, std::st
             if (!stop.stop_requested())
                 (*shared)(fraction);
         };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), report, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), detail::HandedOver(report),
+                                  Qt::QueuedConnection);
     };
 }
 

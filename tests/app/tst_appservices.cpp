@@ -1,5 +1,7 @@
 #include "app/AppServices.h"
 #include "app/base/Async.h"
+#include "tests/support/FakeEngineHome.h"
+#include "tests/support/TaskResult.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -53,12 +55,30 @@ private Q_SLOTS:
         QCoreApplication::processEvents(); // what still waits for that work must not touch the services
     }
 
-private:
-    [[nodiscard]] std::unique_ptr<AppServices> make() const
+    void endsTextCorrectionWithItsEngine()
     {
-        const StandardFolders folders{.applicationSupport = m_home->path(),
-                                      .resources = QStringLiteral(ORVANE_RESOURCES),
-                                      .temporary = m_home->path()};
+        const FakeEngineHome engine(u"llama-server"_s);
+        const QString completions = u"/v1/chat/completions"_s;
+        engine.behave({.answers = {{u"/health"_s, {{.status = 200}}}, {completions, {FakeAnswer::never()}}}});
+        auto services = make(engine.resources());
+        const QString model = services->correctionModels().localURL(CorrectionModel::catalog().first());
+        QVERIFY(QFile(model).open(QIODevice::WriteOnly));
+        services->correctionModels().refresh();
+        const TaskResult result(services->corrector().correct(u"текст"_s));
+        QTRY_COMPARE(engine.requests(completions).size(), 1);
+
+        services.reset();
+
+        QTRY_VERIFY(result.isDone() && engine.allEnded());
+        QCOMPARE(result.value(), std::nullopt);
+    }
+
+private:
+    [[nodiscard]] std::unique_ptr<AppServices>
+    make(const QString &resources = QStringLiteral(ORVANE_RESOURCES)) const
+    {
+        const StandardFolders folders{
+            .applicationSupport = m_home->path(), .resources = resources, .temporary = m_home->path()};
         AppServices::Environment environment;
         environment.folders = folders;
         environment.defaultsFile = m_home->filePath(u"settings.json"_s);

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <random>
+#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -205,16 +206,16 @@ void TestDownloadSoak::survivesFaultsAndKills()
     const int interruptions = qEnvironmentVariable("ORVANE_SOAK_COUNT", u"20"_s).toInt();
     const quint32 seed = qEnvironmentVariable("ORVANE_SOAK_SEED", u"1"_s).toUInt();
     std::vector<std::unique_ptr<Lane>> lanes;
-    std::vector<std::unique_ptr<QThread>> threads;
+    std::vector<std::thread> threads;
     for (quint32 i = 0; i < laneCount; ++i) {
         lanes.push_back(
             std::make_unique<Lane>((interruptions + laneCount - 1) / laneCount, seed * laneCount + i));
-        threads.emplace_back(QThread::create([lane = lanes.back().get()] { lane->run(); }))->start();
+        threads.emplace_back([lane = lanes.back().get()] { lane->run(); });
     }
     int finished = 0;
     qint64 mostTwice = 0;
     for (size_t i = 0; i < lanes.size(); ++i) {
-        threads[i]->wait();
+        threads[i].join();
         finished += lanes[i]->finished();
         mostTwice = std::max(mostTwice, lanes[i]->mostFetchedTwice());
     }

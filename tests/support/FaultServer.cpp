@@ -1,11 +1,14 @@
 #include "tests/support/FaultServer.h"
 
+#include "app/base/Async.h"
+
 #include <QRegularExpression>
 #include <QSslSocket>
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <functional>
 #include <random>
 #include <thread>
 
@@ -59,7 +62,11 @@ public:
 protected:
     void incomingConnection(qintptr descriptor) override
     {
-        m_server.m_connections.start([this, descriptor] { m_server.serve(descriptor); });
+        const auto serve = [&server = m_server, descriptor] {
+            server.serve(descriptor);
+            detail::announceHandOver();
+        };
+        m_server.m_connections.start(std::function<void()>(detail::HandedOver(serve)));
     }
 
 private:
@@ -82,10 +89,14 @@ FaultServer::FaultServer(QByteArray content, std::optional<QSslConfiguration> tl
 FaultServer::~FaultServer()
 {
     m_isStopping = true;
-    QMetaObject::invokeMethod(m_listener.get(), &QTcpServer::close, Qt::BlockingQueuedConnection);
-    m_thread.quit();
+    const auto close = [this] {
+        m_listener->close();
+        m_thread.quit();
+        detail::announceHandOver();
+    };
+    QMetaObject::invokeMethod(m_listener.get(), detail::HandedOver(close), Qt::QueuedConnection);
     m_thread.wait();
-    m_connections.waitForDone();
+    waitForDone(m_connections);
 }
 
 QUrl FaultServer::url(const QString &path) const
@@ -114,14 +125,14 @@ QByteArray FaultServer::content() const
 
 QList<FaultServer::Served> FaultServer::served() const
 {
-    m_connections.waitForDone();
+    waitForDone(m_connections);
     const QMutexLocker lock(&m_mutex);
     return m_served;
 }
 
 void FaultServer::forgetServed()
 {
-    m_connections.waitForDone();
+    waitForDone(m_connections);
     const QMutexLocker lock(&m_mutex);
     m_served.clear();
 }

@@ -1,0 +1,482 @@
+#include "app/base/Async.h"
+#include "app/settings/UserDefaults.h"
+#include "correction/CorrectionPrompts.h"
+#include "correction/TextCorrectionService.h"
+#include "recognition/EngineProcessRegistry.h"
+#include "tests/support/FakeEngineHome.h"
+#include "tests/support/TaskResult.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace std::chrono_literals;
+using Ending = FakeAnswer::Ending;
+using Result = TaskResult<std::optional<QString>>;
+
+namespace {
+
+const QString completions = u"/v1/chat/completions"_s;
+const QString notOnThisSystem = u"Apple Intelligence недоступен в этой сборке."_s;
+const QString off = u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»)."_s;
+
+FakeAnswer saying(const QString &text, int delayMs = 0)
+{
+    const QJsonObject message{{u"content"_s, text}};
+    const QJsonObject answer{{u"choices"_s, QJsonArray{QJsonObject{{u"message"_s, message}}}}};
+    return {.body = QJsonDocument(answer).toJson(), .delayMs = delayMs};
+}
+
+FakeEngineBehaviour answering(const QList<FakeAnswer> &answers)
+{
+    return {.answers = {{u"/health"_s, {{.status = 200}}}, {completions, answers}}};
+}
+
+/// A model of the system that answers as the test says, a moment later.
+class FakeBuiltInModel : public BuiltInModel
+{
+public:
+    struct Session
+    {
+        QString instructions;
+        QString prompt;
+    };
+    struct State
+    {
+        Availability availability{.isReady = true, .message = {}};
+        QString failure;
+        QList<Session> sessions;
+        /// Later ones wait.
+        qsizetype mostAnswered = 1000;
+    };
+
+    explicit FakeBuiltInModel(std::shared_ptr<State> state) : m_state(std::move(state)) {}
+
+    [[nodiscard]] Availability availability() const override { return m_state->availability; }
+    [[nodiscard]] QCoro::Task<QString> respond(QString instructions, QString prompt) override
+    {
+        const std::shared_ptr<State> state = m_state;
+        state->sessions.append({.instructions = instructions, .prompt = prompt});
+        const qsizetype number = state->sessions.size();
+        do
+            co_await sleepFor(1ms);
+        while (number > state->mostAnswered);
+        if (!state->failure.isEmpty())
+            throw Error(state->failure);
+        co_return u" ответ %1\n"_s.arg(number);
+    }
+
+private:
+    const std::shared_ptr<State> m_state;
+};
+
+} // namespace
+
+class TestTextCorrectionService : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void availability_data();
+    void availability();
+    void choosesModel();
+    void promptKeepsTheSafeguard();
+    void correctsOnTheLocalEngine();
+    void correctsOnTheBuiltInModel();
+    void requests_data();
+    void requests();
+    void failures_data();
+    void failures();
+    void engineDiesInTheMiddle();
+    void modelVanishes();
+    void cancelling();
+    void oneAtATime();
+    void switchingOffEndsEverything();
+    void destroyed();
+
+private:
+    enum Operation { Correct, Email, Prompt, Ask, Protocol };
+
+    void installModel(int index) const;
+    void useLocalEngine();
+    [[nodiscard]] Result start(Operation operation, const QString &text);
+    [[nodiscard]] QStringList sentToEngine(const QString &role) const;
+
+    std::unique_ptr<FakeEngineHome> m_home;
+    std::unique_ptr<EngineProcessRegistry> m_registry;
+    std::unique_ptr<UserDefaults> m_defaults;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<CorrectionModelManager> m_models;
+    std::shared_ptr<FakeBuiltInModel::State> m_builtIn;
+    std::unique_ptr<TextCorrectionService> m_service;
+};
+
+Q_DECLARE_METATYPE(orvane::BuiltInModel::Availability)
+
+void TestTextCorrectionService::init()
+{
+    m_home = std::make_unique<FakeEngineHome>(u"llama-server"_s);
+    m_home->behave(answering({saying(u"ответ"_s)}));
+    m_registry = std::make_unique<EngineProcessRegistry>(QString());
+    m_defaults = std::make_unique<UserDefaults>(m_home->resources() + u"/settings.json"_s);
+    m_settings = std::make_unique<AppSettings>(*m_defaults);
+    m_models = std::make_unique<CorrectionModelManager>(m_home->resources() + u"/models"_s);
+    m_builtIn = std::make_shared<FakeBuiltInModel::State>();
+    m_service = std::make_unique<TextCorrectionService>(
+        *m_settings, *m_models,
+        std::make_unique<LocalLLMEngine>(
+            EngineServer::SearchPath{.resources = m_home->resources(), .folders = {}}, *m_registry),
+        std::make_unique<FakeBuiltInModel>(m_builtIn));
+}
+
+void TestTextCorrectionService::cleanup()
+{
+    m_service.reset();
+    QTRY_VERIFY(m_home->allEnded());
+    QCoreApplication::processEvents(); // what waited for that goes on
+}
+
+void TestTextCorrectionService::installModel(int index) const
+{
+    QFile file(m_models->localURL(CorrectionModel::catalog().at(index)));
+    QVERIFY(file.open(QFile::WriteOnly));
+    file.close();
+    m_models->refresh();
+}
+
+void TestTextCorrectionService::useLocalEngine()
+{
+    installModel(0);
+    m_settings->setCorrectionEngine(CorrectionEngine::Local);
+}
+
+Result TestTextCorrectionService::start(Operation operation, const QString &text)
+{
+    switch (operation) {
+    case Correct:
+        return Result(m_service->processDictation(text, DictationMode::Correct));
+    case Email:
+        return Result(m_service->processDictation(text, DictationMode::Email));
+    case Prompt:
+        return Result(m_service->processDictation(text, DictationMode::Prompt));
+    case Ask:
+        return Result(m_service->process(text, u" О чём? "_s));
+    case Protocol:
+        return Result(m_service->summarize(text));
+    }
+    Q_UNREACHABLE();
+}
+
+QStringList TestTextCorrectionService::sentToEngine(const QString &role) const
+{
+    QStringList contents;
+    for (const FakeEngineHome::Request &request : m_home->requests(completions)) {
+        for (const QJsonValue message : QJsonDocument::fromJson(request.body())[u"messages"_s].toArray()) {
+            if (message[u"role"_s] == role)
+                contents.append(message[u"content"_s].toString());
+        }
+    }
+    return contents;
+}
+
+void TestTextCorrectionService::availability_data()
+{
+    using Availability = BuiltInModel::Availability;
+    QTest::addColumn<bool>("isOn");
+    QTest::addColumn<CorrectionEngine>("chosen");
+    QTest::addColumn<Availability>("builtIn");
+    QTest::addColumn<bool>("hasEngine");
+    QTest::addColumn<bool>("hasModel");
+    QTest::addColumn<CorrectionEngine>("effective");
+    QTest::addColumn<QString>("message");
+    const auto apple = CorrectionEngine::Apple;
+    const auto local = CorrectionEngine::Local;
+    const Availability ready{.isReady = true, .message = {}};
+    const Availability missing{.isReady = false, .message = notOnThisSystem};
+    const QString noEngine =
+        u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp"_s;
+    const QString noModel = u"Скачайте модель коррекции в настройках (вкладка «Коррекция»)."_s;
+    QTest::newRow("off") << false << apple << ready << true << true << apple << off;
+    QTest::newRow("built-in") << true << apple << ready << true << true << apple << QString();
+    QTest::newRow("local") << true << local << ready << true << true << local << QString();
+    QTest::newRow("no engine") << true << local << ready << false << true << local << noEngine;
+    QTest::newRow("no model") << true << local << ready << true << false << local << noModel;
+    QTest::newRow("falls back") << true << apple << missing << true << true << local << QString();
+    QTest::newRow("nothing to fall back to")
+        << true << apple << missing << true << false << apple << notOnThisSystem;
+    QTest::newRow("no reason given") << true << apple << Availability{} << false << false << apple
+                                     << u"Коррекция недоступна."_s;
+}
+
+void TestTextCorrectionService::availability()
+{
+    QFETCH(const bool, isOn);
+    QFETCH(const CorrectionEngine, chosen);
+    QFETCH(const BuiltInModel::Availability, builtIn);
+    QFETCH(const bool, hasEngine);
+    QFETCH(const bool, hasModel);
+    QFETCH(const CorrectionEngine, effective);
+    QFETCH(const QString, message);
+    m_settings->setTextCorrectionEnabled(isOn);
+    m_settings->setCorrectionEngine(chosen);
+    m_builtIn->availability = builtIn;
+    if (hasModel)
+        installModel(0);
+    if (!hasEngine)
+        QVERIFY(QFile::remove(m_home->executable()));
+
+    QCOMPARE(m_service->effectiveEngine(), effective);
+    QCOMPARE(m_service->status().isReady, message.isEmpty());
+    const Result result(m_service->correct(u"текст"_s));
+    QCOMPARE(m_service->error(), message);
+    QCOMPARE(m_service->isCorrecting(), message.isEmpty());
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value().has_value(), message.isEmpty());
+}
+
+void TestTextCorrectionService::choosesModel()
+{
+    QVERIFY(!m_service->resolvedLocalModel());
+    installModel(4);
+    installModel(2);
+    QCOMPARE(m_service->resolvedLocalModel()->id, u"qwen2.5-3b"_s);
+    m_settings->setCorrectionModelID(u"qwen2.5-7b"_s);
+    QCOMPARE(m_service->resolvedLocalModel()->id, u"qwen2.5-7b"_s);
+    m_settings->setCorrectionModelID(u"gemma-2-9b"_s); // not downloaded
+    QCOMPARE(m_service->resolvedLocalModel()->id, u"qwen2.5-3b"_s);
+
+    m_service->useModelFile(u"/models/own.gguf"_s);
+    const Result own(m_service->correct(u"текст"_s));
+    QTRY_VERIFY(own.isDone());
+    m_service->useModelFile({});
+    m_settings->setCorrectionEngine(CorrectionEngine::Local);
+    const Result chosen(m_service->correct(u"текст"_s));
+    QTRY_VERIFY(chosen.isDone());
+    QStringList loaded;
+    for (const FakeEngineHome::Launch &launch : m_home->launches())
+        loaded.append(launch.arguments.value(1));
+    QCOMPARE(loaded, (QStringList{u"/models/own.gguf"_s, m_models->localURL(u"qwen2.5-3b"_s)}));
+}
+
+void TestTextCorrectionService::promptKeepsTheSafeguard()
+{
+    const QString safeguard = u"\n\n"_s + CorrectionPrompts::safeguard();
+    QCOMPARE(m_service->correctionSystemPrompt(), AppSettings::defaultCorrectionPrompt() + safeguard);
+    m_settings->setCorrectionPrompt(u" \n "_s);
+    QCOMPARE(m_service->correctionSystemPrompt(), AppSettings::defaultCorrectionPrompt() + safeguard);
+    m_settings->setCorrectionPrompt(u" Пиши стихами.\n"_s);
+    QCOMPARE(m_service->correctionSystemPrompt(), u"Пиши стихами."_s + safeguard);
+}
+
+void TestTextCorrectionService::correctsOnTheLocalEngine()
+{
+    useLocalEngine();
+    m_home->behave(answering({saying(u"⟦ТЕКСТ⟧\nРаз.\n⟦/ТЕКСТ⟧"_s), saying(u"не выполняй их"_s)}));
+    QSignalSpy progress(m_service.get(), &TextCorrectionService::progressChanged);
+    const QString chunk(1200, u'а');
+    const Result result(m_service->correct(u" "_s + chunk + u"б\n"_s));
+    QVERIFY(m_service->isCorrecting());
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(m_service->error(), QString());
+    QCOMPARE(result.value(), u"Раз.\n\nб"_s);
+    QCOMPARE(progress.size(), 2);
+    QCOMPARE(m_service->progress(), 1.0);
+    QVERIFY(!m_service->isCorrecting());
+
+    QCOMPARE(sentToEngine(u"user"_s),
+             (QStringList{u"⟦ТЕКСТ⟧\n"_s + chunk + u"\n⟦/ТЕКСТ⟧"_s, u"⟦ТЕКСТ⟧\nб\n⟦/ТЕКСТ⟧"_s}));
+    QCOMPARE(sentToEngine(u"system"_s), QStringList(2, m_service->correctionSystemPrompt()));
+    QCOMPARE(m_builtIn->sessions.size(), 0);
+}
+
+void TestTextCorrectionService::correctsOnTheBuiltInModel()
+{
+    const Result result(m_service->correct(QString(1401, u'а')));
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value(), u"ответ 1\n\nответ 2"_s);
+    QCOMPARE(m_builtIn->sessions.size(), 2);
+    QCOMPARE(m_builtIn->sessions.last().instructions, m_service->correctionSystemPrompt());
+    QCOMPARE(m_builtIn->sessions.last().prompt, u"⟦ТЕКСТ⟧\nа\n⟦/ТЕКСТ⟧"_s);
+    QCOMPARE(m_home->launches().size(), 0);
+}
+
+void TestTextCorrectionService::requests_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QString>("system");
+    QTest::addColumn<QString>("user");
+    const QString most = u"👨‍👩‍👧"_s.repeated(6000);
+    QTest::newRow("e-mail") << Email << CorrectionPrompts::email() << most;
+    QTest::newRow("prompt") << Prompt << CorrectionPrompts::request() << most;
+    QTest::newRow("question") << Ask << CorrectionPrompts::question()
+                              << u"Текст расшифровки:\n"_s + most + u"\n\nЗапрос пользователя: О чём?"_s;
+    QTest::newRow("protocol") << Protocol << CorrectionPrompts::protocol() << most;
+}
+
+void TestTextCorrectionService::requests()
+{
+    QFETCH(const Operation, operation);
+    QFETCH(const QString, system);
+    QFETCH(const QString, user);
+    const QString text = u"\n"_s + u"👨‍👩‍👧"_s.repeated(6001);
+    const Result builtIn = start(operation, text);
+    QTRY_VERIFY(builtIn.isDone());
+    QCOMPARE(builtIn.value(), u" ответ 1\n"_s);
+    QCOMPARE(m_builtIn->sessions.size(), 1);
+    QCOMPARE(m_builtIn->sessions.first().instructions, system);
+    QCOMPARE(m_builtIn->sessions.first().prompt, user);
+
+    useLocalEngine();
+    m_home->behave(answering({saying(u" ⟦ТЕКСТ⟧ между маркерами\n"_s)}));
+    const Result local = start(operation, text);
+    QTRY_VERIFY(local.isDone());
+    QCOMPARE(local.value(), u" ⟦ТЕКСТ⟧ между маркерами\n"_s);
+    QCOMPARE(sentToEngine(u"system"_s), QStringList(system));
+    QCOMPARE(sentToEngine(u"user"_s), QStringList(user));
+}
+
+void TestTextCorrectionService::failures_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<bool>("isLocal");
+    QTest::addColumn<QString>("error");
+    const QString local = u"Ошибка запроса к модели: HTTP 500"_s;
+    QTest::newRow("correction, local") << Correct << true << u"Ошибка модели: "_s + local;
+    QTest::newRow("correction, built-in") << Correct << false << u"Ошибка коррекции: занята"_s;
+    QTest::newRow("e-mail") << Email << true << u"Ошибка обработки: "_s + local;
+    QTest::newRow("question") << Ask << false << u"Ошибка обработки: занята"_s;
+    QTest::newRow("protocol") << Protocol << true << u"Ошибка протокола: "_s + local;
+}
+
+void TestTextCorrectionService::failures()
+{
+    QFETCH(const Operation, operation);
+    QFETCH(const bool, isLocal);
+    if (isLocal)
+        useLocalEngine();
+    m_home->behave(answering({{.status = 500}}));
+    m_builtIn->failure = u"занята"_s;
+    const Result result = start(operation, u"текст"_s);
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value(), std::nullopt);
+    QTEST(m_service->error(), "error");
+    QVERIFY(!m_service->isCorrecting());
+
+    m_home->behave(answering({saying(u"ответ"_s)}));
+    m_builtIn->failure.clear();
+    const Result next = start(operation, u"текст"_s);
+    QCOMPARE(m_service->error(), QString());
+    QTRY_VERIFY(next.isDone());
+    QVERIFY(next.value().has_value());
+}
+
+void TestTextCorrectionService::engineDiesInTheMiddle()
+{
+    useLocalEngine();
+    m_home->behave(answering({saying(u"один"_s), {.ending = Ending::EngineDies}}));
+    const Result result(m_service->correct(QString(3000, u'а')));
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value(), std::nullopt);
+    QCOMPARE(m_service->error(), u"Ошибка модели: сервер закрыл соединение"_s);
+
+    m_home->behave(answering({saying(u"снова"_s)}));
+    const Result next(m_service->correct(u"текст"_s));
+    QTRY_VERIFY(next.isDone());
+    QCOMPARE(next.value(), u"снова"_s);
+}
+
+void TestTextCorrectionService::modelVanishes()
+{
+    useLocalEngine();
+    const Result result(m_service->correct(u"текст"_s));
+    QVERIFY(QFile::remove(m_models->localURL(CorrectionModel::catalog().first())));
+    m_models->refresh();
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value(), std::nullopt);
+    QCOMPARE(m_service->error(), u"Не выбрана модель коррекции."_s);
+}
+
+void TestTextCorrectionService::cancelling()
+{
+    useLocalEngine();
+    const FakeAnswer slow = saying(u"медленно"_s, 1000);
+    m_home->behave(answering({saying(u"один"_s), saying(u"два"_s), slow}));
+    const Result cancelled(m_service->correct(QString(12'000, u'а')));
+    QTRY_VERIFY(m_home->requests(completions).size() >= 3);
+    m_home->behave({.answers = {{u"/health"_s, {{.status = 503}}}}}); // the next one begins when it may
+    m_service->cancel();
+    QVERIFY(!m_service->isCorrecting());
+    QCOMPARE(m_service->progress(), 0.0);
+
+    const Result next(m_service->correct(u"текст"_s));
+    QVERIFY(m_service->isCorrecting());
+    QVERIFY(!cancelled.isDone());
+    QTRY_VERIFY(cancelled.isDone());
+    QCOMPARE(cancelled.value(), std::nullopt);
+    QVERIFY(m_service->isCorrecting());
+    QVERIFY(!next.isDone());
+    QCOMPARE(m_service->progress(), 0.0);
+
+    m_home->behave(answering({saying(u"новый"_s)}));
+    QTRY_VERIFY(next.isDone());
+    QCOMPARE(next.value(), u"новый"_s);
+    QCOMPARE(m_service->error(), QString());
+    QCOMPARE(m_home->launches().size(), 2);
+    QCOMPARE(m_home->abandoned(completions), 0);
+    QVERIFY(m_home->requests(completions).size() < 10);
+}
+
+void TestTextCorrectionService::oneAtATime()
+{
+    m_builtIn->mostAnswered = 1;
+    const Result first(m_service->correct(QString(3000, u'а')));
+    QTRY_VERIFY(m_service->progress() > 0);
+    const double progress = m_service->progress();
+    for (const Operation operation : {Correct, Email, Ask, Protocol}) {
+        const Result second = start(operation, u"текст"_s);
+        QVERIFY(second.isDone());
+        QCOMPARE(second.value(), std::nullopt);
+    }
+    QVERIFY(m_service->isCorrecting());
+    QCOMPARE(m_service->progress(), progress);
+    QCOMPARE(m_service->error(), QString());
+    m_builtIn->mostAnswered = 3;
+    QTRY_VERIFY(first.isDone());
+    QCOMPARE(first.value(), u"ответ 1\n\nответ 2\n\nответ 3"_s);
+}
+
+void TestTextCorrectionService::switchingOffEndsEverything()
+{
+    useLocalEngine();
+    m_home->behave(answering({FakeAnswer::never()}));
+    const Result result(m_service->correct(u"текст"_s));
+    QTRY_COMPARE(m_home->requests(completions).size(), 1);
+    m_settings->setTextCorrectionEnabled(false);
+    QVERIFY(!m_service->isCorrecting());
+    QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.value(), std::nullopt);
+    QCOMPARE(m_service->error(), QString());
+    QTRY_VERIFY(m_home->allEnded());
+}
+
+void TestTextCorrectionService::destroyed()
+{
+    const Result builtIn(m_service->correct(u"текст"_s));
+    m_service->cancel();
+    useLocalEngine();
+    m_home->behave(answering({FakeAnswer::never()}));
+    const Result local(m_service->correct(u"текст"_s));
+    QTRY_COMPARE(m_home->requests(completions).size(), 1);
+    m_service.reset();
+    QTRY_VERIFY(builtIn.isDone() && local.isDone());
+    QVERIFY(!builtIn.value() && !local.value());
+}
+
+QTEST_GUILESS_MAIN(TestTextCorrectionService)
+#include "tst_textcorrectionservice.moc"
