@@ -74,7 +74,7 @@ std::optional<QString> valueOf(const QString &option, const QCommandLineParser &
 {
     if (!parser.isSet(option))
         return std::nullopt;
-    const QString value = parser.value(option);
+    QString value = parser.value(option);
     if (value.isEmpty())
         throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + option);
     return value;

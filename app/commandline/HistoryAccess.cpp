@@ -23,10 +23,10 @@ TranscriptRecord recordNamed(const HistoryStore &history, const QString &id)
     return *found;
 }
 
-QCoro::Task<> untilSaved(HistoryStore &history)
+QCoro::Task<> untilSaved(HistoryStore *history)
 {
-    co_await history.flush();
-    if (const QString error = history.lastError(); !error.isEmpty())
+    co_await history->flush();
+    if (const QString error = history->lastError(); !error.isEmpty())
         throw Error(error);
 }
 

@@ -12,6 +12,6 @@ namespace orvane::HistoryAccess {
 [[nodiscard]] TranscriptRecord recordNamed(const HistoryStore &history, const QString &id);
 
 /// Returns when every change is on disk; throws Error when one could not be written.
-[[nodiscard]] QCoro::Task<> untilSaved(HistoryStore &history);
+[[nodiscard]] QCoro::Task<> untilSaved(HistoryStore *history);
 
 } // namespace orvane::HistoryAccess

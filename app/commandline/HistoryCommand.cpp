@@ -39,7 +39,7 @@ QCoro::Task<int> HistoryCommand::run()
         m_history.remove(chosen.id);
         break;
     }
-    co_await HistoryAccess::untilSaved(m_history);
+    co_await HistoryAccess::untilSaved(&m_history);
     co_return ExitStatus::success;
 }
 

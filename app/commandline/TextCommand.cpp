@@ -98,7 +98,7 @@ QCoro::Task<QString> TextCommand::result()
     co_await m_services.corrector().local().stopAndWait();
     throwIfCancelled(stop);
     if (isStored)
-        co_await HistoryAccess::untilSaved(m_services.history());
+        co_await HistoryAccess::untilSaved(&m_services.history());
     if (!outcome.text || outcome.text->trimmed().isEmpty()) {
         throw Error(outcome.error.isEmpty() ? Localization::text(u"Модель ничего не ответила."_s)
                                             : outcome.error);
