@@ -1,28 +1,56 @@
 #pragma once
 
 #include "app/AppServices.h"
+#include "app/control/ControlService.h"
+#include "dictation/DictationTrigger.h"
+#include "dictation/GuidancePresenter.h"
 
+#include <QElapsedTimer>
 #include <QObject>
+
+#include <memory>
+
+class QSessionManager;
 
 namespace orvane {
 
-/// The application's life between its start and its end.
+class KeyTap;
+class MenuBarController;
+
+/// The application's life between its start and its end: the keys and the menu that lead to the services, and
+/// who may end the program when.
 class AppDelegate : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit AppDelegate(AppServices &services, QObject *parent = nullptr);
+    /// Without a display there is no one to guide.
+    AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent = nullptr);
+    ~AppDelegate() override;
 
-    /// Once, when the event loop begins: ends the engines that a crashed run left behind, follows
-    /// what the command line does to the history, and begins with update checks and device reports.
+    /// Once, when the event loop begins: ends the engines that a crashed run left behind, listens to keys and
+    /// to the command line, and begins with update checks and device reports.
     void applicationDidFinishLaunching();
+
+    /// Ends the program in order, for a user or a signal.
+    void quit();
 
     /// Once, when the program is about to end: asks every engine to end, without waiting.
     void applicationWillTerminate();
 
 private:
+    void installHotkey(DictationController &dictation);
+    void showMenu(DictationController &dictation);
+    void explainKeyCapture();
+    void answerSession(QSessionManager &session);
+
     AppServices &m_services;
+    GuidancePresenter *const m_guidance;
+    QElapsedTimer m_sinceLaunch;
+    DictationTrigger m_trigger;
+    std::unique_ptr<KeyTap> m_keyTap;
+    std::unique_ptr<MenuBarController> m_menuBar;
+    std::unique_ptr<ControlService> m_control;
 };
 
 } // namespace orvane

@@ -10,6 +10,7 @@ namespace orvane {
 
 AppServices::AppServices(const Environment &environment)
     : m_folders(environment.folders),
+      m_windows(environment.windows),
       m_defaults(environment.defaultsFile),
       m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
       m_decoder(m_folders.resources)
@@ -18,7 +19,7 @@ AppServices::AppServices(const Environment &environment)
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
-    if (const auto &windows = environment.windows) {
+    if (const auto &windows = m_windows) {
         m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
                                                     m_folders.temporary, UpdateChecker::Options());
     }
@@ -82,6 +83,23 @@ RecordProcessor &AppServices::recordProcessor()
                                            .recordingsFolder = m_folders.recordings()});
     }
     return *m_recordProcessor;
+}
+
+DictationController *AppServices::dictation()
+{
+    if (!m_dictation && m_windows) {
+        m_dictation = std::make_unique<DictationController>(
+            DictationController::Collaborators{.models = *m_models,
+                                               .settings = *m_settings,
+                                               .defaults = m_defaults,
+                                               .corrector = corrector(),
+                                               .engine = *m_whisperEngine,
+                                               .injector = m_windows->injector,
+                                               .indicator = m_windows->indicator,
+                                               .guidance = m_windows->guidance},
+            m_folders.resources);
+    }
+    return m_dictation.get();
 }
 
 Telemetry &AppServices::telemetry()

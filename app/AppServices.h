@@ -5,6 +5,7 @@
 #include "app/settings/UserDefaults.h"
 #include "correction/TextCorrectionService.h"
 #include "correction/catalogue/CorrectionModelManager.h"
+#include "dictation/DictationController.h"
 #include "history/HistoryStore.h"
 #include "history/processing/RecordProcessor.h"
 #include "models/ModelManager.h"
@@ -34,6 +35,9 @@ public:
     struct Windows
     {
         UpdatePresenter &updates;
+        GuidancePresenter &guidance;
+        DictationIndicator &indicator;
+        TextInjector &injector;
         UpdateChecker::Opener openFile;
     };
 
@@ -68,6 +72,8 @@ public:
     [[nodiscard]] TextCorrectionService &corrector();
     /// As above.
     [[nodiscard]] RecordProcessor &recordProcessor();
+    /// As above; null without windows, as its text goes into other programs' windows.
+    [[nodiscard]] DictationController *dictation();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
 
@@ -76,6 +82,7 @@ private:
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
+    const std::optional<Windows> m_windows;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;
@@ -88,6 +95,7 @@ private:
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
     std::unique_ptr<RecordProcessor> m_recordProcessor;
+    std::unique_ptr<DictationController> m_dictation;
     std::unique_ptr<Telemetry> m_telemetry;
 };
 

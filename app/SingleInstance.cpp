@@ -1,5 +1,7 @@
 #include "app/SingleInstance.h"
 
+#include "app/control/ControlInterface.h"
+
 #include <QDBusConnection>
 
 namespace orvane {
@@ -9,7 +11,7 @@ SingleInstance::Claim SingleInstance::claim()
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Claim::First;
-    return bus.registerService(busName) ? Claim::First : Claim::AnotherRuns;
+    return bus.registerService(ControlInterface::service) ? Claim::First : Claim::AnotherRuns;
 }
 
 } // namespace orvane

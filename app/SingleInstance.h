@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QString>
-
 namespace orvane {
 
 /// Makes sure that one application runs in a session, through its name on the session bus. The name is
@@ -14,8 +12,6 @@ public:
         First,
         AnotherRuns,
     };
-
-    static inline const QString busName = QStringLiteral("com.orvane.Orvane");
 
     [[nodiscard]] static Claim claim();
 };

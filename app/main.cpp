@@ -3,15 +3,19 @@
 #include "app/Display.h"
 #include "app/SingleInstance.h"
 #include "app/base/Async.h"
+#include "app/base/StandardFolders.h"
 #include "app/commandline/CommandLine.h"
 #include "app/commandline/CommandRun.h"
+#include "app/commandline/ControlCommand.h"
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Interruption.h"
 #include "app/commandline/Output.h"
 #include "app/settings/BuildInfo.h"
 #include "app/settings/Localization.h"
 #include "app/settings/UserDefaults.h"
-#include "ui/UpdateDialogs.h"
+#include "dictation/TextInjector.h"
+#include "ui/Dialogs.h"
+#include "ui/DictationPanel.h"
 
 #include <QApplication>
 #include <QScopeGuard>
@@ -30,23 +34,44 @@ void write(const QString &text)
     Output::write(text.toUtf8());
 }
 
-int runApplication()
+/// What shows the program on a display.
+struct Desktop
 {
-    if (SingleInstance::claim() == SingleInstance::Claim::AnotherRuns) {
-        Output::complain(Localization::text(u"Orvane уже работает."_s));
+    Dialogs dialogs;
+    std::unique_ptr<TextInjector> injector = TextInjector::forDisplay();
+    DictationPanel indicator{StandardFolders::ofUser().resources};
+
+    [[nodiscard]] AppServices::Windows windows()
+    {
+        return {.updates = dialogs,
+                .guidance = dialogs,
+                .indicator = indicator,
+                .injector = *injector,
+                .openFile = Dialogs::openFile};
+    }
+};
+
+int runApplication(CommandLine::RunApplication options)
+{
+    const bool hasWindows = qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr;
+    if (!hasWindows && options.start == CommandLine::Start::Open) {
+        write(CommandLine::help());
         return ExitStatus::success;
     }
-    std::optional<UpdateDialogs> dialogs;
-    std::optional<AppServices::Windows> windows;
-    if (qobject_cast<QApplication *>(QCoreApplication::instance())) {
-        windows.emplace(
-            AppServices::Windows{.updates = dialogs.emplace(), .openFile = UpdateDialogs::openFile});
+    if (SingleInstance::claim() == SingleInstance::Claim::AnotherRuns) {
+        Output::complain(Localization::text(u"Orvane уже работает."_s));
+        if (options.start == CommandLine::Start::Open)
+            ControlCommand::activate();
+        return ExitStatus::success;
     }
-    AppServices services({.role = AppServices::Role::Application, .windows = windows});
-    AppDelegate delegate(services);
+    std::optional<Desktop> desktop;
+    AppServices::Environment environment{.role = AppServices::Role::Application};
+    if (hasWindows)
+        environment.windows.emplace(desktop.emplace().windows());
+    AppServices services(environment);
+    AppDelegate delegate(services, desktop ? &desktop->dialogs : nullptr);
     Interruption interruption;
-    QObject::connect(&interruption, &Interruption::requested, QCoreApplication::instance(),
-                     [] { QCoreApplication::quit(); });
+    QObject::connect(&interruption, &Interruption::requested, &delegate, &AppDelegate::quit);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     const int status = QCoreApplication::exec();
     delegate.applicationWillTerminate();
@@ -65,7 +90,8 @@ struct Execute
         write(CommandLine::help());
         return ExitStatus::success;
     }
-    int operator()(CommandLine::RunApplication) const { return runApplication(); }
+    int operator()(CommandLine::RunApplication options) const { return runApplication(options); }
+    int operator()(const ControlCommand::Options &options) const { return ControlCommand::run(options); }
     template <typename Options>
     int operator()(const Options &options) const
     {
@@ -78,6 +104,10 @@ std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &co
 {
     if (!std::holds_alternative<CommandLine::RunApplication>(command) || !hasDisplay())
         return std::make_unique<QCoreApplication>(argc, argv);
+    // What Qt Quick shows here is flat and small: the processor draws it without the time and the memory that
+    // a graphics driver takes before its first frame.
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+        qputenv("QT_QUICK_BACKEND", "software");
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     return application;

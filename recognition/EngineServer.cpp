@@ -2,8 +2,8 @@
 
 #include "app/base/Async.h"
 #include "app/base/EitherStop.h"
+#include "app/base/OneTimeEvent.h"
 #include "recognition/EngineProcessRegistry.h"
-#include "recognition/OneTimeEvent.h"
 #include "recognition/PortReservation.h"
 #include "recognition/ProcessControl.h"
 

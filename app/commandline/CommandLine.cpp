@@ -235,12 +235,27 @@ Command parseModels(const QStringList &arguments)
     return options;
 }
 
+std::optional<ControlCommand::Options> parseControl(const QStringList &words)
+{
+    static const QMap<QString, QString> methods = {{u"toggle"_s, u"Toggle"_s},
+                                                   {u"start"_s, u"Start"_s},
+                                                   {u"stop"_s, u"Stop"_s},
+                                                   {u"cancel"_s, u"Cancel"_s},
+                                                   {u"status"_s, u"Status"_s}};
+    const auto method = methods.constFind(words.first());
+    if (method == methods.cend())
+        return std::nullopt;
+    if (words.size() > 1)
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[1]);
+    return ControlCommand::Options{*method};
+}
+
 } // namespace
 
 Command parse(const QStringList &arguments)
 {
     if (arguments.isEmpty())
-        return ShowHelp();
+        return RunApplication{Start::Open};
     const QString &name = arguments.first();
     const QStringList rest = arguments.sliced(1);
     const QStringList options = rest.mid(0, rest.indexOf(u"--"_s)); // all of it without a "--"
@@ -251,7 +266,7 @@ Command parse(const QStringList &arguments)
     if (name == "--version"_L1 || name == "-v"_L1)
         return ShowVersion();
     if (name == "--background"_L1)
-        return RunApplication();
+        return RunApplication{Start::Background};
     if (name == "transcribe"_L1)
         return parseTranscribe(rest);
     if (const auto action = textActions().constFind(name); action != textActions().cend())
@@ -260,6 +275,8 @@ Command parse(const QStringList &arguments)
         return rest.value(0) == "retranscribe"_L1 ? parseRetranscribe(rest.sliced(1)) : parseHistory(rest);
     if (name == "models"_L1)
         return parseModels(rest);
+    if (const auto control = parseControl(arguments))
+        return *control;
     throw usageError(Localization::text(u"Неизвестная команда: "_s), name);
 }
 
@@ -296,7 +313,11 @@ QString help()
   orvane models path [ID…]        показать, где лежат модели
       --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
-  orvane --background             остаться работать в фоне
+  orvane                          открыть программу; с --background — только значок
+  orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
+  orvane status                   показать состояние диктовки
+
   orvane --version                показать версию
   orvane --help                   показать эту справку
 

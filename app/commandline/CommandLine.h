@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/commandline/ControlCommand.h"
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
 #include "app/commandline/RetranscribeCommand.h"
@@ -16,13 +17,21 @@ struct ShowVersion
 {};
 struct ShowHelp
 {};
-/// Stay in the background as the application.
+enum class Start {
+    /// A user wants to see the program.
+    Open,
+    /// The session starts it for later.
+    Background,
+};
+/// Be the application, or have the one that runs come forward.
 struct RunApplication
-{};
+{
+    Start start;
+};
 
-using Command =
-    std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options, TextCommand::Options,
-                 HistoryCommand::Options, RetranscribeCommand::Options, ModelsCommand::Options>;
+using Command = std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options,
+                             TextCommand::Options, HistoryCommand::Options, RetranscribeCommand::Options,
+                             ModelsCommand::Options, ControlCommand::Options>;
 
 /// What the arguments, without the program's name, ask for. Throws UsageError.
 [[nodiscard]] Command parse(const QStringList &arguments);

@@ -11,8 +11,83 @@ constexpr TextPair pairs[] = {
     {u"правый ⌘", u"right ⌘"},
     {u"правый ⌥", u"right ⌥"},
 
+    // Dictation: the modes and the indicator
+    {u"Исправить", u"Correct"},
+    {u"Письмо", u"Email"},
+    {u"Промпт", u"Prompt"},
+    {u"Исправляю…", u"Correcting…"},
+    {u"Составляю письмо…", u"Composing the email…"},
+    {u"Выполняю запрос…", u"Running the request…"},
+    {u"Исправить: модель чинит пунктуацию и грамматику надиктованного.",
+     u"Correct: the model fixes the punctuation and grammar of what you dictated."},
+    {u"Письмо: модель оформляет надиктованное как готовый email.",
+     u"Email: the model turns what you dictated into a ready email."},
+    {u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.",
+     u"Prompt: the model runs what you dictated as a request; the result is inserted."},
+    {u"Готов", u"Ready"},
+    {u"Слушаю…", u"Listening…"},
+    {u"Дважды", u"Double-press"},
+    {u"готово · Esc — отмена", u"to finish · Esc to cancel"},
+    {u"Нет звука с микрофона — проверьте его", u"No sound from the microphone — check it"},
+    {u"Распознаю…", u"Recognizing…"},
+    {u"Подождите немного", u"Just a moment"},
+    {u"Обрабатываю…", u"Processing…"},
+    {u"Пунктуация и грамматика", u"Punctuation and grammar"},
+    {u"Оформляю как письмо", u"Composing an email"},
+    {u"Выполняю как запрос", u"Running as a request"},
+
     // Languages of speech: all but this one are called the same in every interface
     {u"Автоопределение", u"Auto-detect"},
+
+    // Dictation
+    {u"Нет модели", u"No model"},
+    {u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».",
+     u"First download a Whisper model: Orvane menu → “Model settings…”."},
+    {u"Не удалось начать запись", u"Couldn’t start recording"},
+    {u"Нужна модель для этого режима", u"This mode needs a model"},
+    {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → "
+     u"«Коррекция». "
+     u"Сейчас вставлен распознанный текст без обработки.",
+     u"The Email and Prompt modes process speech with a language model. Set it up in Settings → "
+     u"“Correction”. "
+     u"For now the recognized text was inserted without processing."},
+    {u"Текст в буфере обмена — вставьте его: Ctrl+V", u"The text is on the clipboard — paste it: Ctrl+V"},
+    {u"Языковая модель занята — вставлен распознанный текст без обработки.",
+     u"The language model is busy — the recognized text was inserted without processing."},
+
+    // The menu in the tray
+    {u"Начать диктовку", u"Start dictation"},
+    {u"Завершить диктовку", u"Finish dictation"},
+    {u"Отменить диктовку", u"Cancel dictation"},
+    {u"Модель распознавания", u"Recognition model"},
+    {u"Нет скачанных моделей", u"No models downloaded"},
+    {u"Клавиша диктовки", u"Dictation key"},
+    {u"Язык распознавания", u"Recognition language"},
+    {u"Режим диктовки", u"Dictation mode"},
+    {u"Перехват клавиш: ✅ активен", u"Key capture: ✅ active"},
+    {u"Перехват клавиш: ⚠️ нет доступа", u"Key capture: ⚠️ no access"},
+    {u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой",
+     u"Key capture: ⚠️ another program keeps F5 or Esc"},
+    {u"Выдать «Универсальный доступ»…", u"Grant Accessibility…"},
+    {u"Клавиши диктовки здесь недоступны", u"The dictation keys don’t work here"},
+    {u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание клавиш для "
+     u"команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит.",
+     u"This desktop does not let programs listen to keys. In its settings, bind a key to the command “orvane "
+     u"toggle”: the first press starts a dictation, the second finishes it."},
+    {u"Доступна версия ", u"Version available: "},
+    {u"Завершить Orvane", u"Quit Orvane"},
+
+    // What the running application answers to the command line
+    {u"Предыдущая диктовка ещё обрабатывается.", u"The previous dictation is still being processed."},
+    {u"Диктовка уже идёт.", u"A dictation is already running."},
+    {u"Диктовка сейчас не записывается.", u"No dictation is being recorded."},
+    {u"Отменять нечего: диктовка не идёт.", u"Nothing to cancel: no dictation is running."},
+    {u"Orvane работает без экрана, диктовать здесь некуда.",
+     u"Orvane runs without a display; there is nowhere to dictate to."},
+    {u"Orvane не отвечает: запустите его командой orvane.",
+     u"Orvane does not answer: start it with the command orvane."},
+    {u"Orvane уже работает: его значок — в области уведомлений.",
+     u"Orvane is already running: its icon is in the notification area."},
 
     // Windows and menus
     {u"Настройки…", u"Settings…"},
@@ -45,6 +120,15 @@ constexpr TextPair pairs[] = {
     {u"не хватило памяти", u"not enough memory"},
     {u"запись длиннее 37 часов", u"the recording is longer than 37 hours"},
     {u"Не вся запись поместилась в звуковой файл.", u"Not all of the recording fitted into the audio file."},
+
+    // Recording sound
+    {u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.",
+     u"No microphone was found. Connect one or choose an input device in the sound settings."},
+    {u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire).",
+     u"The sound service does not answer. Check that it is running (PulseAudio or PipeWire)."},
+    {u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука.",
+     u"The microphone cannot be opened. Connect it again or choose another one in the sound settings."},
+    {u"Модуль записи звука не загрузился. ", u"The sound recording module could not be loaded. "},
 
     // History
     {u"Файл", u"File"},
@@ -316,7 +400,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        показать, где лежат модели
       --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
 
-  orvane --background             остаться работать в фоне
+  orvane                          открыть программу; с --background — только значок
+  orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
+  orvane status                   показать состояние диктовки
+
   orvane --version                показать версию
   orvane --help                   показать эту справку
 
@@ -353,7 +441,11 @@ constexpr TextPair pairs[] = {
   orvane models path [ID…]        show where the models lie
       --repository ADDRESS        where to download from (by default as the build says)
 
-  orvane --background             stay and work in the background
+  orvane                          open the program; with --background only its icon
+  orvane toggle                   start a dictation, or finish it and insert its text
+  orvane start | stop | cancel    the same one by one; cancel inserts nothing
+  orvane status                   show the dictation's state
+
   orvane --version                show the version
   orvane --help                   show this help
 

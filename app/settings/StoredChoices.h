@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+#include <array>
+
 /// The enumerations among the preferences, and the words they are stored as.
 namespace orvane {
 
@@ -16,6 +18,10 @@ Q_ENUM_NS(CorrectionEngine)
 /// What becomes of a dictation: its text corrected, an e-mail made of it, or its request carried out.
 enum class DictationMode { Correct, Email, Prompt };
 Q_ENUM_NS(DictationMode)
+
+/// In the order in which they are offered.
+inline constexpr std::array dictationModes = {DictationMode::Correct, DictationMode::Email,
+                                              DictationMode::Prompt};
 
 /// "apple" or "local".
 [[nodiscard]] QString storedForm(CorrectionEngine engine);

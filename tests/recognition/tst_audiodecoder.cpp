@@ -1,8 +1,8 @@
 #include "FailingReads.h"
-#include "Tone.h"
 
 #include "app/settings/Localization.h"
 #include "recognition/AudioDecoder.h"
+#include "tests/support/Tone.h"
 
 #include <QDir>
 #include <QElapsedTimer>

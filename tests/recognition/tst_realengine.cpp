@@ -151,7 +151,7 @@ void TestRealEngine::rejectsWhatIsNoAudio()
 {
     const TaskResult load(m_engine->load(model()));
     QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
-    const TaskResult result(m_engine->infer(QString::fromUtf8(__FILE__), u"en"_s));
+    const TaskResult result(m_engine->infer(m_fixtures + u"/russian.txt"_s, u"en"_s));
     QTRY_VERIFY_WITH_TIMEOUT(result.isDone(), patience);
     QCOMPARE(result.failedAs<EngineServer::EngineError>()->kind(),
              EngineServer::EngineError::Kind::requestRejected);

@@ -1,4 +1,4 @@
-#include "ui/UpdateDialogs.h"
+#include "ui/Dialogs.h"
 
 #include "app/base/Async.h"
 
@@ -28,7 +28,7 @@ struct Outcome
     bool cancelled = false;
 };
 
-QCoro::Task<> ask(UpdateDialogs *dialogs, std::stop_token stop, Outcome *outcome)
+QCoro::Task<> ask(Dialogs *dialogs, std::stop_token stop, Outcome *outcome)
 {
     try {
         outcome->choice = co_await dialogs->offer(anOffer, stop);
@@ -63,7 +63,7 @@ QString shownText(const QMessageBox &message)
 
 } // namespace
 
-class TestUpdateDialogs : public QObject
+class TestDialogs : public QObject
 {
     Q_OBJECT
 
@@ -80,23 +80,23 @@ private Q_SLOTS:
     void progress();
 
 private:
-    std::unique_ptr<UpdateDialogs> m_dialogs;
+    std::unique_ptr<Dialogs> m_dialogs;
 };
 
-void TestUpdateDialogs::init()
+void TestDialogs::init()
 {
-    m_dialogs = std::make_unique<UpdateDialogs>();
+    m_dialogs = std::make_unique<Dialogs>();
     QVERIFY(windows().isEmpty()); // none before there is something to show
 }
 
-void TestUpdateDialogs::cleanup()
+void TestDialogs::cleanup()
 {
     // Without the help of the destructor, since the program stays.
     QTRY_VERIFY(windows().isEmpty());
     m_dialogs.reset();
 }
 
-void TestUpdateDialogs::offer()
+void TestDialogs::offer()
 {
     Outcome outcome;
     spawn(ask(m_dialogs.get(), {}, &outcome));
@@ -109,7 +109,7 @@ void TestUpdateDialogs::offer()
     QCOMPARE(outcome.choice, Choice::Later);
 }
 
-void TestUpdateDialogs::answers_data()
+void TestDialogs::answers_data()
 {
     QTest::addColumn<std::function<void(QMessageBox &)>>("answer");
     QTest::addColumn<Choice>("choice");
@@ -123,7 +123,7 @@ void TestUpdateDialogs::answers_data()
     row("closed with all windows", [](QMessageBox &) { QApplication::closeAllWindows(); }, Choice::Later);
 }
 
-void TestUpdateDialogs::answers()
+void TestDialogs::answers()
 {
     QFETCH(const std::function<void(QMessageBox &)>, answer);
     QFETCH(const Choice, choice);
@@ -134,7 +134,7 @@ void TestUpdateDialogs::answers()
     QCOMPARE(outcome.choice, choice);
 }
 
-void TestUpdateDialogs::stoppedOffers()
+void TestDialogs::stoppedOffers()
 {
     std::stop_source first;
     std::stop_source second;
@@ -154,7 +154,7 @@ void TestUpdateDialogs::stoppedOffers()
     QVERIFY(ofSecond.cancelled);
 }
 
-void TestUpdateDialogs::endOfTheProgram()
+void TestDialogs::endOfTheProgram()
 {
     Outcome outcome;
     spawn(ask(m_dialogs.get(), {}, &outcome));
@@ -166,7 +166,7 @@ void TestUpdateDialogs::endOfTheProgram()
     QVERIFY(outcome.cancelled && !outcome.choice);
 }
 
-void TestUpdateDialogs::notices()
+void TestDialogs::notices()
 {
     m_dialogs->notice(u"У вас последняя версия"_s, u"Установлена версия 1."_s);
     m_dialogs->notice(u"Не удалось открыть обновление"_s, u"Файл: /tmp/<i>a</i>  & b.deb"_s);
@@ -183,7 +183,7 @@ void TestUpdateDialogs::notices()
              qPrintable(texts.join(u'|')));
 }
 
-void TestUpdateDialogs::progress()
+void TestDialogs::progress()
 {
     m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю <обновление>…"_s);
     auto *panel = onlyWindow<QDialog>();
@@ -202,5 +202,5 @@ void TestUpdateDialogs::progress()
     QVERIFY(windows().isEmpty());
 }
 
-QTEST_MAIN(TestUpdateDialogs)
-#include "tst_updatedialogs.moc"
+QTEST_MAIN(TestDialogs)
+#include "tst_dialogs.moc"

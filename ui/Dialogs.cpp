@@ -1,11 +1,10 @@
-#include "ui/UpdateDialogs.h"
+#include "ui/Dialogs.h"
 
 #include "app/base/Error.h"
 #include "app/settings/BuildInfo.h"
 #include "ui/ProgressPanel.h"
 
 #include <QDesktopServices>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QUrl>
 
@@ -39,20 +38,20 @@ void bringForward(QWidget &window)
 
 } // namespace
 
-UpdateDialogs::UpdateDialogs() = default;
+Dialogs::Dialogs() = default;
 
-UpdateDialogs::~UpdateDialogs()
+Dialogs::~Dialogs()
 {
     m_lifetime.request_stop();
     for (const QPointer<QMessageBox> &message : std::as_const(m_messages))
         delete message.data();
 }
 
-QCoro::Task<UpdatePresenter::Choice> UpdateDialogs::offer(Offer offer, std::stop_token stop)
+QCoro::Task<UpdatePresenter::Choice> Dialogs::offer(Offer offer, std::stop_token stop)
 {
     throwIfCancelled(stop);
     const std::stop_token lifetime = m_lifetime.get_token();
-    QMessageBox *message = makeMessage(offer.title, offer.text);
+    QMessageBox *message = makeMessage(QMessageBox::Information, offer.title, offer.text);
     QPushButton *download = message->addButton(offer.downloadButton, QMessageBox::AcceptRole);
     QPushButton *later = message->addButton(offer.laterButton, QMessageBox::RejectRole);
     message->setDefaultButton(download);
@@ -70,20 +69,29 @@ QCoro::Task<UpdatePresenter::Choice> UpdateDialogs::offer(Offer offer, std::stop
     co_return message->clickedButton() == download ? Choice::Download : Choice::Later;
 }
 
-void UpdateDialogs::notice(const QString &title, const QString &text)
+void Dialogs::notice(const QString &title, const QString &text)
 {
-    QMessageBox *message = makeMessage(title, text);
+    QMessageBox *message = makeMessage(QMessageBox::Information, title, text);
     message->addButton(QMessageBox::Ok);
     bringForward(*message);
 }
 
-QMessageBox *UpdateDialogs::makeMessage(const QString &title, const QString &text)
+void Dialogs::guide(const QString &title, const QString &detail)
+{
+    if (m_guidance)
+        m_guidance->reject();
+    m_guidance = makeMessage(QMessageBox::Warning, title, detail);
+    m_guidance->addButton(QMessageBox::Ok);
+    bringForward(*m_guidance);
+}
+
+QMessageBox *Dialogs::makeMessage(QMessageBox::Icon icon, const QString &title, const QString &text)
 {
     // Escaped, as versions and file names in them come from a server.
     const QString body = u"<h3>"_s + title.toHtmlEscaped() + u"</h3><p style='white-space: pre-wrap'>"_s +
                          text.toHtmlEscaped() + u"</p>"_s;
     // The desktop may be showing anything when this appears, so the window says whose it is.
-    auto *message = new QMessageBox(QMessageBox::Information, BuildInfo::editionName, body);
+    auto *message = new QMessageBox(icon, BuildInfo::editionName, body);
     message->setTextFormat(Qt::RichText);
     message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     message->setWindowModality(Qt::NonModal);
@@ -93,23 +101,23 @@ QMessageBox *UpdateDialogs::makeMessage(const QString &title, const QString &tex
     return message;
 }
 
-void UpdateDialogs::showProgress(const QString &title, const QString &text)
+void Dialogs::showProgress(const QString &title, const QString &text)
 {
     m_progress = std::make_unique<ProgressPanel>(title, text);
     bringForward(*m_progress);
 }
 
-void UpdateDialogs::setProgress(double fraction)
+void Dialogs::setProgress(double fraction)
 {
     m_progress->setFraction(fraction);
 }
 
-void UpdateDialogs::hideProgress()
+void Dialogs::hideProgress()
 {
     m_progress.reset();
 }
 
-bool UpdateDialogs::openFile(const QString &file)
+bool Dialogs::openFile(const QString &file)
 {
     return QDesktopServices::openUrl(QUrl::fromLocalFile(file));
 }

@@ -1,4 +1,4 @@
-#include "Tone.h"
+#include "tests/support/Tone.h"
 
 #include <cmath>
 #include <complex>

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDBusAbstractAdaptor>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace orvane {
+
+/// The desktop's own interface to a program of which one instance runs.
+class ApplicationAdaptor : public QDBusAbstractAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+public:
+    explicit ApplicationAdaptor(QObject *service) : QDBusAbstractAdaptor(service) {}
+
+public Q_SLOTS:
+    void Activate(const QVariantMap & /*platform*/) { Q_EMIT activated(); }
+    void Open(const QStringList & /*addresses*/, const QVariantMap & /*platform*/) { Q_EMIT activated(); }
+    void ActivateAction(const QString & /*name*/, const QVariantList & /*parameters*/,
+                        const QVariantMap & /*platform*/)
+    {
+        Q_EMIT activated();
+    }
+
+Q_SIGNALS:
+    void activated();
+};
+
+} // namespace orvane

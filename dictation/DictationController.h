@@ -1,0 +1,112 @@
+#pragma once
+
+#include "app/settings/StoredChoices.h"
+#include "dictation/DictationState.h"
+#include "dictation/capture/AudioRecorder.h"
+
+#include <QObject>
+#include <QString>
+
+#include <QCoroTask>
+
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace orvane {
+
+class AppSettings;
+class DictationIndicator;
+class GuidancePresenter;
+class ModelManager;
+class TextCorrectionService;
+class TextInjector;
+class UserDefaults;
+class WhisperServerEngine;
+
+/// Runs one dictation at a time: records the microphone, has the speech recognised, has the text processed
+/// by a language model in the chosen mode when there is one, and pastes it into the application with the
+/// focus. Whatever goes wrong is said, in lastError and on the screen. Main thread.
+class DictationController : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(orvane::DictationState state READ state NOTIFY stateChanged)
+    Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
+    Q_PROPERTY(bool hotkeyActive READ hotkeyActive WRITE setHotkeyActive NOTIFY hotkeyActiveChanged)
+
+public:
+    using State = DictationState;
+
+    struct Collaborators
+    {
+        ModelManager &models;
+        AppSettings &settings;
+        UserDefaults &defaults;
+        TextCorrectionService &corrector;
+        WhisperServerEngine &engine;
+        TextInjector &injector;
+        DictationIndicator &indicator;
+        GuidancePresenter &guidance;
+    };
+
+    /// The module that records lies in `moduleFolder`. The references outlive this.
+    DictationController(Collaborators collaborators, const QString &moduleFolder, QObject *parent = nullptr);
+    /// Abandons what runs.
+    ~DictationController() override;
+
+    [[nodiscard]] State state() const { return m_state; }
+    /// The last problem, one sentence; empty once a later dictation has begun.
+    [[nodiscard]] QString lastError() const { return m_lastError; }
+    /// Whether the keyboard trigger works; whoever owns the trigger says so.
+    [[nodiscard]] bool hotkeyActive() const { return m_hotkeyActive; }
+    void setHotkeyActive(bool active);
+
+    [[nodiscard]] AudioRecorder &recorder() { return m_recorder; }
+    /// What the model is making of the text; none unless the state is Correcting.
+    [[nodiscard]] std::optional<DictationMode> processingMode() const;
+    /// Whether Esc belongs to the dictation: from the beginning of a recording to the end of its session.
+    [[nodiscard]] bool interceptsEscape() const;
+
+    /// Begins a dictation, if none runs.
+    void start();
+    /// Ends the recording and has it processed, if one runs.
+    void stop();
+    /// Abandons the dictation at any stage after its recording began. Nothing is pasted.
+    void cancel();
+    /// Starts when idle, stops when recording, else nothing.
+    void toggle();
+
+Q_SIGNALS:
+    void stateChanged();
+    void lastErrorChanged();
+    void hotkeyActiveChanged();
+
+private:
+    QCoro::Task<> record(std::stop_token session);
+    QCoro::Task<> preload(std::stop_token alive);
+    QCoro::Task<> finish(std::stop_token session);
+    QCoro::Task<QString> recognised(std::vector<float> samples, std::stop_token session);
+    QCoro::Task<QString> processed(QString text, DictationMode mode, std::stop_token session);
+    QCoro::Task<> discardRecording();
+
+    void end();
+    void fail(const QString &problem);
+    void presentGuidance(const QString &title, const QString &detail);
+    void notifyModelNeededOnce();
+    /// The file of the model to recognise with; empty when none is downloaded.
+    [[nodiscard]] QString modelFile() const;
+    void setState(State state);
+    void setLastError(const QString &text);
+
+    Collaborators m_with;
+    AudioRecorder m_recorder;
+    State m_state = State::Idle;
+    std::optional<DictationMode> m_processingMode;
+    QString m_lastError;
+    bool m_hotkeyActive = false;
+    /// Of the dictation that runs; stopped when it is abandoned or this is destroyed.
+    std::stop_source m_session;
+    std::stop_source m_lifetime;
+};
+
+} // namespace orvane

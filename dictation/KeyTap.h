@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+namespace orvane {
+
+/// Hears the keys of dictation wherever the user works. This class itself hears nothing and never becomes
+/// active: it is the tap of a display that gives no global keys.
+class KeyTap : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The right-hand modifiers, by their places on the keyboard of the first platform. On Linux the first
+    /// is the right Ctrl or Super, the second the right Alt (AltGr).
+    enum class TriggerKey { RightCommand, RightOption };
+    Q_ENUM(TriggerKey)
+
+    /// The tap of this display, never null. Needs the application object.
+    [[nodiscard]] static std::unique_ptr<KeyTap> forDisplay();
+
+    /// Begins to listen; tried again every 2 s until it works. Does nothing when it was called before.
+    virtual void install() {}
+    /// Lets go of every key.
+    virtual void uninstall() {}
+    /// Whether presses arrive.
+    [[nodiscard]] virtual bool isActive() const { return false; }
+    /// Whether F5, or Esc while it is intercepted, cannot be had because another program holds it. Taken
+    /// within 2 s of being free; the trigger keys go on working.
+    [[nodiscard]] virtual bool grabIsMissing() const { return false; }
+    /// Whether Esc comes here instead of going to the focused application.
+    virtual void setEscapeIntercepted(bool intercepted) { Q_UNUSED(intercepted) }
+
+Q_SIGNALS:
+    /// A trigger key went down or up. It reaches the focused application too.
+    void triggerKeyChanged(orvane::KeyTap::TriggerKey key, bool down);
+    /// F5 alone was pressed; holding it is one press.
+    void togglePressed();
+    /// Esc alone was pressed while it is intercepted; holding it is one press.
+    void escapePressed();
+    void activeChanged();
+    void grabIsMissingChanged();
+};
+
+} // namespace orvane

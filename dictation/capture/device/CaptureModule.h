@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+
+namespace orvane {
+
+// What the program and its capture module share. No exception crosses this border.
+
+/// Takes what the device gives, on the thread that runs the capture.
+class CaptureListener
+{
+public:
+    /// The device runs; told once, before the first samples.
+    virtual void opened() noexcept = 0;
+    /// Mono samples at 16 kHz in −1…1, in order. What a change of devices misses is left out.
+    virtual void deliver(const float *samples, std::size_t count) noexcept = 0;
+
+protected:
+    ~CaptureListener() = default;
+};
+
+enum class CaptureOutcome {
+    /// As it was told to.
+    Ended,
+    // These before opened() only: whatever happens afterwards, the capture goes on as soon as it can.
+    NoService,
+    NoDevice,
+    NotOpened,
+};
+
+/// What happens to samples that the device has recorded but not delivered yet.
+enum class CaptureRest { Keep, Drop };
+
+/// One recording of whatever is the default input at each moment.
+class Capture
+{
+public:
+    /// Blocks until the end. Called once.
+    virtual CaptureOutcome run(CaptureListener &listener) noexcept = 0;
+    /// Makes run() return soon, at once when the rest is dropped. Any thread, at any time before release().
+    virtual void end(CaptureRest rest) noexcept = 0;
+    /// Frees it; not while it runs.
+    virtual void release() noexcept = 0;
+
+protected:
+    ~Capture() = default;
+};
+
+/// Records with libraries that the program itself does not load.
+class CaptureModule
+{
+public:
+    /// Null when there is no memory.
+    [[nodiscard]] virtual Capture *create() const noexcept = 0;
+
+protected:
+    ~CaptureModule() = default;
+};
+
+/// The module's one exported function. Its name changes with what stands above.
+using CaptureModuleEntry = const CaptureModule *();
+inline constexpr char captureModuleEntryName[] = "orvaneCaptureModule1";
+
+} // namespace orvane

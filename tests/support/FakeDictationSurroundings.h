@@ -1,0 +1,44 @@
+#pragma once
+
+#include "dictation/DictationIndicator.h"
+#include "dictation/GuidancePresenter.h"
+#include "dictation/TextInjector.h"
+
+#include <QStringList>
+
+/// What a dictation meets outside the program, writing down what it is told.
+namespace orvane::test {
+
+class FakeIndicator : public DictationIndicator
+{
+public:
+    void show(DictationController & /*dictation*/, AppSettings & /*settings*/) override { isShown = true; }
+    void hide() override { isShown = false; }
+    void notice(const QString &text) override { notices.append(text); }
+
+    bool isShown = false;
+    QStringList notices;
+};
+
+class FakeGuidance : public GuidancePresenter
+{
+public:
+    void guide(const QString &title, const QString & /*detail*/) override { titles.append(title); }
+
+    QStringList titles;
+};
+
+class FakeInjector : public TextInjector
+{
+public:
+    QCoro::Task<Outcome> insert(QString text) override
+    {
+        texts.append(text);
+        co_return outcome;
+    }
+
+    QStringList texts;
+    Outcome outcome = Outcome::Pasted;
+};
+
+} // namespace orvane::test

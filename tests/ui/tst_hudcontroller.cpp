@@ -1,0 +1,215 @@
+#include "app/settings/AppSettings.h"
+#include "app/settings/UserDefaults.h"
+#include "tests/support/FocusedEditor.h"
+#include "tests/support/XDisplay.h"
+#include "tests/support/XKeyboard.h"
+#include "ui/DictationHUDModel.h"
+#include "ui/HUDController.h"
+
+#include <QApplication>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolTip>
+#include <QWindow>
+
+#include <xcb/xtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+namespace {
+
+// On the display's one screen of 1280 × 800.
+constexpr QRect place(450, 594, 380, 126);
+constexpr QPoint emailChip(600, 696);
+constexpr QColor capsule(0x21, 0x21, 0x20);
+constexpr QColor accent(0xff, 0x6b, 0x57);
+
+QColor pixel(QPoint position)
+{
+    return QGuiApplication::primaryScreen()
+        ->grabWindow(0, position.x(), position.y(), 1, 1)
+        .toImage()
+        .pixelColor(0, 0);
+}
+
+bool isShown()
+{
+    return pixel(place.topLeft() + QPoint(190, 6)) == capsule;
+}
+
+/// The window of the scene, which is of a class that this program does not know.
+QWindow *sceneWindow()
+{
+    for (QWindow *window : QGuiApplication::topLevelWindows())
+        if (window->inherits("QQuickWindow"))
+            return window;
+    return nullptr;
+}
+
+/// The mouse as if moved by hand.
+void sendMouse(std::uint8_t type, std::uint8_t button, QPoint position)
+{
+    const XcbConnection connection = XcbConnection::open();
+    xcb_test_fake_input(connection.get(), type, button, XCB_CURRENT_TIME, connection.root(),
+                        std::int16_t(position.x()), std::int16_t(position.y()), 0);
+    // Waits until the server has done it.
+    std::free(xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr));
+}
+
+void moveMouse(QPoint position)
+{
+    sendMouse(XCB_MOTION_NOTIFY, 0, position);
+}
+
+void click(QPoint position)
+{
+    moveMouse(position);
+    sendMouse(XCB_BUTTON_PRESS, XCB_BUTTON_INDEX_1, position);
+    sendMouse(XCB_BUTTON_RELEASE, XCB_BUTTON_INDEX_1, position);
+}
+
+} // namespace
+
+class TestHUDController : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showsAndHides();
+    void keepsTheFocusWhereItIs();
+    void helpOfAChip();
+    void notices();
+    void drawsNothingAtRest();
+    void missingModule();
+
+private:
+    QTemporaryDir m_folder;
+    UserDefaults m_defaults{m_folder.filePath(u"settings.json"_s)};
+    AppSettings m_settings{m_defaults};
+    DictationHUDModel m_hud{m_settings};
+    std::unique_ptr<HUDController> m_controller;
+};
+
+void TestHUDController::init()
+{
+    moveMouse({10, 10});
+    m_hud.setState(DictationState::Recording);
+    m_hud.setWaveform(QList<float>(48, 0.0F));
+    m_controller = std::make_unique<HUDController>(m_hud, QStringLiteral(ORVANE_RESOURCES));
+    QVERIFY(!sceneWindow());
+}
+
+void TestHUDController::cleanup()
+{
+    m_controller.reset();
+    QTRY_VERIFY(!isShown());
+}
+
+void TestHUDController::showsAndHides()
+{
+    m_controller->show();
+    QTRY_VERIFY(isShown());
+    QVERIFY(pixel(place.topLeft() - QPoint(-190, 1)) != capsule);
+    QVERIFY(pixel(place.bottomRight() - QPoint(190, 6)) == capsule);
+    // Nobody blends windows on this display, so the corners must not be there at all.
+    for (const QPoint corner : {place.topLeft(), place.topRight(), place.bottomLeft(), place.bottomRight()})
+        QCOMPARE(pixel(corner), pixel({0, 0}));
+
+    m_controller->hide();
+    QTRY_VERIFY(!isShown());
+    m_controller->show();
+    m_controller->hide();
+    QTest::qWait(200); // longer than it takes to be shown again
+    QVERIFY(!isShown());
+
+    // Hidden before it was first shown.
+    m_controller = std::make_unique<HUDController>(m_hud, QStringLiteral(ORVANE_RESOURCES));
+    m_controller->show();
+    m_controller->hide();
+    QTest::qWait(500);
+    QVERIFY(!isShown());
+}
+
+void TestHUDController::keepsTheFocusWhereItIs()
+{
+    const FocusedEditor editor(FocusedEditor::Kind::Terminal);
+    const XKeyboard keyboard;
+    const xcb_window_t focused = keyboard.focus();
+    m_controller->show();
+    QTRY_VERIFY(isShown());
+    QCOMPARE(keyboard.focus(), focused);
+
+    m_settings.setDictationMode(DictationMode::Correct);
+    click(emailChip);
+    QTRY_COMPARE(m_settings.dictationMode(), DictationMode::Email);
+    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+    QCOMPARE(keyboard.focus(), focused);
+    QVERIFY(!QGuiApplication::focusWindow());
+}
+
+void TestHUDController::helpOfAChip()
+{
+    m_controller->show();
+    QTRY_VERIFY(isShown());
+    moveMouse(emailChip);
+    QTRY_VERIFY(QToolTip::isVisible());
+    QCOMPARE(QToolTip::text(), m_hud.chipHelps().at(1));
+    m_controller->hide();
+    QTRY_VERIFY(!QToolTip::isVisible());
+}
+
+void TestHUDController::notices()
+{
+    m_settings.setDictationMode(DictationMode::Email);
+    m_controller->show();
+    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+    m_controller->notice(u"Текст в буфере обмена — вставьте его: Ctrl+V"_s);
+    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), capsule); // nothing but the text
+    QTRY_VERIFY(!isShown());
+    QVERIFY(m_hud.notice().isEmpty() || !sceneWindow()->isVisible());
+
+    m_controller->notice(u"…"_s);
+    m_controller->show(); // a new dictation takes its place
+    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+}
+
+void TestHUDController::drawsNothingAtRest()
+{
+    m_controller->show();
+    QTRY_VERIFY(isShown());
+    QSignalSpy frames(sceneWindow(), SIGNAL(frameSwapped()));
+    QTRY_VERIFY(!frames.wait(500));
+    m_hud.setWaveform(QList<float>(48, 1.0F));
+    QTRY_COMPARE(pixel(place.topLeft() + QPoint(22, 71 - 9)), accent);
+    QVERIFY(frames.size() > 2); // it was animated
+    QTRY_VERIFY(!frames.wait(500));
+}
+
+void TestHUDController::missingModule()
+{
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(u"^The dictation indicator could not be loaded: "_s));
+    m_controller = std::make_unique<HUDController>(m_hud, m_folder.path());
+    m_controller->show();
+    QTest::qWait(200);
+    m_controller->hide();
+    QVERIFY(!sceneWindow());
+}
+
+int main(int argc, char **argv)
+{
+    if (const std::optional<int> status = XDisplay::runThisProgram(argc, argv))
+        return *status;
+    const QApplication application(argc, argv);
+    TestHUDController test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_hudcontroller.moc"

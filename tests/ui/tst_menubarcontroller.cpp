@@ -1,0 +1,220 @@
+#include "app/AppServices.h"
+#include "app/Termination.h"
+#include "tests/support/FakeDictationSurroundings.h"
+#include "tests/update/FakePresenter.h"
+#include "ui/MenuBarController.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+using namespace std::chrono_literals;
+
+class TestMenuBarController : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void speaksBothLanguages_data();
+    void speaksBothLanguages();
+    void choosesModel();
+    void choosesWhatTheSettingsHold();
+    void tellsOfMissingKeys();
+    void startsDictation();
+    void quits();
+    void whoMayEndTheProgram();
+
+private:
+    [[nodiscard]] QMenu &opened();
+    [[nodiscard]] QAction *entry(QMenu &menu, const QString &text);
+    [[nodiscard]] static QStringList texts(const QMenu &menu);
+    [[nodiscard]] static QString chosen(const QMenu &menu);
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    FakePresenter m_updates;
+    FakeGuidance m_guidance;
+    FakeIndicator m_indicator;
+    FakeInjector m_injector;
+    std::unique_ptr<AppServices> m_services;
+    std::unique_ptr<MenuBarController> m_controller;
+};
+
+void TestMenuBarController::init()
+{
+    m_home = std::make_unique<QTemporaryDir>();
+    m_guidance.titles.clear();
+    AppServices::Environment environment;
+    environment.folders = {
+        .applicationSupport = m_home->path(), .resources = m_home->path(), .temporary = m_home->path()};
+    environment.defaultsFile = m_home->filePath(u"settings.json"_s);
+    environment.windows.emplace(AppServices::Windows{.updates = m_updates,
+                                                     .guidance = m_guidance,
+                                                     .indicator = m_indicator,
+                                                     .injector = m_injector,
+                                                     .openFile = {}});
+    m_services = std::make_unique<AppServices>(environment);
+    m_controller =
+        std::make_unique<MenuBarController>(MenuBarController::Services{.settings = m_services->settings(),
+                                                                        .models = m_services->models(),
+                                                                        .dictation = *m_services->dictation(),
+                                                                        .updates = *m_services->updates()});
+}
+
+void TestMenuBarController::cleanup()
+{
+    m_controller.reset();
+    m_services.reset();
+}
+
+QMenu &TestMenuBarController::opened()
+{
+    Q_EMIT m_controller->menu().aboutToShow();
+    return m_controller->menu();
+}
+
+QAction *TestMenuBarController::entry(QMenu &menu, const QString &text)
+{
+    for (QAction *action : menu.actions())
+        if (action->text() == text)
+            return action;
+    return nullptr;
+}
+
+QStringList TestMenuBarController::texts(const QMenu &menu)
+{
+    QStringList all;
+    for (const QAction *action : menu.actions())
+        if (!action->isSeparator())
+            all.append(action->text());
+    return all;
+}
+
+QString TestMenuBarController::chosen(const QMenu &menu)
+{
+    QStringList all;
+    for (const QAction *action : menu.actions())
+        if (action->isChecked())
+            all.append(action->text());
+    return all.join(u'|');
+}
+
+void TestMenuBarController::speaksBothLanguages_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("Russian") << u"ru"_s
+                             << QStringList{u"Готов"_s,
+                                            u"Начать диктовку"_s,
+                                            u"Модель распознавания"_s,
+                                            u"Клавиша диктовки"_s,
+                                            u"Язык распознавания"_s,
+                                            u"Режим диктовки"_s,
+                                            u"Перехват клавиш: ⚠️ нет доступа"_s,
+                                            u"Выдать «Универсальный доступ»…"_s,
+                                            u"Проверить обновления…"_s,
+                                            u"Завершить Orvane"_s};
+    QTest::newRow("English") << u"en"_s
+                             << QStringList{u"Ready"_s,
+                                            u"Start dictation"_s,
+                                            u"Recognition model"_s,
+                                            u"Dictation key"_s,
+                                            u"Recognition language"_s,
+                                            u"Dictation mode"_s,
+                                            u"Key capture: ⚠️ no access"_s,
+                                            u"Grant Accessibility…"_s,
+                                            u"Check for updates…"_s,
+                                            u"Quit Orvane"_s};
+}
+
+void TestMenuBarController::speaksBothLanguages()
+{
+    QFETCH(const QString, language);
+    QFETCH(const QStringList, expected);
+    m_services->settings().setInterfaceLanguage(language);
+    QCOMPARE(texts(opened()), expected);
+}
+
+void TestMenuBarController::choosesModel()
+{
+    QMenu *models = entry(opened(), u"Модель распознавания"_s)->menu();
+    QCOMPARE(texts(*models), QStringList{u"Нет скачанных моделей"_s});
+
+    QDir().mkpath(m_services->models().modelsDirectory());
+    const QList<WhisperModel> &catalog = WhisperModel::catalog();
+    for (const WhisperModel &model : {catalog[0], catalog[1]})
+        QVERIFY(QFile(m_services->models().localURL(model)).open(QFile::WriteOnly));
+    m_services->models().refresh();
+    models = entry(opened(), u"Модель распознавания"_s)->menu();
+    QCOMPARE(texts(*models), (QStringList{catalog[0].displayName, catalog[1].displayName}));
+    QCOMPARE(chosen(*models), catalog[0].displayName); // what is used when nothing was chosen
+
+    entry(*models, catalog[1].displayName)->trigger();
+    QCOMPARE(m_services->settings().selectedModelID(), catalog[1].id);
+    QCOMPARE(chosen(*entry(opened(), u"Модель распознавания"_s)->menu()), catalog[1].displayName);
+}
+
+void TestMenuBarController::choosesWhatTheSettingsHold()
+{
+    AppSettings &settings = m_services->settings();
+    entry(*entry(opened(), u"Клавиша диктовки"_s)->menu(), u"правый Alt"_s)->trigger();
+    QCOMPARE(settings.dictationTrigger(), u"ropt"_s);
+    QCOMPARE(chosen(*entry(opened(), u"Клавиша диктовки"_s)->menu()), u"правый Alt"_s);
+
+    QCOMPARE(chosen(*entry(opened(), u"Язык распознавания"_s)->menu()), u"Русский"_s);
+    entry(*entry(opened(), u"Язык распознавания"_s)->menu(), u"Автоопределение"_s)->trigger();
+    QCOMPARE(settings.languageCode(), u"auto"_s);
+
+    entry(*entry(opened(), u"Режим диктовки"_s)->menu(), u"Письмо"_s)->trigger();
+    QCOMPARE(settings.dictationMode(), DictationMode::Email);
+    QCOMPARE(chosen(*entry(opened(), u"Режим диктовки"_s)->menu()), u"Письмо"_s);
+}
+
+void TestMenuBarController::tellsOfMissingKeys()
+{
+    const QSignalSpy help(m_controller.get(), &MenuBarController::keyCaptureHelpRequested);
+    entry(opened(), u"Выдать «Универсальный доступ»…"_s)->trigger();
+    QCOMPARE(help.size(), 1);
+
+    m_services->dictation()->setHotkeyActive(true);
+    QVERIFY(entry(opened(), u"Перехват клавиш: ✅ активен"_s));
+    QVERIFY(!entry(opened(), u"Выдать «Универсальный доступ»…"_s));
+    m_controller->setKeyIsTaken(true);
+    QVERIFY(entry(opened(), u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"_s));
+}
+
+void TestMenuBarController::startsDictation()
+{
+    entry(opened(), u"Начать диктовку"_s)->trigger();
+    QCOMPARE(m_guidance.titles, QStringList{u"Нет модели"_s});
+    // The problem stays readable, but no wider than a menu may be.
+    const QString status = texts(opened()).constFirst();
+    QVERIFY(status.startsWith(u"Нет модели: "_s));
+    QVERIFY(status.size() <= 80);
+}
+
+void TestMenuBarController::quits()
+{
+    const QSignalSpy quit(m_controller.get(), &MenuBarController::quitRequested);
+    entry(opened(), u"Завершить Orvane"_s)->trigger();
+    QCOMPARE(quit.size(), 1);
+}
+
+void TestMenuBarController::whoMayEndTheProgram()
+{
+    using enum Termination::Source;
+    QVERIFY(Termination::isHonoured(User, 0s));
+    QVERIFY(!Termination::isHonoured(Session, 5999ms));
+    QVERIFY(Termination::isHonoured(Session, 6s));
+}
+
+QTEST_MAIN(TestMenuBarController)
+#include "tst_menubarcontroller.moc"

@@ -1,0 +1,185 @@
+#include "ui/DictationHUDModel.h"
+
+#include "app/settings/AppSettings.h"
+#include "app/settings/Localization.h"
+#include "dictation/DictationModeTexts.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+QString subtitleWhile(DictationMode mode)
+{
+    switch (mode) {
+    case DictationMode::Correct:
+        return Localization::text(u"Пунктуация и грамматика"_s);
+    case DictationMode::Email:
+        return Localization::text(u"Оформляю как письмо"_s);
+    case DictationMode::Prompt:
+        return Localization::text(u"Выполняю как запрос"_s);
+    }
+    Q_UNREACHABLE();
+}
+
+QString iconWhile(DictationMode mode)
+{
+    switch (mode) {
+    case DictationMode::Correct:
+        return u"text-check"_s;
+    case DictationMode::Email:
+        return u"envelope"_s;
+    case DictationMode::Prompt:
+        return u"wand"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QStringList forEachMode(QString (*text)(DictationMode))
+{
+    QStringList texts;
+    for (const DictationMode mode : dictationModes)
+        texts << text(mode);
+    return texts;
+}
+
+} // namespace
+
+DictationHUDModel::DictationHUDModel(AppSettings &settings) : m_settings(settings)
+{
+    connect(&settings, &AppSettings::dictationModeChanged, this, &DictationHUDModel::selectedChipChanged);
+    connect(&settings, &AppSettings::dictationTriggerNameChanged, this, &DictationHUDModel::contentChanged);
+    connect(&settings, &AppSettings::interfaceLanguageChanged, this, [this] {
+        Q_EMIT contentChanged();
+        Q_EMIT chipsChanged();
+    });
+}
+
+void DictationHUDModel::setState(DictationState state, std::optional<DictationMode> processing)
+{
+    if (m_state == state && m_processing == processing)
+        return;
+    m_state = state;
+    m_processing = processing;
+    Q_EMIT contentChanged();
+}
+
+void DictationHUDModel::setDeviceIsSilent(bool silent)
+{
+    if (m_deviceIsSilent == silent)
+        return;
+    m_deviceIsSilent = silent;
+    Q_EMIT contentChanged();
+}
+
+void DictationHUDModel::setWaveform(const QList<float> &levels)
+{
+    if (m_waveform == levels)
+        return;
+    m_waveform = levels;
+    Q_EMIT waveformChanged();
+}
+
+void DictationHUDModel::setNotice(const QString &text)
+{
+    if (m_notice == text)
+        return;
+    m_notice = text;
+    Q_EMIT contentChanged();
+}
+
+QString DictationHUDModel::title() const
+{
+    switch (m_state) {
+    case DictationState::Idle:
+    case DictationState::Starting:
+        return u"Orvane"_s;
+    case DictationState::Recording:
+        return Localization::text(u"Слушаю…"_s);
+    case DictationState::Transcribing:
+        return Localization::text(u"Распознаю…"_s);
+    case DictationState::Correcting:
+        return m_processing ? DictationModeTexts::processingStatus(*m_processing)
+                            : Localization::text(u"Обрабатываю…"_s);
+    }
+    Q_UNREACHABLE();
+}
+
+QString DictationHUDModel::subtitle() const
+{
+    if (subtitleIsWarning())
+        return Localization::text(u"Нет звука с микрофона — проверьте его"_s);
+    switch (m_state) {
+    case DictationState::Idle:
+    case DictationState::Starting:
+        return Localization::text(u"Готов"_s);
+    case DictationState::Recording:
+        return Localization::text(u"Дважды"_s) + u' ' + m_settings.dictationTriggerName() + u" — "_s +
+               Localization::text(u"готово · Esc — отмена"_s);
+    case DictationState::Correcting:
+        if (m_processing)
+            return subtitleWhile(*m_processing);
+        [[fallthrough]];
+    case DictationState::Transcribing:
+        return Localization::text(u"Подождите немного"_s);
+    }
+    Q_UNREACHABLE();
+}
+
+bool DictationHUDModel::subtitleIsWarning() const
+{
+    return isListening() && m_deviceIsSilent;
+}
+
+QString DictationHUDModel::iconName() const
+{
+    switch (m_state) {
+    case DictationState::Idle:
+    case DictationState::Starting:
+    case DictationState::Recording:
+        return u"mic"_s;
+    case DictationState::Transcribing:
+        return u"waveform"_s;
+    case DictationState::Correcting:
+        return m_processing ? iconWhile(*m_processing) : u"sparkles"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+bool DictationHUDModel::isWorking() const
+{
+    return m_state == DictationState::Transcribing || m_state == DictationState::Correcting;
+}
+
+QStringList DictationHUDModel::chipTitles() const
+{
+    return forEachMode(DictationModeTexts::title);
+}
+
+QStringList DictationHUDModel::chipHelps() const
+{
+    return forEachMode(DictationModeTexts::description);
+}
+
+int DictationHUDModel::selectedChip() const
+{
+    return int(std::ranges::find(dictationModes, m_settings.dictationMode()) - dictationModes.begin());
+}
+
+void DictationHUDModel::selectChip(int chip)
+{
+    m_settings.setDictationMode(dictationModes.at(std::size_t(chip)));
+}
+
+void DictationHUDModel::setHoveredChip(int chip)
+{
+    if (m_hoveredChip == chip)
+        return;
+    m_hoveredChip = chip;
+    Q_EMIT hoveredChipChanged();
+}
+
+} // namespace orvane

@@ -1,0 +1,152 @@
+#include "ui/HUDController.h"
+
+#include "app/base/Async.h"
+#include "ui/DictationHUDModel.h"
+#include "ui/HUDPlacement.h"
+#include "ui/WindowBlending.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QLibrary>
+#include <QPainterPath>
+#include <QScreen>
+#include <QToolTip>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orvane {
+
+namespace {
+
+constexpr auto untilShownAgain = 120ms;
+constexpr auto lengthOfNotice = 3s;
+constexpr auto untilHelp = 600ms;
+constexpr int cornerRadius = 28; // pixels
+
+// Never takes the focus; the window manager does not see it, so it is on every desktop and over
+// full-screen windows.
+constexpr Qt::WindowFlags windowFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                                        Qt::BypassWindowManagerHint | Qt::WindowDoesNotAcceptFocus |
+                                        Qt::NoDropShadowWindowHint;
+
+IndicatorWindowMaker *loadedMaker(const QString &moduleFile)
+{
+    QLibrary library(moduleFile);
+    library.setLoadHints(QLibrary::PreventUnloadHint); // Qt's own libraries do not survive that
+    const auto maker = reinterpret_cast<IndicatorWindowMaker *>(library.resolve(indicatorWindowMakerName));
+    if (!maker)
+        qWarning("The dictation indicator could not be loaded: %s", qUtf8Printable(library.errorString()));
+    return maker;
+}
+
+QRegion capsuleShape(QSize size)
+{
+    QPainterPath shape;
+    shape.addRoundedRect(QRectF(QPointF(), size), cornerRadius, cornerRadius);
+    return QRegion(shape.toFillPolygon().toPolygon());
+}
+
+} // namespace
+
+HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder)
+    : m_hud(hud),
+      m_moduleFile(moduleFolder + u"/orvane-indicator"_s)
+{
+    m_again.setSingleShot(true);
+    m_again.setInterval(untilShownAgain);
+    m_again.callOnTimeout(&m_again, [this] { present(); });
+    m_endOfNotice.setSingleShot(true);
+    m_endOfNotice.setInterval(lengthOfNotice);
+    m_endOfNotice.callOnTimeout(&m_endOfNotice, [this] { hide(); });
+    m_help.setSingleShot(true);
+    m_help.setInterval(untilHelp);
+    m_help.callOnTimeout(&m_help, [this] { showHelp(); });
+    QObject::connect(&hud, &DictationHUDModel::hoveredChipChanged, &m_help, [this] {
+        QToolTip::hideText();
+        m_help.start(); // also for none: then it ends in nothing
+    });
+}
+
+HUDController::~HUDController()
+{
+    m_lifetime.request_stop();
+    HUDController::hide();
+}
+
+void HUDController::show()
+{
+    m_endOfNotice.stop();
+    m_hud.setNotice({});
+    appear();
+}
+
+void HUDController::hide()
+{
+    m_wantsVisible = false;
+    m_again.stop();
+    m_endOfNotice.stop();
+    if (m_isReady)
+        m_window->hide();
+    m_hud.setHoveredChip(-1);
+}
+
+void HUDController::notice(const QString &text)
+{
+    m_hud.setNotice(text);
+    m_endOfNotice.start();
+    appear();
+}
+
+void HUDController::appear()
+{
+    m_wantsVisible = true;
+    if (m_isReady) {
+        present();
+        m_again.start();
+    } else if (!m_isBeingMade) {
+        m_isBeingMade = true;
+        spawn(makeWindow());
+    }
+}
+
+QCoro::Task<> HUDController::makeWindow()
+{
+    const std::stop_token lifetime = m_lifetime.get_token();
+    const auto load = [file = m_moduleFile] { return loadedMaker(file); };
+    IndicatorWindowMaker *maker = co_await offMainThread(load);
+    throwIfCancelled(lifetime);
+    if (!maker)
+        co_return;
+    m_window.reset(maker(&m_hud, [this] {
+        m_isReady = true;
+        if (m_wantsVisible)
+            appear();
+    }));
+    m_window->setFlags(windowFlags);
+}
+
+void HUDController::present()
+{
+    reposition();
+    m_window->setMask(windowsAreBlended() ? QRegion() : capsuleShape(m_window->size()));
+    m_window->show();
+    m_window->raise();
+}
+
+void HUDController::reposition()
+{
+    QList<HUDPlacement::Screen> screens;
+    for (const QScreen *screen : QGuiApplication::screens()) // the primary one comes first
+        screens.append({.frame = screen->geometry(), .available = screen->availableGeometry()});
+    m_window->setPosition(HUDPlacement::position(m_window->size(), QCursor::pos(), screens));
+}
+
+void HUDController::showHelp()
+{
+    if (const int chip = m_hud.hoveredChip(); chip >= 0)
+        QToolTip::showText(QCursor::pos(), m_hud.chipHelps().at(chip));
+}
+
+} // namespace orvane

@@ -1,0 +1,256 @@
+#include "ui/MenuBarController.h"
+
+#include "app/base/Async.h"
+#include "app/settings/AppSettings.h"
+#include "app/settings/BuildInfo.h"
+#include "app/settings/Localization.h"
+#include "app/settings/TriggerName.h"
+#include "dictation/DictationController.h"
+#include "dictation/DictationModeTexts.h"
+#include "models/ModelManager.h"
+#include "ui/TrayIcon.h"
+#include "update/UpdateChecker.h"
+
+#include <QActionGroup>
+#include <QCursor>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+using State = DictationState;
+
+/// A status line must not make the menu as wide as the screen.
+constexpr qsizetype longestStatus = 80;
+
+TrayIcon::Look lookOf(State state)
+{
+    switch (state) {
+    case State::Idle:
+    case State::Starting:
+        return TrayIcon::Look::Ready;
+    case State::Recording:
+        return TrayIcon::Look::Recording;
+    case State::Transcribing:
+    case State::Correcting:
+        return TrayIcon::Look::Busy;
+    }
+    Q_UNREACHABLE();
+}
+
+/// A text of the user's or a library's, where "&" would underline the next letter.
+QString asShown(QString text)
+{
+    return text.replace(u'&', u"&&"_s);
+}
+
+QAction *addLine(QMenu &menu, const QString &text)
+{
+    QAction *line = menu.addAction(asShown(text));
+    line->setEnabled(false);
+    return line;
+}
+
+/// A submenu of which one entry is chosen.
+class ChoiceMenu
+{
+public:
+    ChoiceMenu(QMenu &menu, const QString &title)
+        : m_menu(menu.addMenu(title)),
+          m_group(new QActionGroup(m_menu))
+    {}
+
+    template <typename Choose>
+    void add(const QString &text, bool isChosen, Choose choose)
+    {
+        QAction *entry = m_menu->addAction(asShown(text));
+        entry->setCheckable(true);
+        entry->setChecked(isChosen);
+        m_group->addAction(entry);
+        QObject::connect(entry, &QAction::triggered, entry, choose);
+    }
+
+    [[nodiscard]] QMenu &menu() { return *m_menu; }
+
+private:
+    QMenu *m_menu;
+    QActionGroup *m_group;
+};
+
+} // namespace
+
+MenuBarController::MenuBarController(Services services, QObject *parent)
+    : QObject(parent),
+      m_services(services)
+{
+    connect(&m_menu, &QMenu::aboutToShow, this, &MenuBarController::rebuild);
+    connect(&m_services.dictation, &DictationController::stateChanged, this, &MenuBarController::showState);
+    connect(&m_services.dictation, &DictationController::lastErrorChanged, this,
+            &MenuBarController::showState);
+    connect(&m_services.settings, &AppSettings::interfaceLanguageChanged, this,
+            &MenuBarController::showState);
+    connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger)
+            m_menu.popup(QCursor::pos());
+    });
+    rebuild();
+    showState();
+    m_icon.setContextMenu(&m_menu);
+    m_icon.show();
+}
+
+void MenuBarController::setKeyIsTaken(bool taken)
+{
+    m_keyIsTaken = taken;
+}
+
+void MenuBarController::announce()
+{
+    m_icon.showMessage(BuildInfo::editionName,
+                       Localization::text(u"Orvane уже работает: его значок — в области уведомлений."_s),
+                       m_icon.icon());
+}
+
+void MenuBarController::showState()
+{
+    m_icon.setIcon(TrayIcon::icon(lookOf(m_services.dictation.state())));
+    m_icon.setToolTip(QString(BuildInfo::editionName) + u" — "_s + statusLine());
+}
+
+QString MenuBarController::statusLine() const
+{
+    const DictationController &dictation = m_services.dictation;
+    switch (dictation.state()) {
+    case State::Idle:
+        if (!dictation.lastError().isEmpty())
+            return dictation.lastError();
+        [[fallthrough]];
+    case State::Starting:
+        return Localization::text(u"Готов"_s);
+    case State::Recording:
+        return Localization::text(u"Слушаю…"_s);
+    case State::Transcribing:
+        return Localization::text(u"Распознаю…"_s);
+    case State::Correcting:
+        return DictationModeTexts::processingStatus(
+            dictation.processingMode().value_or(DictationMode::Correct));
+    }
+    Q_UNREACHABLE();
+}
+
+void MenuBarController::rebuild()
+{
+    m_menu.clear();
+    QString status = statusLine();
+    if (status.size() > longestStatus)
+        status = status.left(longestStatus - 1) + u'…';
+    addLine(m_menu, status)->setToolTip(statusLine());
+    addDictation();
+    m_menu.addSeparator();
+    addModels();
+    addTriggers();
+    addLanguages();
+    addModes();
+    addKeyCapture();
+    m_menu.addSeparator();
+    addUpdates();
+    QAction *quit =
+        m_menu.addAction(Localization::text(u"Завершить Orvane"_s), this, &MenuBarController::quitRequested);
+    quit->setShortcut(QKeySequence(u"Ctrl+Q"_s));
+}
+
+void MenuBarController::addDictation()
+{
+    DictationController &dictation = m_services.dictation;
+    switch (dictation.state()) {
+    case State::Idle:
+        m_menu.addAction(Localization::text(u"Начать диктовку"_s), &dictation, &DictationController::start);
+        break;
+    case State::Starting:
+        addLine(m_menu, Localization::text(u"Начать диктовку"_s));
+        break;
+    case State::Recording:
+        m_menu.addAction(Localization::text(u"Завершить диктовку"_s), &dictation, &DictationController::stop);
+        [[fallthrough]];
+    case State::Transcribing:
+    case State::Correcting:
+        m_menu.addAction(Localization::text(u"Отменить диктовку"_s), &dictation,
+                         &DictationController::cancel);
+        break;
+    }
+}
+
+void MenuBarController::addKeyCapture()
+{
+    if (!m_services.dictation.hotkeyActive()) {
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ нет доступа"_s));
+        m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"_s), this,
+                         &MenuBarController::keyCaptureHelpRequested);
+    } else if (m_keyIsTaken) {
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"_s));
+    } else {
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ✅ активен"_s));
+    }
+}
+
+void MenuBarController::addModels()
+{
+    ChoiceMenu choice(m_menu, Localization::text(u"Модель распознавания"_s));
+    AppSettings &settings = m_services.settings;
+    const auto resolved = m_services.models.resolved(settings.selectedModelID());
+    if (!resolved)
+        addLine(choice.menu(), Localization::text(u"Нет скачанных моделей"_s));
+    for (const WhisperModel &model : m_services.models.downloadedModels()) {
+        choice.add(model.displayName, model.id == resolved->id,
+                   [&settings, id = model.id] { settings.setSelectedModelID(id); });
+    }
+}
+
+void MenuBarController::addTriggers()
+{
+    ChoiceMenu choice(m_menu, Localization::text(u"Клавиша диктовки"_s));
+    AppSettings &settings = m_services.settings;
+    const bool isOption = settings.dictationTrigger() == "ropt"_L1;
+    choice.add(Localization::text(triggerName(u"rcmd"_s)), !isOption,
+               [&settings] { settings.setDictationTrigger(u"rcmd"_s); });
+    choice.add(Localization::text(triggerName(u"ropt"_s)), isOption,
+               [&settings] { settings.setDictationTrigger(u"ropt"_s); });
+}
+
+void MenuBarController::addLanguages()
+{
+    ChoiceMenu choice(m_menu, Localization::text(u"Язык распознавания"_s));
+    AppSettings &settings = m_services.settings;
+    const QString chosen = settings.language().code;
+    for (const TranscriptionLanguage &language : TranscriptionLanguage::all()) {
+        choice.add(Localization::text(language.name), language.code == chosen,
+                   [&settings, code = language.code] { settings.setLanguageCode(code); });
+    }
+}
+
+void MenuBarController::addModes()
+{
+    ChoiceMenu choice(m_menu, Localization::text(u"Режим диктовки"_s));
+    AppSettings &settings = m_services.settings;
+    for (const DictationMode mode : dictationModes) {
+        choice.add(DictationModeTexts::title(mode), mode == settings.dictationMode(),
+                   [&settings, mode] { settings.setDictationMode(mode); });
+    }
+}
+
+void MenuBarController::addUpdates()
+{
+    UpdateChecker &updates = m_services.updates;
+    if (const auto release = updates.available()) {
+        m_menu.addAction(Localization::text(u"Доступна версия "_s) + asShown(release->version) + u"…"_s, this,
+                         [&updates, release = *release] { spawn(updates.offerDownload(release)); });
+        return;
+    }
+    QAction *check = m_menu.addAction(Localization::text(u"Проверить обновления…"_s), this,
+                                      [&updates] { spawn(updates.check(UpdateChecker::Mode::Interactive)); });
+    check->setEnabled(!updates.checking() && !updates.downloading());
+}
+
+} // namespace orvane

@@ -1,0 +1,8 @@
+#include "ui/indicator/IndicatorModule.h"
+
+#include "ui/indicator/IndicatorWindow.h"
+
+extern "C" Q_DECL_EXPORT QWindow *orvaneMakeIndicatorWindow1(QObject *hud, std::function<void()> ready)
+{
+    return new orvane::IndicatorWindow(hud, std::move(ready));
+}
