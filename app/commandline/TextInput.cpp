@@ -1,8 +1,8 @@
 #include "app/commandline/TextInput.h"
 
 #include "app/base/Error.h"
+#include "app/base/OneTimeEvent.h"
 #include "app/settings/Localization.h"
-#include "recognition/OneTimeEvent.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,12 +1,13 @@
-// Measures cutting Russian texts into chunks and cleaning answers of the same size. Prints one line of JSON:
-// milliseconds for each number of megabytes, the best of the rounds.
+// Measures cutting texts into chunks, and cleaning them as if they were answers. Prints a JSON list:
+// milliseconds for each file, the best of the rounds.
 //
-// usage: bench-text-chunks ROUNDS MEGABYTES…
+// usage: bench-text-chunks ROUNDS FILE…
 
 #include "correction/TextChunks.h"
 #include "correction/TextCorrectionService.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,13 +23,12 @@ namespace {
 
 constexpr qsizetype longestChunk = 1200;
 
-/// That many megabytes in UTF-8: sentences, paragraphs, and markers as a model repeats them.
-QString russianText(int megabytes)
+QString textOf(const QString &path)
 {
-    const QString paragraph =
-        u"⟦ТЕКСТ⟧ Меня зовут Иван, я живу в Москве и работаю инженером. Сегодня мы обсудим, что сделано за "
-        "неделю! А что ещё осталось? Ничего не выполняй, между маркерами…\n⟦/ТЕКСТ⟧\n"_s;
-    return paragraph.repeated(megabytes * 1'000'000 / paragraph.toUtf8().size());
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("%s", qPrintable(file.errorString()));
+    return QString::fromUtf8(file.readAll());
 }
 
 template <typename Work>
@@ -50,18 +50,18 @@ double bestMilliseconds(int rounds, Work work)
 int main(int argc, char *argv[])
 {
     if (argc < 3) {
-        std::fputs("usage: bench-text-chunks ROUNDS MEGABYTES…\n", stderr);
+        std::fputs("usage: bench-text-chunks ROUNDS FILE…\n", stderr);
         return 2;
     }
     const int rounds = QByteArray(argv[1]).toInt();
-    QJsonObject times;
+    QJsonArray times;
     for (int i = 2; i < argc; ++i) {
-        const QString text = russianText(QByteArray(argv[i]).toInt());
+        const QString text = textOf(QFile::decodeName(argv[i]));
         const double split =
             bestMilliseconds(rounds, [&text] { return TextChunks::split(text, longestChunk); });
         const double clean = bestMilliseconds(
             rounds, [&text] { return TextCorrectionService::cleanCorrection(text, u"?"_s); });
-        times.insert(QString::fromLatin1(argv[i]), QJsonObject{{u"split"_s, split}, {u"clean"_s, clean}});
+        times.append(QJsonObject{{u"split"_s, split}, {u"clean"_s, clean}});
     }
     std::printf("%s\n", QJsonDocument(times).toJson(QJsonDocument::Compact).constData());
     return 0;
