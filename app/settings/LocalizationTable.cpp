@@ -351,7 +351,8 @@ constexpr TextPair pairs[] = {
     {u"Для этой команды --output должен указывать файл, а не папку: ",
      u"For this command --output must name a file, not a folder: "},
     {u"Это не языковая модель в формате GGUF: ", u"This is no language model in GGUF form: "},
-    {u"Не скачано ни одной языковой модели. Скачайте её (orvane models download ИМЯ) или укажите файл: --model "
+    {u"Не скачано ни одной языковой модели. Скачайте её (orvane models download ИМЯ) или укажите файл: "
+     u"--model "
      u"ПУТЬ",
      u"No language model is downloaded. Download one (orvane models download NAME) or name a file: --model "
      u"PATH"},
