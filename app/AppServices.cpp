@@ -40,6 +40,7 @@ AppServices::AppServices(const Environment &environment)
 
 AppServices::~AppServices()
 {
+    m_recordProcessor.reset(); // uses the transcriber
     // They tell their work on other threads to stop; that work uses the decoder until it has.
     m_meeting.reset();
     m_transcriber.reset();
@@ -77,6 +78,18 @@ TextCorrectionService &AppServices::corrector()
             BuiltInModel::ofThisSystem());
     }
     return *m_corrector;
+}
+
+RecordProcessor &AppServices::recordProcessor()
+{
+    if (!m_recordProcessor) {
+        m_recordProcessor = std::make_unique<RecordProcessor>(
+            RecordProcessor::Collaborators{.history = *m_history,
+                                           .corrector = corrector(),
+                                           .transcriber = transcriber(),
+                                           .recordingsFolder = m_folders.recordings()});
+    }
+    return *m_recordProcessor;
 }
 
 DictationController *AppServices::dictation()

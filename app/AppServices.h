@@ -7,6 +7,7 @@
 #include "correction/catalogue/CorrectionModelManager.h"
 #include "dictation/DictationController.h"
 #include "history/HistoryStore.h"
+#include "history/processing/RecordProcessor.h"
 #include "meeting/MeetingTranscriber.h"
 #include "models/ModelManager.h"
 #include "recognition/AudioDecoder.h"
@@ -72,6 +73,8 @@ public:
     [[nodiscard]] MeetingTranscriber &meeting();
     /// As above.
     [[nodiscard]] TextCorrectionService &corrector();
+    /// As above.
+    [[nodiscard]] RecordProcessor &recordProcessor();
     /// As above; null without windows, as its text goes into other programs' windows.
     [[nodiscard]] DictationController *dictation();
     /// As above. The application has it report when the user turns sharing on.
@@ -96,6 +99,7 @@ private:
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
+    std::unique_ptr<RecordProcessor> m_recordProcessor;
     std::unique_ptr<DictationController> m_dictation;
     std::unique_ptr<MeetingTranscriber> m_meeting;
     std::unique_ptr<Telemetry> m_telemetry;

@@ -223,7 +223,8 @@ void EngineServer::stop()
 
 QCoro::Task<> EngineServer::stopAndWait()
 {
-    return end(takeProcess());
+    const Process process = takeProcess();
+    return end(process ? process : m_ending.lock());
 }
 
 EngineServer::Process EngineServer::takeProcess()
@@ -231,6 +232,8 @@ EngineServer::Process EngineServer::takeProcess()
     m_loadedModelPath.clear();
     m_port = 0;
     m_key.clear();
+    if (m_process)
+        m_ending = m_process;
     return std::exchange(m_process, nullptr);
 }
 

@@ -91,7 +91,7 @@ public:
     /// Cancelled.
     void stop();
 
-    /// The same, and returns once the process is gone.
+    /// The same, and returns once the process is gone, also when stop() was called before.
     QCoro::Task<> stopAndWait();
 
     /// An error of this engine with its prefix, also for callers that refuse a request on its behalf.
@@ -155,6 +155,8 @@ private:
     QNetworkAccessManager m_network;
 
     Process m_process;
+    /// The last one that was asked to end.
+    std::weak_ptr<QProcess> m_ending;
     quint16 m_port = 0;
     QString m_key;
     QString m_loadedModelPath;

@@ -36,14 +36,6 @@ QString recognitionStatus()
     return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s);
 }
 
-QString joinedText(const QList<DisplaySegment> &segments)
-{
-    QString text;
-    for (const DisplaySegment &segment : segments)
-        text += segment.text;
-    return text;
-}
-
 } // namespace
 
 TranscriptionService::TranscriptionService(Collaborators collaborators, QObject *parent)
@@ -103,7 +95,8 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
     setWorking(false);
 }
 
-QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Request request)
+QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Request request,
+                                                                            std::stop_token stop)
 {
     EngineTurns::Turn turn = m_turns.take();
     if (!turn)
@@ -119,7 +112,8 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Requ
         if (!alive.stop_requested())
             setBusy(false);
     });
-    co_return co_await run(request, Audience::Nobody, alive);
+    const EitherStop either(alive, stop);
+    co_return co_await run(request, Audience::Nobody, either.token());
 }
 
 QCoro::Task<QList<DisplaySegment>> TranscriptionService::run(Request request, Audience audience,

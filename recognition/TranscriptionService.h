@@ -93,8 +93,8 @@ public:
     QCoro::Task<> transcribe(Request request);
 
     /// Transcribes for the caller alone and saves nothing. Throws, at once when another operation has the
-    /// engine.
-    QCoro::Task<QList<DisplaySegment>> transcribeDetached(Request request);
+    /// engine, and Cancelled when it is stopped.
+    QCoro::Task<QList<DisplaySegment>> transcribeDetached(Request request, std::stop_token stop = {});
 
     /// Begins to load the engine with a model; errors will show when it is needed.
     void prewarm(const QString &modelPath);

@@ -2,6 +2,7 @@
 
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Output.h"
+#include "app/commandline/TextInput.h"
 #include "app/settings/Localization.h"
 #include "app/settings/TranscriptionLanguage.h"
 
@@ -22,6 +23,7 @@ const QString formatOption = u"format"_s;
 const QString outputOption = u"output"_s;
 const QString speakersOption = u"speakers"_s;
 const QString noHistoryOption = u"no-history"_s;
+const QString recordOption = u"record"_s;
 const QString repositoryOption = u"repository"_s;
 
 QCommandLineOption withValue(const QString &name)
@@ -69,14 +71,34 @@ OutputFormat formatOf(const QCommandLineParser &parser)
     throw usageError(Localization::text(u"Неизвестный формат (есть txt, md, srt и json): "_s), name);
 }
 
+/// The option's value; none when it is not there.
+std::optional<QString> valueOf(const QString &option, const QCommandLineParser &parser)
+{
+    if (!parser.isSet(option))
+        return std::nullopt;
+    QString value = parser.value(option);
+    if (value.isEmpty())
+        throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + option);
+    return value;
+}
+
 QString outputOf(const QCommandLineParser &parser)
 {
-    if (!parser.isSet(outputOption))
-        return Output::standardOutput.toString();
-    const QString path = parser.value(outputOption);
-    if (path.isEmpty())
-        throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + outputOption);
-    return path;
+    return valueOf(outputOption, parser).value_or(Output::standardOutput.toString());
+}
+
+QString recordIn(const QStringList &words)
+{
+    if (words.isEmpty())
+        throw UsageError(
+            Localization::text(u"Укажите запись: её обозначение показывает orvane history list."_s));
+    return words.first();
+}
+
+void refuseMoreThan(qsizetype expected, const QStringList &words)
+{
+    if (words.size() > expected)
+        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[expected]);
 }
 
 QString languageOf(const QCommandLineParser &parser)
@@ -131,21 +153,65 @@ Command parseHistory(const QStringList &arguments)
     HistoryCommand::Options options;
     options.action = actionNamed(words.value(0, u"list"_s), actions,
                                  Localization::text(u"Неизвестное действие с историей: "_s));
-    options.id = words.value(1);
     options.title = words.value(2).trimmed();
     options.format = formatOf(parser);
     options.output = outputOf(parser);
 
     if (options.action != Action::Export && (parser.isSet(formatOption) || parser.isSet(outputOption)))
         throw UsageError(Localization::text(u"--format и --output есть только у history export."_s));
-    if (options.action != Action::List && options.id.isEmpty())
-        throw UsageError(
-            Localization::text(u"Укажите запись: её обозначение показывает orvane history list."_s));
+    if (options.action != Action::List)
+        options.id = recordIn(words.mid(1));
     if (options.action == Action::Rename && options.title.isEmpty())
         throw UsageError(Localization::text(u"Укажите новое название записи."_s));
-    const qsizetype expected = options.action == Action::List ? 1 : options.action == Action::Rename ? 3 : 2;
-    if (words.size() > expected)
-        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[expected]);
+    refuseMoreThan(options.action == Action::List ? 1 : options.action == Action::Rename ? 3 : 2, words);
+    return options;
+}
+
+Command parseRetranscribe(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOptions({withValue(modelOption), withValue(languageOption)});
+    parseInto(parser, arguments);
+    const QStringList words = parser.positionalArguments();
+    RetranscribeCommand::Options options;
+    options.id = recordIn(words);
+    options.model = parser.value(modelOption);
+    options.language = languageOf(parser);
+    refuseMoreThan(1, words);
+    return options;
+}
+
+const QMap<QString, TextCommand::Action> &textActions()
+{
+    using Action = TextCommand::Action;
+    static const QMap<QString, Action> actions = {{u"correct"_s, Action::Correct},
+                                                  {u"email"_s, Action::Email},
+                                                  {u"prompt"_s, Action::Prompt},
+                                                  {u"ask"_s, Action::Ask},
+                                                  {u"protocol"_s, Action::Protocol}};
+    return actions;
+}
+
+Command parseText(TextCommand::Action action, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOptions({withValue(recordOption), withValue(modelOption), withValue(outputOption)});
+    parseInto(parser, arguments);
+
+    QStringList words = parser.positionalArguments();
+    TextCommand::Options options;
+    options.action = action;
+    if (action == TextCommand::Action::Ask) {
+        options.question = words.value(0).trimmed();
+        if (options.question.isEmpty())
+            throw UsageError(Localization::text(u"Задайте вопрос: orvane ask ВОПРОС [ФАЙЛ]"_s));
+        words.removeFirst();
+    }
+    options.record = valueOf(recordOption, parser).value_or(QString());
+    options.input = words.value(0, TextInput::standardInput.toString());
+    options.model = parser.value(modelOption);
+    options.output = outputOf(parser);
+    refuseMoreThan(options.record.isEmpty() ? 1 : 0, words);
     return options;
 }
 
@@ -169,8 +235,8 @@ Command parseModels(const QStringList &arguments)
     const bool needsModel = options.action == Action::Download || options.action == Action::Delete;
     if (needsModel && options.ids.isEmpty())
         throw UsageError(Localization::text(u"Укажите модель: их названия показывает orvane models list."_s));
-    if (options.action == Action::List && !options.ids.isEmpty())
-        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), options.ids.first());
+    if (options.action == Action::List)
+        refuseMoreThan(1, words);
     return options;
 }
 
@@ -216,8 +282,10 @@ Command parse(const QStringList &arguments)
         return RunApplication{Start::Background};
     if (name == "transcribe"_L1)
         return parseTranscribe(rest);
+    if (const auto action = textActions().constFind(name); action != textActions().cend())
+        return parseText(*action, rest);
     if (name == "history"_L1)
-        return parseHistory(rest);
+        return rest.value(0) == "retranscribe"_L1 ? parseRetranscribe(rest.sliced(1)) : parseHistory(rest);
     if (name == "models"_L1)
         return parseModels(rest);
     if (const auto control = parseControl(arguments))
@@ -237,10 +305,20 @@ QString help()
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю
 
+  orvane correct [ФАЙЛ|-]         исправить в тексте пунктуацию и ошибки распознавания
+  orvane email [ФАЙЛ|-]           составить из текста письмо
+  orvane prompt [ФАЙЛ|-]          выполнить то, о чём просит текст
+  orvane ask ВОПРОС [ФАЙЛ|-]      ответить на вопрос по тексту
+  orvane protocol [ФАЙЛ|-]        составить по тексту протокол совещания
+      --record ID                 взять текст записи; correct, ask и protocol сохранят в ней результат
+      --model ИМЯ|ПУТЬ            языковая модель (по умолчанию выбранная в настройках)
+      --output ПУТЬ|-             файл для результата (по умолчанию стандартный вывод)
+
   orvane history [list]           показать историю
   orvane history show ID          показать запись
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
+  orvane history retranscribe ID  расшифровать запись заново (--model, --language — как выше)
   orvane history delete ID        удалить запись
 
   orvane models [list]            показать модели: размер, память, что скачано

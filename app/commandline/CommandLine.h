@@ -3,6 +3,8 @@
 #include "app/commandline/ControlCommand.h"
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
+#include "app/commandline/RetranscribeCommand.h"
+#include "app/commandline/TextCommand.h"
 #include "app/commandline/TranscribeCommand.h"
 
 #include <QStringList>
@@ -28,7 +30,8 @@ struct RunApplication
 };
 
 using Command = std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options,
-                             HistoryCommand::Options, ModelsCommand::Options, ControlCommand::Options>;
+                             TextCommand::Options, HistoryCommand::Options, RetranscribeCommand::Options,
+                             ModelsCommand::Options, ControlCommand::Options>;
 
 /// What the arguments, without the program's name, ask for. Throws UsageError.
 [[nodiscard]] Command parse(const QStringList &arguments);

@@ -41,13 +41,29 @@ int untilDone(QCoro::Task<int> task, const std::function<void()> &interrupt)
     return signal ? Interruption::exitStatus(*signal) : status.value_or(ExitStatus::failure);
 }
 
+template <typename Command>
+int executeWithServices(const typename Command::Options &options)
+{
+    AppServices services({});
+    Command command(services, options);
+    return untilDone(command.run(), [&command] { command.interrupt(); });
+}
+
 } // namespace
 
 int execute(const TranscribeCommand::Options &options)
 {
-    AppServices services({});
-    TranscribeCommand command(services, options);
-    return untilDone(command.run(), [&command] { command.interrupt(); });
+    return executeWithServices<TranscribeCommand>(options);
+}
+
+int execute(const TextCommand::Options &options)
+{
+    return executeWithServices<TextCommand>(options);
+}
+
+int execute(const RetranscribeCommand::Options &options)
+{
+    return executeWithServices<RetranscribeCommand>(options);
 }
 
 int execute(const HistoryCommand::Options &options)

@@ -2,6 +2,8 @@
 
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
+#include "app/commandline/RetranscribeCommand.h"
+#include "app/commandline/TextCommand.h"
 #include "app/commandline/TranscribeCommand.h"
 
 /// Runs one command in the event loop until it is done or a signal ends it; returns the exit status.
@@ -9,7 +11,9 @@
 namespace orvane::CommandRun {
 
 [[nodiscard]] int execute(const TranscribeCommand::Options &options);
+[[nodiscard]] int execute(const TextCommand::Options &options);
 [[nodiscard]] int execute(const HistoryCommand::Options &options);
+[[nodiscard]] int execute(const RetranscribeCommand::Options &options);
 [[nodiscard]] int execute(const ModelsCommand::Options &options);
 
 } // namespace orvane::CommandRun

@@ -1,21 +1,13 @@
 #include "app/commandline/HistoryCommand.h"
 
 #include "app/commandline/ExitStatus.h"
+#include "app/commandline/HistoryAccess.h"
 #include "app/commandline/Output.h"
-#include "app/settings/Localization.h"
+#include "app/commandline/RecordText.h"
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
-
-namespace {
-
-QString shownTime(const QDateTime &moment)
-{
-    return moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm"_s);
-}
-
-} // namespace
 
 HistoryCommand::HistoryCommand(HistoryStore &history, Options options)
     : m_history(history),
@@ -30,12 +22,12 @@ QCoro::Task<int> HistoryCommand::run()
         co_return ExitStatus::success;
     }
 
-    const TranscriptRecord chosen = record();
+    const TranscriptRecord chosen = HistoryAccess::recordNamed(m_history, m_options.id);
     switch (m_options.action) {
     case Action::List:
         Q_UNREACHABLE();
     case Action::Show:
-        show(chosen);
+        Output::write(readable(chosen).toUtf8());
         break;
     case Action::Export:
         Output::write(rendered(chosen, m_options.format), m_options.output);
@@ -47,9 +39,7 @@ QCoro::Task<int> HistoryCommand::run()
         m_history.remove(chosen.id);
         break;
     }
-    co_await m_history.flush();
-    if (const QString error = m_history.lastError(); !error.isEmpty())
-        throw Error(error);
+    co_await HistoryAccess::untilSaved(&m_history);
     co_return ExitStatus::success;
 }
 
@@ -62,39 +52,6 @@ void HistoryCommand::list() const
                                                timecodeOf(record.durationMs).rightJustified(8), record.title);
     }
     Output::write(lines.toUtf8());
-}
-
-void HistoryCommand::show(const TranscriptRecord &record) const
-{
-    QString text = record.title + u'\n';
-    text +=
-        u"%1 · %2 · %3 · %4 · %5\n"_s.arg(title(record.kind), shownTime(record.createdAt),
-                                          timecodeOf(record.durationMs), record.modelID, record.languageCode);
-    if (record.sourceFilePath)
-        text += *record.sourceFilePath + u'\n';
-    text += u'\n';
-    for (const TranscriptRecord::Segment &segment : record.segments)
-        text += timecodeOf(segment.start).rightJustified(8) + u"  "_s + segment.text.trimmed() + u'\n';
-    if (record.segments.isEmpty())
-        text += record.text.trimmed() + u'\n';
-    Output::write(text.toUtf8());
-}
-
-TranscriptRecord HistoryCommand::record() const
-{
-    const TranscriptRecord *found = nullptr;
-    for (const TranscriptRecord &record : m_history.records()) {
-        if (!uuidText(record.id).startsWith(m_options.id, Qt::CaseInsensitive))
-            continue;
-        if (found && found->id != record.id)
-            throw Error(Localization::text(u"Под это обозначение подходит несколько записей: "_s) +
-                        m_options.id);
-        if (!found)
-            found = &record;
-    }
-    if (!found)
-        throw Error(Localization::text(u"В истории нет записи "_s) + m_options.id);
-    return *found;
 }
 
 } // namespace orvane

@@ -32,8 +32,6 @@ public:
 
 private:
     void list() const;
-    void show(const TranscriptRecord &record) const;
-    [[nodiscard]] TranscriptRecord record() const;
 
     HistoryStore &m_history;
     const Options m_options;

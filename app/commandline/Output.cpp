@@ -72,6 +72,19 @@ void write(const QByteArray &bytes, const QString &destination)
                     u" «%1»: %2"_s.arg(destination, failure));
 }
 
+void requireWritable(const QString &destination)
+{
+    if (destination == standardOutput)
+        return;
+    const QFileInfo present(destination);
+    const bool isDevice = present.exists() && !present.isFile() && !present.isDir();
+    if (isDevice)
+        return; // written to where it is: its folder may belong to another user
+    const QFileInfo folder(present.isDir() ? destination : present.absolutePath());
+    if (!folder.isDir() || !folder.isWritable())
+        throw Error(Localization::text(u"В эту папку нельзя записать результат: "_s) + folder.filePath());
+}
+
 void complain(const QString &sentence)
 {
     std::fprintf(stderr, "%s\n", sentence.toUtf8().constData());

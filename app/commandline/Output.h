@@ -20,6 +20,10 @@ void write(const QByteArray &bytes);
 /// Throws Error.
 void write(const QByteArray &bytes, const QString &destination);
 
+/// Throws Error when a result could not be written to this file, folder, device or "-", so that nothing is
+/// worked out in vain.
+void requireWritable(const QString &destination);
+
 /// Writes one line to standard error.
 void complain(const QString &sentence);
 

@@ -2,6 +2,7 @@
 
 #include "app/AppServices.h"
 #include "app/commandline/ExitStatus.h"
+#include "app/commandline/ModelChoice.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
 #include "app/settings/Localization.h"
@@ -62,8 +63,8 @@ TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
 
 QCoro::Task<int> TranscribeCommand::run()
 {
-    const ModelFile chosenModel = model();
-    requireWritableDestination();
+    const ModelFile chosenModel = ModelChoice::recognitionModel(m_services, m_options.model);
+    Output::requireWritable(m_options.output);
     co_await m_services.history().whenLoaded(); // what is saved can then be read back
     const QString language =
         m_options.language.isEmpty() ? m_services.settings().language().code : m_options.language;
@@ -155,49 +156,12 @@ void TranscribeCommand::writeResult(const QString &file, const TranscriptRecord 
     Output::write(heading + rendered(record, m_options.format), target);
 }
 
-ModelFile TranscribeCommand::model() const
-{
-    const ModelManager &models = m_services.models();
-    if (m_options.model.isEmpty()) {
-        if (const auto chosen = models.resolved(m_services.settings().selectedModelID()))
-            return {.id = chosen->id, .path = models.localURL(*chosen)};
-        throw Error(
-            Localization::text(
-                u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в папку "_s) +
-            models.modelsDirectory());
-    }
-
-    const QList<WhisperModel> &catalog = WhisperModel::catalog();
-    const auto known = std::ranges::find(catalog, m_options.model, &WhisperModel::id);
-    if (known != catalog.end() && models.downloaded().contains(known->id))
-        return {.id = known->id, .path = models.localURL(*known)};
-    if (QFileInfo(m_options.model).isFile())
-        return ModelFile::atPath(m_options.model);
-    throw Error((known != catalog.end() ? Localization::text(u"Модель распознавания не скачана: "_s)
-                                        : Localization::text(u"Нет такой модели распознавания: "_s)) +
-                m_options.model);
-}
-
 QString TranscribeCommand::destination(const QString &file) const
 {
     if (!isFolder(m_options.output))
         return m_options.output;
     return u"%1/%2.%3"_s.arg(m_options.output, QFileInfo(file).completeBaseName(),
                              extension(m_options.format));
-}
-
-void TranscribeCommand::requireWritableDestination() const
-{
-    if (m_options.output == Output::standardOutput)
-        return;
-    const QFileInfo present(m_options.output);
-    const bool isDevice = present.exists() && !present.isFile() && !present.isDir();
-    if (isDevice)
-        return; // written to where it is: its folder may belong to another user
-    const QFileInfo folder(isFolder(m_options.output) ? m_options.output
-                                                      : QFileInfo(m_options.output).absolutePath());
-    if (!folder.isDir() || !folder.isWritable())
-        throw Error(Localization::text(u"В эту папку нельзя записать результат: "_s) + folder.filePath());
 }
 
 } // namespace orvane

@@ -48,9 +48,7 @@ private:
     [[nodiscard]] TranscriptRecord resultOf(const TranscriptionService::Request &request,
                                             const QUuid &savedBefore) const;
     void writeResult(const QString &file, const TranscriptRecord &record) const;
-    [[nodiscard]] ModelFile model() const;
     [[nodiscard]] QString destination(const QString &file) const;
-    void requireWritableDestination() const;
 
     AppServices &m_services;
     const Options m_options;

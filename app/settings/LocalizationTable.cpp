@@ -186,6 +186,9 @@ constexpr TextPair pairs[] = {
      u"Delete the transcript from history (the recording’s audio file stays on disk)"},
     {u"Переименовать…", u"Rename…"},
     {u"Переименовать запись", u"Rename entry"},
+    {u"В записи нет текста.", u"The record has no text."},
+    {u"Аудиофайл этой записи не найден, поэтому расшифровать её заново нельзя.",
+     u"This record’s audio file was not found, so it cannot be transcribed again."},
 
     // Export
     {u"Скопировать текст или Markdown с таймкодами/спикерами",
@@ -287,6 +290,9 @@ constexpr TextPair pairs[] = {
     {u"Модель недоступна.", u"The model is unavailable."},
     {u"Документ слишком большой для чата. Сократите его или задайте вопрос по части текста.",
      u"The document is too large for chat. Shorten it or ask about part of the text."},
+    {u"Модель занята другим текстом — дождитесь, пока она его обработает.",
+     u"The model is busy with another text — wait until it is done."},
+    {u"Модель ничего не ответила.", u"The model gave no answer."},
 
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
@@ -340,7 +346,7 @@ constexpr TextPair pairs[] = {
     {u"Неизвестный параметр: ", u"Unknown option: "},
     {u"Параметру нужно значение: ", u"The option needs a value: "},
     {u"Результат перезаписал бы исходный файл: укажите для --output другой путь.",
-     u"The result would overwrite the recording: choose another path for --output."},
+     u"The result would overwrite the source file: choose another path for --output."},
     {u"Параметр не принимает значения: ", u"The option takes no value: "},
     {u"Неизвестный формат (есть txt, md, srt и json): ",
      u"Unknown format (there are txt, md, srt and json): "},
@@ -352,6 +358,7 @@ constexpr TextPair pairs[] = {
     {u"Укажите запись: её обозначение показывает orvane history list.",
      u"Name a record: orvane history list shows their ids."},
     {u"Укажите новое название записи.", u"Give the record's new title."},
+    {u"Задайте вопрос: orvane ask ВОПРОС [ФАЙЛ]", u"Ask a question: orvane ask QUESTION [FILE]"},
     {u"Лишнее слово в команде: ", u"One word too many: "},
     {u"Неизвестная команда: ", u"Unknown command: "},
     {u"Справка: orvane --help", u"Help: orvane --help"},
@@ -368,11 +375,27 @@ constexpr TextPair pairs[] = {
      u"папку ",
      u"No recognition model is there. Download one: orvane models download base, or put one into the "
      u"folder "},
-    {u"Модель распознавания не скачана: ", u"This recognition model is not downloaded: "},
-    {u"Нет такой модели распознавания: ", u"There is no such recognition model: "},
     {u"В эту папку нельзя записать результат: ", u"The result cannot be written to this folder: "},
     {u"Под это обозначение подходит несколько записей: ", u"Several records match this id: "},
     {u"В истории нет записи ", u"The history has no record "},
+    {u"Расшифровка", u"Transcription"},
+    {u"Исправление текста", u"Correction"},
+    {u"Протокол", u"Protocol"},
+    {u"Вопрос", u"Question"},
+    {u"Исправленный текст", u"Corrected text"},
+    {u"Что сделано", u"What was done"},
+    {u"стандартный ввод", u"standard input"},
+    {u"текст больше %1 МБ, это слишком много.", u"the text is larger than %1 MB, which is too much."},
+    {u"это не текст в кодировке UTF-8.", u"this is no text in UTF-8."},
+    {u"текста нет.", u"there is no text."},
+    {u"Для этой команды --output должен указывать файл, а не папку: ",
+     u"For this command --output must name a file, not a folder: "},
+    {u"Это не языковая модель в формате GGUF: ", u"This is no language model in GGUF form: "},
+    {u"Не скачано ни одной языковой модели. Скачайте её (orvane models download ИМЯ) или укажите файл: "
+     u"--model "
+     u"ПУТЬ",
+     u"No language model is downloaded. Download one (orvane models download NAME) or name a file: --model "
+     u"PATH"},
     {u"Orvane уже работает.", u"Orvane is already running."},
     {u"Неизвестное действие с моделями: ", u"Unknown models action: "},
     {u"Укажите модель: их названия показывает orvane models list.",
@@ -397,10 +420,20 @@ constexpr TextPair pairs[] = {
       --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
       --no-history                не сохранять в историю
 
+  orvane correct [ФАЙЛ|-]         исправить в тексте пунктуацию и ошибки распознавания
+  orvane email [ФАЙЛ|-]           составить из текста письмо
+  orvane prompt [ФАЙЛ|-]          выполнить то, о чём просит текст
+  orvane ask ВОПРОС [ФАЙЛ|-]      ответить на вопрос по тексту
+  orvane protocol [ФАЙЛ|-]        составить по тексту протокол совещания
+      --record ID                 взять текст записи; correct, ask и protocol сохранят в ней результат
+      --model ИМЯ|ПУТЬ            языковая модель (по умолчанию выбранная в настройках)
+      --output ПУТЬ|-             файл для результата (по умолчанию стандартный вывод)
+
   orvane history [list]           показать историю
   orvane history show ID          показать запись
   orvane history export ID        выдать запись (--format, --output — как выше)
   orvane history rename ID ИМЯ    переименовать запись
+  orvane history retranscribe ID  расшифровать запись заново (--model, --language — как выше)
   orvane history delete ID        удалить запись
 
   orvane models [list]            показать модели: размер, память, что скачано
@@ -435,10 +468,20 @@ constexpr TextPair pairs[] = {
       --output PATH|-             file or folder for the result (standard output by default)
       --no-history                do not save to the history
 
+  orvane correct [FILE|-]         correct a text's punctuation and slips of the recognition
+  orvane email [FILE|-]           make an e-mail of a text
+  orvane prompt [FILE|-]          do what a text asks for
+  orvane ask QUESTION [FILE|-]    answer a question about a text
+  orvane protocol [FILE|-]        write the protocol of a meeting from its text
+      --record ID                 take a record's text; correct, ask and protocol store what comes of it
+      --model NAME|PATH           language model (by default the one chosen in the settings)
+      --output PATH|-             file for the result (standard output by default)
+
   orvane history [list]           show the history
   orvane history show ID          show a record
   orvane history export ID        give out a record (--format and --output as above)
   orvane history rename ID NAME   rename a record
+  orvane history retranscribe ID  transcribe a record anew (--model and --language as above)
   orvane history delete ID        delete a record
 
   orvane models [list]            show the models: size, memory, what is downloaded

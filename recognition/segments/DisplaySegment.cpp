@@ -31,6 +31,14 @@ size_t qHash(const DisplaySegment &segment, size_t seed) noexcept
                       segment.speaker.value_or(0));
 }
 
+QString joinedText(const QList<DisplaySegment> &segments)
+{
+    QString text;
+    for (const DisplaySegment &segment : segments)
+        text += segment.text;
+    return text;
+}
+
 QString timecodeOf(qint64 milliseconds)
 {
     const qint64 seconds = milliseconds / 1000;

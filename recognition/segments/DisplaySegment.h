@@ -33,6 +33,9 @@ struct DisplaySegment
 
 [[nodiscard]] size_t qHash(const DisplaySegment &segment, size_t seed = 0) noexcept;
 
+/// The segments' texts one after the other, with nothing between them.
+[[nodiscard]] QString joinedText(const QList<DisplaySegment> &segments);
+
 /// "7:05" or "1:02:03" for a non-negative number of milliseconds.
 [[nodiscard]] QString timecodeOf(qint64 milliseconds);
 

@@ -36,7 +36,8 @@ OrvaneProgram::OrvaneProgram() : m_environment(QProcessEnvironment::systemEnviro
 {
     require(m_home.isValid(), "no temporary folder");
     QDir home(m_home.path());
-    for (const QString &folder : {u"data/Orvane/Models"_s, u"config/Orvane"_s, u"tmp"_s})
+    for (const QString &folder : {u"data/Orvane/Models"_s, u"data/Orvane/CorrectionModels"_s,
+                                  u"data/Orvane/History"_s, u"config/Orvane"_s, u"tmp"_s})
         home.mkpath(folder);
     m_environment.insert(u"XDG_DATA_HOME"_s, m_home.filePath(u"data"_s));
     m_environment.insert(u"XDG_CONFIG_HOME"_s, m_home.filePath(u"config"_s));
@@ -66,6 +67,30 @@ void OrvaneProgram::install(const QString &model) const
     QFile::link(source, dataFolder() + u"/Models"_s + name);
 }
 
+void OrvaneProgram::installLanguageModel() const
+{
+    const QString source = qEnvironmentVariable("ORVANE_TEST_LLM_MODEL");
+    require(QFileInfo(source).isFile(), "the language model is missing: run ./test, which provides it");
+    QFile::link(source, dataFolder() + u"/CorrectionModels/Qwen2.5-1.5B-Instruct-Q4_K_M.gguf"_s);
+}
+
+void OrvaneProgram::placeEngine(const QString &name, const QString &executable)
+{
+    m_program = path(u"bin/orvane"_s);
+    QDir(m_home.path()).mkpath(u"bin"_s);
+    QDir(m_home.path()).mkpath(u"lib/orvane/engine"_s);
+    std::error_code error;
+    std::filesystem::create_hard_link(ORVANE_PROGRAM, m_program.toStdString(), error);
+    require(!error || QFile::copy(QStringLiteral(ORVANE_PROGRAM), m_program), "cannot place the program");
+    require(QFile::link(executable, path(u"lib/orvane/engine/"_s + name)), "cannot place the engine");
+}
+
+void OrvaneProgram::addRecord(const QString &id, const QByteArray &json) const
+{
+    QFile file(u"%1/History/%2.json"_s.arg(dataFolder(), id));
+    require(file.open(QIODevice::WriteOnly) && file.write(json) == json.size(), "cannot write a record");
+}
+
 void OrvaneProgram::setPreferences(const QByteArray &json) const
 {
     QFile file(m_home.filePath(u"config/Orvane/settings.json"_s));
@@ -86,7 +111,7 @@ std::unique_ptr<QProcess> OrvaneProgram::start(const QStringList &arguments) con
 {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(m_environment);
-    process->start(QStringLiteral(ORVANE_PROGRAM), arguments);
+    process->start(m_program, arguments);
     require(process->waitForStarted(patience), "the program cannot be started");
     return process;
 }

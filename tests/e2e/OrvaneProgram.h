@@ -35,6 +35,12 @@ public:
 
     /// Puts a speech model ("base") into the models folder.
     void install(const QString &model) const;
+    /// Puts the small language model into its folder, under the name of the catalogue's first.
+    void installLanguageModel() const;
+    /// From now on the program runs from this home with this engine ("llama-server") alone.
+    void placeEngine(const QString &name, const QString &executable);
+    /// Adds a record file to the history.
+    void addRecord(const QString &id, const QByteArray &json) const;
     /// Writes the preferences file.
     void setPreferences(const QByteArray &json) const;
     void setEnvironment(const QString &name, const QString &value) { m_environment.insert(name, value); }
@@ -50,6 +56,7 @@ public:
 private:
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
+    QString m_program = QStringLiteral(ORVANE_PROGRAM);
 };
 
 /// A recording of the fixtures, such as "jfk.wav".

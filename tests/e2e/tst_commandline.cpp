@@ -43,6 +43,15 @@ private Q_SLOTS:
         QTest::newRow("no record") << QStringList{u"history"_s, u"show"_s} << u"Укажите запись"_s;
         QTest::newRow("blank title") << QStringList{u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}
                                      << u"Укажите новое название"_s;
+        QTest::newRow("no question") << QStringList{u"ask"_s, u" "_s} << u"Задайте вопрос"_s;
+        QTest::newRow("file and record")
+            << QStringList{u"correct"_s, u"a.txt"_s, u"--record"_s, u"1"_s} << u"a.txt"_s;
+        QTest::newRow("record that is empty")
+            << QStringList{u"correct"_s, u"--record="_s} << u"Параметру нужно значение: --record"_s;
+        QTest::newRow("text into a folder")
+            << QStringList{u"correct"_s, u"a"_s, u"--output"_s, u"/tmp"_s} << u"файл, а не папку: /tmp"_s;
+        QTest::newRow("no record to transcribe")
+            << QStringList{u"history"_s, u"retranscribe"_s} << u"Укажите запись"_s;
         QTest::newRow("one word too many") << QStringList{u"history"_s, u"show"_s, u"1"_s, u"2"_s} << u"2"_s;
     }
 
@@ -62,8 +71,12 @@ private Q_SLOTS:
         const QString recording = orvane.path(u"talk.txt"_s);
         QFile file(recording);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        for (const QString &output : {recording, orvane.path(u"tmp/../talk.txt"_s), orvane.path({})}) {
-            const auto result = orvane.run({u"transcribe"_s, recording, u"--output"_s, output});
+        const QString byDetour = orvane.path(u"tmp/../talk.txt"_s);
+        for (const auto &[command, output] : {std::pair(u"transcribe"_s, recording),
+                                              {u"transcribe"_s, byDetour},
+                                              {u"transcribe"_s, orvane.path({})},
+                                              {u"correct"_s, byDetour}}) {
+            const auto result = orvane.run({command, recording, u"--output"_s, output});
             QCOMPARE(result.exitCode, 2);
             QVERIFY2(result.complaints.contains("исходный файл"), result.complaints.constData());
         }
@@ -81,6 +94,12 @@ private Q_SLOTS:
         QTest::newRow("no such model")
             << QStringList{u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"/nowhere.bin"_s}
             << u"Нет такой модели"_s;
+        QTest::newRow("text model not downloaded")
+            << QStringList{u"correct"_s, u"a.txt"_s, u"--model"_s, u"qwen2.5-3b"_s}
+            << u"не скачана: qwen2.5-3b"_s;
+        QTest::newRow("no model of texts")
+            << QStringList{u"correct"_s, u"a.txt"_s, u"--model"_s, u"/bin/sh"_s}
+            << u"Это не языковая модель"_s;
         QTest::newRow("no such record")
             << QStringList{u"history"_s, u"show"_s, u"1234"_s} << u"нет записи 1234"_s;
     }

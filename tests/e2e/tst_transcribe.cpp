@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
@@ -198,6 +199,38 @@ private Q_SLOTS:
         QVERIFY(orvane.run({u"history"_s}).output.contains("Речь"));
         QCOMPARE(orvane.run({u"history"_s, u"delete"_s, id}).exitCode, 0);
         QCOMPARE(orvane.recordFiles(), QStringList());
+    }
+
+    void transcribesARecordAnew()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"tiny.en"_s);
+        orvane.install(u"base"_s);
+        const QString recording = orvane.path(u"talk.wav"_s);
+        QVERIFY(QFile::copy(fixture(u"jfk.wav"_s), recording));
+        const auto first = orvane.run({u"transcribe"_s, recording, u"--model"_s, u"tiny.en"_s,
+                                       u"--language"_s, u"en"_s, u"--format"_s, u"json"_s});
+        const QString id = QJsonDocument::fromJson(first.output)[u"id"_s].toString();
+
+        const auto anew = orvane.run(
+            {u"history"_s, u"retranscribe"_s, id, u"--model"_s, u"base"_s, u"--language"_s, u"en"_s});
+        QCOMPARE(anew.complaints, QByteArray());
+        QCOMPARE(anew.exitCode, 0);
+        QVERIFY2(heard(anew.output), anew.output.constData());
+        const QByteArray stored = read(orvane.recordFiles().first());
+        const QJsonObject record = QJsonDocument::fromJson(stored).object();
+        QCOMPARE(record[u"modelID"_s].toString(), u"base"_s);
+        QCOMPARE(record[u"text"_s].toString().trimmed(), QString::fromUtf8(anew.output).trimmed());
+        QCOMPARE(record[u"events"_s].toArray().size(), 2);
+        QCOMPARE(record[u"events"_s][1][u"kind"_s].toString(), u"transcription"_s);
+        QCOMPARE(record[u"events"_s][1][u"text"_s], record[u"text"_s]);
+
+        QVERIFY(QFile::remove(recording));
+        const auto failed = orvane.run({u"history"_s, u"retranscribe"_s, id});
+        QCOMPARE(failed.exitCode, 1);
+        QVERIFY(failed.complaints.startsWith("Аудиофайл этой записи не найден"));
+        QCOMPARE(failed.complaints.count('\n'), 1);
+        QCOMPARE(read(orvane.recordFiles().first()), stored);
     }
 
     void goesOnAfterAFileThatFails()

@@ -92,6 +92,7 @@ private Q_SLOTS:
     void cancelledWhileDraining();
     void stopping_data();
     void stopping();
+    void stoppingTwice();
     void stopWithoutServer();
     void destroyed_data();
     void destroyed();
@@ -457,6 +458,17 @@ void TestEngineServer::stopping()
         QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
     }
     QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
+}
+
+void TestEngineServer::stoppingTwice()
+{
+    m_home->behave({.ignoresSigterm = true, .answers = ready});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.succeeded());
+    m_engine->stop();
+    const TaskResult stopped(m_engine->stopAndWait());
+    QTRY_VERIFY(stopped.isDone());
+    QVERIFY(!FakeEngineHome::isRunning(lastPid()));
 }
 
 void TestEngineServer::stopWithoutServer()

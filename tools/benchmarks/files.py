@@ -3,21 +3,12 @@
 import json
 import os
 import re
-import sys
-from pathlib import Path
 
-from benchmarks.report import BUILD, RESOURCES, ROUNDS, best, milliseconds, peer, program, run
-
-
-def fixtures():
-    for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
-        if line.startswith("ORVANE_TEST_FIXTURES:") and (folder := Path(line.split("=", 1)[1])).is_dir():
-            return folder
-    sys.exit("The recordings are missing: run ./test first")
+from benchmarks.report import RESOURCES, ROUNDS, best, configured, milliseconds, peer, program, run
 
 
 def bench_transcription(report, _folder):
-    recordings = fixtures()
+    recordings = configured("ORVANE_TEST_FIXTURES")
     times = json.loads(run([program("bench-transcription"), recordings / "jfk.wav",
                             recordings / "models" / "ggml-base.bin", RESOURCES, ROUNDS]))
     report.add("transcribing 11 s of speech, against curl", times["service_ms"] / times["curl_ms"], 1.05,
@@ -25,7 +16,7 @@ def bench_transcription(report, _folder):
 
 
 def bench_decoding(report, folder):
-    recordings = fixtures()
+    recordings = configured("ORVANE_TEST_FIXTURES")
     kinds = {"AAC 44.1 kHz": ["hour.m4a", "-ar", "44100", "-ac", "2", "-c:a", "aac", "-b:a", "128k"],
              "Opus 48 kHz": ["hour.opus", "-ar", "48000", "-ac", "2", "-c:a", "libopus", "-b:a", "96k"]}
     for kind, (name, *encoding) in kinds.items():

@@ -36,6 +36,14 @@ def program(name):
     return str(path)
 
 
+def configured(name):
+    """A path that ./test has put into the build's configuration."""
+    for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
+        if line.startswith(f"{name}:") and (path := Path(line.split("=", 1)[1])).exists() and path.is_absolute():
+            return path
+    sys.exit(f"{name} is not configured: run ./test first")
+
+
 def peer(name):
     """A program to compare with."""
     path = shutil.which(name) or shutil.which(name, path="/usr/sbin:/usr/local/sbin")

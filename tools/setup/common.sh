@@ -135,3 +135,31 @@ fetch_wheel() {
     "$python" -m pip download --no-deps --only-binary :all: --dest "$folder" "$name==$version"
     check_sha256 "$sha256" "$folder/$name-$version-py3-none-any.whl"
 }
+
+# fetch_source PYTHON NAME VERSION SHA256 FOLDER: the source archive into FOLDER, from the user's index. The name as in its
+# file. pip asks the build code of an archive for its name and version, with whatever tools that code wants from the
+# index; here something else answers, so that nothing runs that is not pinned.
+fetch_source() {
+    local python=$1 name=$2 version=$3 sha256=$4 folder=$5 answering=$5/answering
+    mkdir -p "$answering/setuptools"
+    touch "$answering/setuptools/__init__.py"
+    cat >"$answering/setuptools/build_meta.py" <<EOF
+import os, shutil
+
+def prepare_metadata_for_build_wheel(folder, settings=None):
+    name = "$name-$version.dist-info"
+    os.mkdir(os.path.join(folder, name))
+    shutil.copy("PKG-INFO", os.path.join(folder, name, "METADATA"))
+    return name
+EOF
+    printf '%s==%s --hash=sha256:%s\n' "$name" "$version" "$sha256" >"$answering/wanted.txt"
+    PYTHONPATH=$answering "$python" -m pip download --no-deps --no-binary :all: --no-build-isolation --require-hashes \
+        --dest "$folder" --requirement "$answering/wanted.txt"
+    rm -rf "$answering"
+    check_sha256 "$sha256" "$folder/$name-$version.tar.gz"
+}
+
+# An engine is compiled for the processor at hand, and a home folder may be shared by machines or move to another one.
+processor_kind() {
+    grep --max-count=1 '^flags' /proc/cpuinfo | sha256sum | cut -c 1-12
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "history/HistoryStore.h"
+
+#include <QCoroTask>
+
+/// What commands that work on records share.
+namespace orvane::HistoryAccess {
+
+/// The record whose id begins with these characters. Throws Error unless there is exactly one. The history
+/// is loaded.
+[[nodiscard]] TranscriptRecord recordNamed(const HistoryStore &history, const QString &id);
+
+/// Returns when every change is on disk; throws Error when one could not be written.
+[[nodiscard]] QCoro::Task<> untilSaved(HistoryStore *history);
+
+} // namespace orvane::HistoryAccess
