@@ -6,14 +6,14 @@ import re
 import sys
 from pathlib import Path
 
-from benchmarks.report import BUILD, RESOURCES, ROUNDS, best, milliseconds, peer, program, run
+from benchmarks.report import RESOURCES, ROUNDS, best, cached, milliseconds, peer, program, run
 
 
 def fixtures():
-    for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
-        if line.startswith("ORVANE_TEST_FIXTURES:") and (folder := Path(line.split("=", 1)[1])).is_dir():
-            return folder
-    sys.exit("The recordings are missing: run ./test first")
+    folder = Path(cached("ORVANE_TEST_FIXTURES"))
+    if not folder.is_absolute():
+        sys.exit("The recordings are missing: run ./test first")
+    return folder
 
 
 def bench_transcription(report, _folder):

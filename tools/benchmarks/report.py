@@ -1,5 +1,6 @@
 """What every measurement needs: the report, programs to run, and the best of several runs."""
 
+import os
 import shutil
 import subprocess
 import sys
@@ -26,6 +27,20 @@ class Report:
         self.missed += not good
         verdict = "ok  " if good else "MISS"
         print(f"{verdict} {what}: {value:.2f}{unit} ({limit})  {detail}", flush=True)
+
+
+def cached(variable):
+    """A CMake variable of the build; empty when it has none."""
+    for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
+        if line.startswith(f"{variable}:"):
+            return line.split("=", 1)[1]
+    return ""
+
+
+def fixture_environment():
+    """The environment in which programs of the tests find the real engine, models and recordings."""
+    names = ("ORVANE_TEST_FIXTURES", "ORVANE_TEST_MODELS", "ORVANE_TEST_ENGINE")
+    return {**os.environ, **{name: cached(name) for name in names}}
 
 
 def program(name):
