@@ -6,6 +6,8 @@
 
 #include <filesystem>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -144,6 +146,17 @@ bool isAlive(qint64 pid)
 {
     const QByteArray state = statFields(pid).value(0);
     return !state.isEmpty() && state != "Z";
+}
+
+Holdings holdingsOf(qint64 pid)
+{
+    const QDir process(u"/proc/%1"_s.arg(pid));
+    QFile memory(process.filePath(u"statm"_s));
+    require(memory.open(QFile::ReadOnly), "the program has ended");
+    const qint64 residentPages = memory.readAll().split(' ').value(1).toLongLong();
+    const QStringList files =
+        QDir(process.filePath(u"fd"_s)).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    return {.residentKiB = residentPages * ::sysconf(_SC_PAGESIZE) / 1024, .openFiles = files.size()};
 }
 
 } // namespace orvane

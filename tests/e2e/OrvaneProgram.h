@@ -65,4 +65,12 @@ private:
 /// Whether the process still exists and is no zombie.
 [[nodiscard]] bool isAlive(qint64 pid);
 
+/// What a process holds on to.
+struct Holdings
+{
+    qint64 residentKiB = 0;
+    qsizetype openFiles = 0;
+};
+[[nodiscard]] Holdings holdingsOf(qint64 pid);
+
 } // namespace orvane

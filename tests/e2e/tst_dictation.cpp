@@ -22,6 +22,10 @@ namespace {
 
 // Long enough for a busy machine under a sanitizer.
 constexpr int patience = 120'000;
+/// Dictations until caches are full, and what the program may then still grow by.
+constexpr int settlingCount = 20;
+constexpr qint64 mostGrowthKiB = 4096;
+constexpr qsizetype fewFiles = 4; // those that an engine or a paste has open at the moment
 const QString microphone = u"mic"_s;
 const QString sentence = u"The quick brown fox jumps over the lazy dog"_s;
 
@@ -72,7 +76,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QByteArray status() const { return m_program.run({u"status"_s}).output.trimmed(); }
-    void pressTwice(Key key, int gap = 120);
+    void pressTwice(Key key, int gap = 60);
     void beginDictation();
     void endDictation() { pressTwice(Key::RightCtrl); }
 
@@ -281,6 +285,7 @@ void DictationTest::manyInARow()
     std::mt19937 random(qEnvironmentVariable("ORVANE_SOAK_SEED", u"1"_s).toUInt());
     FocusedEditor focused(Kind::Terminal);
     QStringList expected;
+    Holdings settled;
     for (int i = 0; i < count; ++i) {
         beginDictation();
         const auto speech = m_sound.startSpeaking(microphone, m_speech);
@@ -298,11 +303,22 @@ void DictationTest::manyInARow()
             endDictation();
             expected += words(sentence);
         }
-        QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
         QTRY_COMPARE_WITH_TIMEOUT(words(focused.text()), expected, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
         QCOMPARE(m_keyboard.pressedKeys(), QList<int>());
+        QVERIFY(m_program.enginesOf(*m_application).size() <= 1);
+        if (i + 1 == settlingCount)
+            settled = holdingsOf(m_application->processId());
     }
     qInfo("%d dictations, %lld words pasted", count, static_cast<long long>(expected.size()));
+    if (count <= settlingCount)
+        return;
+    const Holdings last = holdingsOf(m_application->processId());
+    qInfo("after %d: %lld KiB, %lld open files; now: %lld KiB, %lld open files", settlingCount,
+          static_cast<long long>(settled.residentKiB), static_cast<long long>(settled.openFiles),
+          static_cast<long long>(last.residentKiB), static_cast<long long>(last.openFiles));
+    QVERIFY(last.residentKiB <= settled.residentKiB + mostGrowthKiB);
+    QVERIFY(last.openFiles <= settled.openFiles + fewFiles);
 }
 
 ORVANE_DISPLAY_TEST_MAIN(DictationTest)

@@ -1,5 +1,6 @@
 """What every measurement needs: the report, programs to run, and the best of several runs."""
 
+import os
 import shutil
 import subprocess
 import sys
@@ -28,20 +29,26 @@ class Report:
         print(f"{verdict} {what}: {value:.2f}{unit} ({limit})  {detail}", flush=True)
 
 
-def program(name):
-    """One of ours."""
-    path = BUILD / "bin" / name
-    if not path.exists():
-        sys.exit(f"{path} is missing: run ./test first")
-    return str(path)
-
-
 def configured(name):
     """A path that ./test has put into the build's configuration."""
     for line in (BUILD / "CMakeCache.txt").read_text().splitlines():
         if line.startswith(f"{name}:") and (path := Path(line.split("=", 1)[1])).exists() and path.is_absolute():
             return path
     sys.exit(f"{name} is not configured: run ./test first")
+
+
+def fixture_environment():
+    """The environment in which programs of the tests find the real engine, models and recordings."""
+    names = ("ORVANE_TEST_FIXTURES", "ORVANE_TEST_MODELS", "ORVANE_TEST_ENGINE")
+    return {**os.environ, **{name: str(configured(name)) for name in names}}
+
+
+def program(name):
+    """One of ours."""
+    path = BUILD / "bin" / name
+    if not path.exists():
+        sys.exit(f"{path} is missing: run ./test first")
+    return str(path)
 
 
 def peer(name):
