@@ -8,7 +8,6 @@
 
 #include <QGuiApplication>
 #include <QPointer>
-#include <QSessionManager>
 
 #include <utility>
 
@@ -132,24 +131,24 @@ void AppDelegate::offerLeftovers()
             continue;
         m_asked.insert(leftover.audioFileName);
         m_isAsking = true;
-        spawn(offerLeftover(leftover.audioFileName));
+        spawn(offerLeftover(leftover));
         return;
     }
 }
 
-QCoro::Task<> AppDelegate::offerLeftover(QString audioFileName)
+QCoro::Task<> AppDelegate::offerLeftover(RecordedMeeting leftover)
 {
     const QPointer<AppDelegate> alive(this);
     const bool accepted =
         co_await m_guidance->ask({.title = Localization::text(u"Запись совещания не расшифрована"_s),
-                                  .text = m_services.meeting().leftoverNotice(),
+                                  .text = MeetingRecordings::noticeOf(leftover),
                                   .yes = Localization::text(u"Расшифровать"_s),
                                   .no = Localization::text(u"Не сейчас"_s)});
     if (!alive)
         co_return;
     m_isAsking = false;
     if (accepted)
-        m_services.meeting().transcribeLeftover(audioFileName);
+        m_services.meeting().transcribeLeftover(leftover.audioFileName);
     else
         offerLeftovers();
 }

@@ -7,11 +7,10 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QSessionManager>
 #include <QSet>
 
 #include <memory>
-
-class QSessionManager;
 
 namespace orvane {
 
@@ -46,7 +45,7 @@ private:
     void explainKeyCapture();
     /// Asks once about each recording that an earlier run left behind.
     void offerLeftovers();
-    QCoro::Task<> offerLeftover(QString audioFileName);
+    QCoro::Task<> offerLeftover(RecordedMeeting leftover);
     void answerSession(QSessionManager &session);
 
     AppServices &m_services;

@@ -82,11 +82,13 @@ std::optional<RecordedMeeting> MeetingRecordings::leftover(const QString &audioF
 
 QString MeetingRecordings::notice() const
 {
-    if (m_leftovers.isEmpty())
-        return {};
-    const RecordedMeeting &first = m_leftovers.first();
+    return m_leftovers.isEmpty() ? QString() : noticeOf(m_leftovers.first());
+}
+
+QString MeetingRecordings::noticeOf(const RecordedMeeting &leftover)
+{
     return Localization::text(u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?"_s)
-        .arg(meetingTitle(first.startedAt), timecodeOf(first.durationMs));
+        .arg(meetingTitle(leftover.startedAt), timecodeOf(leftover.durationMs));
 }
 
 } // namespace orvane

@@ -42,6 +42,7 @@ public:
     [[nodiscard]] std::optional<RecordedMeeting> leftover(const QString &audioFileName) const;
     /// Offers the transcription of the first of them, in the interface language; empty without any.
     [[nodiscard]] QString notice() const;
+    [[nodiscard]] static QString noticeOf(const RecordedMeeting &leftover);
 
 Q_SIGNALS:
     void leftoversChanged();

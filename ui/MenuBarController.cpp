@@ -225,8 +225,10 @@ void MenuBarController::addModels()
     ChoiceMenu choice(m_menu, Localization::text(u"Модель распознавания"_s));
     AppSettings &settings = m_services.settings;
     const auto resolved = m_services.models.resolved(settings.selectedModelID());
-    if (!resolved)
+    if (!resolved) {
         addLine(choice.menu(), Localization::text(u"Нет скачанных моделей"_s));
+        return;
+    }
     for (const WhisperModel &model : m_services.models.downloadedModels()) {
         choice.add(model.displayName, model.id == resolved->id,
                    [&settings, id = model.id] { settings.setSelectedModelID(id); });

@@ -36,6 +36,12 @@ UsageError usageError(const QString &text, const QString &detail)
     return UsageError(text + detail);
 }
 
+/// An option's name as the user writes it.
+QString asTyped(const QString &option)
+{
+    return (option.size() == 1 ? u"-"_s : u"--"_s) + option;
+}
+
 /// Reads the arguments of one command; Qt words its complaints in English only, so they are worded here.
 void parseInto(QCommandLineParser &parser, const QStringList &arguments)
 {
@@ -43,9 +49,9 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
         return;
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
-        throw usageError(Localization::text(u"Неизвестный параметр: "_s), unknown.first());
+        throw usageError(Localization::text(u"Неизвестный параметр: "_s), asTyped(unknown.first()));
     for (const QString &name : {speakersOption, noHistoryOption}) {
-        const QString flag = u"--"_s + name;
+        const QString flag = asTyped(name);
         if (!arguments.filter(flag + u'=').isEmpty())
             throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
     }
@@ -78,7 +84,7 @@ std::optional<QString> valueOf(const QString &option, const QCommandLineParser &
         return std::nullopt;
     QString value = parser.value(option);
     if (value.isEmpty())
-        throw usageError(Localization::text(u"Параметру нужно значение: "_s), u"--"_s + option);
+        throw usageError(Localization::text(u"Параметру нужно значение: "_s), asTyped(option));
     return value;
 }
 

@@ -21,7 +21,7 @@ private Q_SLOTS:
         QTest::newRow("unknown command") << QStringList{u"sing"_s} << u"Неизвестная команда: sing"_s;
         QTest::newRow("no file") << QStringList{u"transcribe"_s} << u"Укажите файл"_s;
         QTest::newRow("unknown option")
-            << QStringList{u"transcribe"_s, u"a"_s, u"--loud"_s} << u"Неизвестный параметр: loud"_s;
+            << QStringList{u"transcribe"_s, u"a"_s, u"--loud"_s} << u"Неизвестный параметр: --loud"_s;
         QTest::newRow("option without value")
             << QStringList{u"transcribe"_s, u"a"_s, u"--model"_s} << u"Параметру нужно значение: --model"_s;
         QTest::newRow("flag with value") << QStringList{u"transcribe"_s, u"a"_s, u"--no-history=1"_s, u"b"_s}

@@ -42,6 +42,7 @@ PulseStream::PulseStream(pa_context *context, const pa_source_info &source, Capt
     pa_buffer_attr buffer{};
     buffer.maxlength = buffer.tlength = buffer.prebuf = buffer.minreq = std::uint32_t(-1);
     buffer.fragsize = std::uint32_t(pa_usec_to_bytes(deliveryInterval, &m_format));
+    // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange): libpulse's enumeration of bits
     const auto flags = pa_stream_flags_t(PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY);
     if (pa_stream_connect_record(m_stream.get(), source.name, &buffer, flags) < 0)
         m_state = State::Ended;
