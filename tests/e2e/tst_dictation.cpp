@@ -1,7 +1,5 @@
-#include "tests/e2e/OrvaneProgram.h"
+#include "tests/e2e/Surroundings.h"
 #include "tests/support/FocusedEditor.h"
-#include "tests/support/SessionBus.h"
-#include "tests/support/SoundServer.h"
 #include "tests/support/XDisplay.h"
 #include "tests/support/XKeyboard.h"
 
@@ -26,7 +24,7 @@ constexpr int patience = 120'000;
 constexpr int settlingCount = 20;
 constexpr qint64 mostGrowthKiB = 4096;
 constexpr qsizetype fewFiles = 4; // those that an engine or a paste has open at the moment
-const QString microphone = u"mic"_s;
+const QString microphone = Surroundings::microphone;
 const QString sentence = u"The quick brown fox jumps over the lazy dog"_s;
 
 QStringList words(const QString &text)
@@ -80,10 +78,10 @@ private:
     void beginDictation();
     void endDictation() { pressTwice(Key::RightCtrl); }
 
-    SoundServer m_sound;
-    SessionBus m_bus;
-    XKeyboard m_keyboard;
     OrvaneProgram m_program;
+    Surroundings m_surroundings{m_program};
+    SoundServer &m_sound = m_surroundings.sound();
+    XKeyboard m_keyboard;
     std::unique_ptr<QProcess> m_application;
     QString m_speech;
 };
@@ -91,11 +89,6 @@ private:
 void DictationTest::initTestCase()
 {
     XKeyboard::setLayouts(u"us"_s);
-    m_sound.plugIn(microphone);
-    const QProcessEnvironment sound = m_sound.environment();
-    for (const QString &name : {u"XDG_RUNTIME_DIR"_s, u"PULSE_SERVER"_s, u"PULSE_COOKIE"_s})
-        m_program.setEnvironment(name, sound.value(name));
-    m_program.setEnvironment(u"DBUS_SESSION_BUS_ADDRESS"_s, m_bus.address());
     m_program.setEnvironment(u"QT_QUICK_BACKEND"_s, u"software"_s);
     m_program.install(u"base"_s);
     m_speech = spoken(sentence, m_program.path(u"sentence.wav"_s));

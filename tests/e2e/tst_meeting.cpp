@@ -1,0 +1,150 @@
+#include "tests/e2e/Surroundings.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+namespace {
+
+// Long enough for a busy machine under a sanitizer.
+constexpr int patience = 120'000;
+
+} // namespace
+
+/// Meetings of the real application, led by commands, with a real voice and the real engine.
+class MeetingTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void recordsAndTranscribes();
+    void abandonsTheTranscription();
+    void goesOnAfter_data();
+    void goesOnAfter();
+
+private:
+    [[nodiscard]] OrvaneProgram::Result meeting(const QString &action) const
+    {
+        return m_program.run({u"meeting"_s, action});
+    }
+    [[nodiscard]] QStringList status() const
+    {
+        return QString::fromUtf8(meeting(u"status"_s).output).trimmed().split(u'\n');
+    }
+    [[nodiscard]] QStringList recordings() const
+    {
+        return QDir(m_program.dataFolder() + u"/Recordings"_s).entryList({u"*.wav"_s}, QDir::Files);
+    }
+    void record();
+    void launch();
+
+    OrvaneProgram m_program;
+    Surroundings m_surroundings{m_program};
+    std::unique_ptr<QProcess> m_application;
+};
+
+void MeetingTest::initTestCase()
+{
+    m_program.install(u"base"_s);
+    const auto nobody = meeting(u"start"_s);
+    QCOMPARE(nobody.exitCode, 1);
+    QCOMPARE(nobody.complaints.count('\n'), 1);
+}
+
+void MeetingTest::launch()
+{
+    m_application = m_program.start({u"--background"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(status().constFirst(), u"idle"_s, patience);
+}
+
+void MeetingTest::init()
+{
+    launch();
+}
+
+void MeetingTest::cleanup()
+{
+    m_application->terminate();
+    QVERIFY(m_application->waitForFinished(patience));
+    QCOMPARE(m_application->exitCode(), 0);
+    for (const QString &folder : {u"/History"_s, u"/Recordings"_s})
+        QDir(m_program.dataFolder() + folder).removeRecursively();
+}
+
+void MeetingTest::record()
+{
+    QCOMPARE(meeting(u"start"_s).exitCode, 0);
+    QCOMPARE(status(), (QStringList{u"recording"_s, u"Идёт запись…"_s}));
+    m_surroundings.sound().speak(Surroundings::microphone, fixture(u"russian.wav"_s));
+}
+
+void MeetingTest::recordsAndTranscribes()
+{
+    QCOMPARE(meeting(u"stop"_s).exitCode, 1);
+    record();
+    QCOMPARE(meeting(u"start"_s).complaints, u"Запись совещания уже идёт.\n"_s.toUtf8());
+    QCOMPARE(meeting(u"cancel"_s).complaints,
+             u"Идёт запись: её завершает команда orvane meeting stop.\n"_s.toUtf8());
+    QCOMPARE(meeting(u"stop"_s).exitCode, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(status().value(1).startsWith(u"Совещание сохранено"_s), patience);
+
+    QCOMPARE(m_program.recordFiles().size(), 1);
+    QFile file(m_program.recordFiles().constFirst());
+    QVERIFY(file.open(QFile::ReadOnly));
+    const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+    QCOMPARE(record[u"kind"_s].toString(), u"meeting"_s);
+    QCOMPARE(record[u"audioFileName"_s].toString(), recordings().value(0));
+    QVERIFY2(record[u"text"_s].toString().contains(u"Москве"_s), qPrintable(record[u"text"_s].toString()));
+    QCOMPARE(meeting(u"transcribe"_s).exitCode, 1); // nothing is left over
+}
+
+void MeetingTest::abandonsTheTranscription()
+{
+    record();
+    QCOMPARE(meeting(u"stop"_s).exitCode, 0);
+    QCOMPARE(meeting(u"cancel"_s).exitCode, 0);
+    QCOMPARE(status(), (QStringList{u"idle"_s, u"Расшифровка отменена · аудиозапись сохранена"_s}));
+    QCOMPARE(recordings().size(), 1);
+    QCOMPARE(m_program.recordFiles(), QStringList());
+}
+
+void MeetingTest::goesOnAfter_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("a kill") << SIGKILL;
+    QTest::newRow("an end while recording") << SIGTERM;
+}
+
+void MeetingTest::goesOnAfter()
+{
+    QFETCH(const int, signal);
+    record();
+    QTest::qWait(signal == SIGKILL ? 5000 : 0); // until all of it must be on the disk
+    ::kill(static_cast<pid_t>(m_application->processId()), signal);
+    QVERIFY(m_application->waitForFinished(patience));
+
+    launch();
+    QTRY_VERIFY_WITH_TIMEOUT(status().constLast().startsWith(u"Осталась нерасшифрованная запись"_s),
+                             patience);
+    QCOMPARE(meeting(u"transcribe"_s).exitCode, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(status().value(1).startsWith(u"Совещание сохранено"_s), patience);
+    QCOMPARE(m_program.recordFiles().size(), 1);
+    QFile file(m_program.recordFiles().constFirst());
+    QVERIFY(file.open(QFile::ReadOnly));
+    QVERIFY(QString::fromUtf8(file.readAll()).contains(u"Москве"_s));
+    QCOMPARE(recordings().size(), 1);
+}
+
+QTEST_GUILESS_MAIN(MeetingTest)
+#include "tst_meeting.moc"
