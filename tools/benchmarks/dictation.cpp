@@ -118,7 +118,7 @@ void DictationBench::startTray()
 {
     m_tray.start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s});
     if (!m_tray.waitForStarted())
-        qFatal("trayer is missing: install the packages in tools/setup/packages-bench.txt");
+        qFatal("trayer cannot be started");
     QElapsedTimer timer;
     timer.start();
     until("a tray", timer, [this] { return m_screen.hasTray(); });
