@@ -1,5 +1,7 @@
 #include "app/base/Async.h"
 
+#include <QDeadlineTimer>
+#include <QScopeGuard>
 #include <QTimer>
 
 #include <QCoroTimer>
@@ -11,12 +13,24 @@
 #endif
 #endif
 
+using namespace std::chrono_literals;
+
 namespace orvane {
 
 namespace {
 
+/// Longer than an engine is given to end.
+constexpr auto longestEnd = 3s;
+/// How often the loop looks whether all has ended, when nothing else wakes it.
+constexpr auto lookInterval = 10ms;
+
+/// The tasks that nobody awaits and that have not ended. Main thread.
+int abandonedTasks = 0;
+
 QCoro::Task<> catchAll(QCoro::Task<> task)
 {
+    ++abandonedTasks;
+    const auto end = qScopeGuard([] { --abandonedTasks; });
     try {
         co_await std::move(task);
     } catch (const Cancelled &) {
@@ -63,6 +77,10 @@ void endAbandonedTasks()
 {
     waitForDone(*QThreadPool::globalInstance());
     QCoreApplication::processEvents();
+    QTimer look;
+    look.start(lookInterval);
+    for (const QDeadlineTimer deadline(longestEnd); abandonedTasks > 0 && !deadline.hasExpired();)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

@@ -38,7 +38,8 @@ void waitForDone(QThreadPool &pool);
 
 /// For the end of the program, when the services are gone and the application object is not: lets the
 /// jobs of the global pool end and resumes the tasks that wait for something, which find their service
-/// gone and end too.
+/// gone and end too. Waits for those that wait for an engine to end, which takes a moment and never more
+/// than 3 s.
 void endAbandonedTasks();
 
 namespace detail {

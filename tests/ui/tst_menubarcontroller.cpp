@@ -74,6 +74,7 @@ void TestMenuBarController::cleanup()
 {
     m_controller.reset();
     m_services.reset();
+    QCoreApplication::processEvents(); // what read the history finds it gone
 }
 
 QMenu &TestMenuBarController::opened()
