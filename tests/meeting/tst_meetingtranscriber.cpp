@@ -62,6 +62,7 @@ private Q_SLOTS:
     void recordsAndSaves();
     void keepsWhatWasChosenAtTheStart();
     void withoutSpeech();
+    void stoppedAtOnce();
     void doesNotStart_data();
     void doesNotStart();
     void failures_data();
@@ -199,6 +200,16 @@ void TestMeetingTranscriber::withoutSpeech()
     QVERIFY(meeting().lastRecordID().isNull());
     QTRY_COMPARE(m_home->markers(), QStringList());
     QCOMPARE(m_home->patternIn(m_home->audio().value(0)), 16'000);
+}
+
+void TestMeetingTranscriber::stoppedAtOnce()
+{
+    m_engine->behave(answering({.status = 400})); // as to a file without a sample
+    recordAndStop(0);
+    QTRY_COMPARE(meeting().statusText(), silent);
+    QCOMPARE(meeting().errorText(), QString());
+    QTRY_COMPARE(m_home->markers(), QStringList());
+    QCOMPARE(m_home->audio().size(), 1);
 }
 
 void TestMeetingTranscriber::doesNotStart_data()
