@@ -26,8 +26,15 @@ QDBusMessage ask(const QString &interface, const QString &method, const QVariant
         QDBusMessage::createMethodCall(ControlInterface::service, ControlInterface::path, interface, method);
     request.setArguments(arguments);
     request.setAutoStartService(false);
-    QDBusMessage answer = QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);
-    // What Qt's own thread still has to say of the answer, it complains of once the types are gone.
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusMessage answer = bus.call(request, QDBus::Block, answerTimeoutMs);
+    if (answer.type() == QDBusMessage::ErrorMessage) {
+        // Qt's own thread passes errors on once more, which it complains of when the types are gone. It has
+        // done so when it is through with a later answer.
+        bus.call(QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                                u"org.freedesktop.DBus.Peer"_s, u"Ping"_s),
+                 QDBus::Block, answerTimeoutMs);
+    }
     QCoreApplication::processEvents();
     return answer;
 }
