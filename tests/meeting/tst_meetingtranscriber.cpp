@@ -77,6 +77,7 @@ private Q_SLOTS:
     void quitting();
     void recordSavedBeforeKill();
     void recordNotSaved();
+    void failingAgain();
     void dismissing();
 
 private:
@@ -497,6 +498,22 @@ void TestMeetingTranscriber::recordNotSaved()
     QVERIFY(inTheWay.remove());
     restart();
     QCOMPARE(meeting().leftovers().size(), 1);
+}
+
+/// A recording that cannot be transcribed keeps no other from its turn.
+void TestMeetingTranscriber::failingAgain()
+{
+    m_engine->behave(answering({.status = 500}));
+    for (int i = 0; i < 2; ++i) {
+        recordAndStop(1);
+        QTRY_VERIFY(!meeting().isTranscribing());
+    }
+    const QList<RecordedMeeting> before = meeting().leftovers();
+    QCOMPARE(before.size(), 2);
+    meeting().transcribeLeftover(before[0].audioFileName);
+    QTRY_VERIFY(!meeting().isTranscribing());
+    QCOMPARE(meeting().leftovers().size(), 2);
+    QCOMPARE(meeting().leftovers().first().audioFileName, before[1].audioFileName);
 }
 
 void TestMeetingTranscriber::dismissing()
