@@ -362,6 +362,7 @@ void TestMeetingTranscriber::refusesWhatDoesNotFit()
     QCOMPARE(meeting().startRefusal(), QString());
     QCOMPARE(meeting().stopRefusal(), u"Запись совещания не идёт."_s);
     QCOMPARE(meeting().cancelRefusal(), u"Расшифровка совещания не идёт."_s);
+    QCOMPARE(meeting().leftoverRefusal(), u"Нерасшифрованных записей нет."_s);
     meeting().stop();
     meeting().cancelTranscription();
     QCOMPARE(m_statuses, QStringList());
@@ -369,10 +370,12 @@ void TestMeetingTranscriber::refusesWhatDoesNotFit()
     record(1);
     QCOMPARE(meeting().startRefusal(), u"Запись совещания уже идёт."_s);
     QCOMPARE(meeting().cancelRefusal(), u"Идёт запись: её завершает команда orvane meeting stop."_s);
+    QCOMPARE(meeting().leftoverRefusal(), u"Запись совещания уже идёт."_s);
     meeting().reset();
     QCOMPARE(meeting().statusText(), recording);
     meeting().stop();
     QCOMPARE(meeting().startRefusal(), wait);
+    QCOMPARE(meeting().leftoverRefusal(), wait);
     const TaskResult again(meeting().start()); // does nothing
     QVERIFY(again.succeeded());
     QTRY_COMPARE(meeting().statusText(), saved);
@@ -457,7 +460,9 @@ void TestMeetingTranscriber::quitting()
         const EngineTurns::Turn turn = m_home->turns().take();
         meeting().transcribeLeftover(name);
         QCOMPARE(meeting().errorText(), wait);
+        QCOMPARE(meeting().leftoverRefusal(), wait);
     }
+    QCOMPARE(meeting().leftoverRefusal(), QString());
     meeting().transcribeLeftover(name);
     QTRY_COMPARE(meeting().statusText(), saved);
     QVERIFY(m_statuses.contains(u"Расшифровка записи (1:01)…"_s));
