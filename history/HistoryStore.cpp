@@ -35,7 +35,7 @@ HistoryStore::HistoryStore(const StandardFolders &folders, QObject *parent)
     m_pool.setExpiryTimeout(-1);
     m_rescanDelay.setSingleShot(true);
     m_rescanDelay.setInterval(rescanDelay);
-    connect(&m_rescanDelay, &QTimer::timeout, this, [this] { spawn(rescan()); });
+    connect(&m_rescanDelay, &QTimer::timeout, this, [this] { spawn(refresh()); });
     spawn(load());
 }
 
@@ -239,7 +239,7 @@ QCoro::Task<> HistoryStore::followWhenLoaded()
     followFolder();
 }
 
-QCoro::Task<> HistoryStore::rescan()
+QCoro::Task<> HistoryStore::refresh()
 {
     const std::stop_token lifetime = m_lifetime.get_token();
     const auto changes = co_await offMainThread(&m_pool, [folder = &m_folder] { return folder->rescan(); });

@@ -65,6 +65,8 @@ public:
     /// Ends when every change made so far is on disk or in `lastError`.
     [[nodiscard]] QCoro::Task<> flush();
 
+    /// Ends when what other processes have done in the history folder so far appears here.
+    [[nodiscard]] QCoro::Task<> refresh();
     /// From now on what other processes do in the history folder appears here. A change made here that
     /// is still on its way to the disk wins over theirs.
     void watch();
@@ -87,7 +89,6 @@ private:
 
     QCoro::Task<> followWhenLoaded();
     void followFolder();
-    QCoro::Task<> rescan();
     void takeOver(const QHash<QUuid, QList<TranscriptRecord>> &changes);
     [[nodiscard]] bool replace(const QUuid &id, const QList<TranscriptRecord> &now);
 

@@ -1,6 +1,10 @@
 #include "meeting/MeetingPipeline.h"
 
+#include "app/base/Async.h"
+#include "recognition/WavFileWriter.h"
 #include "recognition/segments/TranscriptSanitizer.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -22,6 +26,13 @@ bool isWithoutSpeech(const DisplaySegment &segment)
     return text.isEmpty() || stands(u'[', u']') || stands(u'(', u')') || stands(u'*', u'*');
 }
 
+/// The recording was stopped before the microphone gave a sample; the engine rejects such a file.
+bool isEmpty(const QString &audioPath)
+{
+    const QFileInfo audio(audioPath);
+    return audio.exists() && audio.size() <= WavFileWriter::headerBytes;
+}
+
 } // namespace
 
 MeetingPipeline::MeetingPipeline(WhisperServerEngine &engine,
@@ -35,6 +46,10 @@ QCoro::Task<QList<DisplaySegment>> MeetingPipeline::run(Request request, std::st
     const auto label =
         request.speakers == TranscriptionService::SpeakerDetection::On ? m_labelSpeakers : nullptr;
     WhisperServerEngine &engine = m_engine;
+    const bool isNothingThere = co_await offMainThread([path = request.audioPath] { return isEmpty(path); });
+    throwIfCancelled(stop);
+    if (isNothingThere)
+        co_return {};
     co_await engine.load(request.model.path, stop);
     throwIfCancelled(stop);
     const QList<RawSegment> raw = co_await engine.infer(request.audioPath, request.language,

@@ -68,9 +68,9 @@ QCoro::Task<> MeetingRecordings::findLeftovers()
 
 void MeetingRecordings::offer(const RecordedMeeting &meeting)
 {
-    if (leftover(meeting.audioFileName))
-        return;
-    m_leftovers.append(meeting);
+    m_leftovers.removeIf(
+        [&meeting](const RecordedMeeting &other) { return other.audioFileName == meeting.audioFileName; });
+    m_leftovers.append(meeting); // behind the others, which it must not keep from their turn
     Q_EMIT leftoversChanged();
 }
 

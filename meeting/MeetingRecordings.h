@@ -34,7 +34,7 @@ public:
 
     /// Adds what earlier runs left behind and is not in the history.
     QCoro::Task<> findLeftovers();
-    /// Adds a recording whose transcription failed.
+    /// Puts a recording whose transcription failed at the end of the list.
     void offer(const RecordedMeeting &meeting);
 
     /// Those of earlier runs first, oldest first.

@@ -90,6 +90,15 @@ QString MeetingTranscriber::cancelRefusal() const
                        : Localization::text(u"Расшифровка совещания не идёт."_s);
 }
 
+QString MeetingTranscriber::leftoverRefusal() const
+{
+    if (isRunning())
+        return Localization::text(u"Запись совещания уже идёт."_s);
+    if (phase() != Phase::Idle || m_isQuitting || m_turns.isTaken())
+        return EngineTurns::waitText();
+    return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет."_s) : QString();
+}
+
 QCoro::Task<> MeetingTranscriber::start()
 {
     if (!canStart())

@@ -55,6 +55,7 @@ public:
     [[nodiscard]] QString startRefusal() const;
     [[nodiscard]] QString stopRefusal() const;
     [[nodiscard]] QString cancelRefusal() const;
+    [[nodiscard]] QString leftoverRefusal() const;
 
     /// Begins to record; nothing unless canStart(). Ends when the recording runs or errorText tells why not.
     QCoro::Task<> start();

@@ -17,7 +17,7 @@ namespace orvane {
 
 namespace {
 
-constexpr quint32 headerBytes = 44;
+constexpr quint32 headerBytes = WavFileWriter::headerBytes;
 constexpr size_t pieceSamples = 1 << 18;
 
 // Without a branch, so that the compiler converts several samples at once.

@@ -28,6 +28,8 @@ public:
         Kind m_kind;
     };
 
+    /// In front of the samples.
+    static constexpr quint32 headerBytes = 44;
     /// Bytes of samples that fit: with them the 32-bit sizes of the header are at their end.
     static constexpr quint64 mostDataBytes = 4'294'967'251;
 

@@ -95,7 +95,8 @@ QString outputOf(const QCommandLineParser &parser)
 
 QString recordIn(const QStringList &words)
 {
-    if (words.isEmpty())
+    // An empty name, such as an unset variable gives, would be short for every record.
+    if (words.value(0).isEmpty())
         throw UsageError(
             Localization::text(u"Укажите запись: её обозначение показывает orvane history list."_s));
     return words.first();

@@ -58,10 +58,10 @@ QCoro::Task<int> RetranscribeCommand::run()
         co_return ExitStatus::failure;
     if (!text)
         throw Error(processor.error());
-    co_await HistoryAccess::untilSaved(&history);
     if (text->trimmed().isEmpty())
         Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена"_s)));
     Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text));
+    co_await HistoryAccess::untilSaved(&history); // last, so that a full disk costs nobody the text
     co_return ExitStatus::success;
 }
 

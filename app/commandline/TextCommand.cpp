@@ -68,6 +68,8 @@ QCoro::Task<int> TextCommand::run()
         co_return ExitStatus::failure;
     }
     Output::write(text.toUtf8() + (text.endsWith(u'\n') ? "" : "\n"), m_options.output);
+    // Last, so that a full disk does not cost the user what took minutes.
+    co_await HistoryAccess::untilSaved(&m_services.history());
     co_return ExitStatus::success;
 }
 
@@ -97,8 +99,6 @@ QCoro::Task<QString> TextCommand::result()
     }
     co_await m_services.corrector().local().stopAndWait();
     throwIfCancelled(stop);
-    if (isStored)
-        co_await HistoryAccess::untilSaved(&m_services.history());
     if (!outcome.text || outcome.text->trimmed().isEmpty()) {
         throw Error(outcome.error.isEmpty() ? Localization::text(u"Модель ничего не ответила."_s)
                                             : outcome.error);

@@ -137,9 +137,7 @@ QString ControlService::MeetingStatus()
 
 void ControlService::TranscribeMeeting()
 {
-    if (m_meeting.leftovers().isEmpty())
-        refuse(Localization::text(u"Нерасшифрованных записей нет."_s));
-    else
+    if (!refuse(m_meeting.leftoverRefusal()))
         m_meeting.transcribeLeftover(m_meeting.leftovers().constFirst().audioFileName);
 }
 

@@ -116,6 +116,7 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
         throw Error(m_corrector.error());
     if (result->trimmed().isEmpty())
         throw Error(Localization::text(u"Модель ничего не ответила."_s));
+    co_await requireStill(id, stop);
     store(&m_history, *result);
     co_return *result;
 }
@@ -139,9 +140,18 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     const QList<DisplaySegment> segments = co_await m_transcriber.transcribeDetached(request, stop);
     throwIfCancelled(stop);
     const QString text = joinedText(segments);
+    co_await requireStill(id, stop);
     m_history.updateTranscription(id, TranscriptRecord::segmentsFrom(segments), text, recognition.model.id,
                                   recognition.language);
     co_return text;
+}
+
+// Minutes may have passed, in which another program renamed the record, asked about it or deleted it.
+QCoro::Task<> RecordProcessor::requireStill(QUuid id, std::stop_token stop)
+{
+    co_await m_history.refresh();
+    throwIfCancelled(stop);
+    static_cast<void>(found(m_history, id));
 }
 
 void RecordProcessor::cancel()

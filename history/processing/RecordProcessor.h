@@ -81,6 +81,8 @@ private:
     QCoro::Task<Text> process(QUuid id, Process process, Store store);
     QCoro::Task<QString> processed(QUuid id, Process process, Store store, std::stop_token stop);
     QCoro::Task<QString> transcribed(QUuid id, Recognition recognition, std::stop_token stop);
+    /// Has the history know what became of the record meanwhile. Throws Error when it was deleted.
+    QCoro::Task<> requireStill(QUuid id, std::stop_token stop);
     QCoro::Task<Text> run(QUuid id, Work work);
     void setRecord(const QUuid &id);
     void setError(const QString &text);

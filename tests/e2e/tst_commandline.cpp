@@ -41,6 +41,8 @@ private Q_SLOTS:
             << u"одинаковыми"_s;
         QTest::newRow("history action") << QStringList{u"history"_s, u"burn"_s} << u"burn"_s;
         QTest::newRow("no record") << QStringList{u"history"_s, u"show"_s} << u"Укажите запись"_s;
+        QTest::newRow("record that is an empty name")
+            << QStringList{u"history"_s, u"delete"_s, QString()} << u"Укажите запись"_s;
         QTest::newRow("blank title") << QStringList{u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}
                                      << u"Укажите новое название"_s;
         QTest::newRow("no question") << QStringList{u"ask"_s, u" "_s} << u"Задайте вопрос"_s;

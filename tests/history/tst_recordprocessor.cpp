@@ -43,9 +43,10 @@ private Q_SLOTS:
         m_home = std::make_unique<FakeEngineHome>(u"llama-server"_s);
         m_folder = std::make_unique<QTemporaryDir>();
         AppServices::Environment environment;
-        environment.folders = {.applicationSupport = m_folder->path(),
-                               .resources = m_home->resources(),
-                               .temporary = m_folder->path()};
+        m_folders = {.applicationSupport = m_folder->path(),
+                     .resources = m_home->resources(),
+                     .temporary = m_folder->path()};
+        environment.folders = m_folders;
         environment.defaultsFile = m_folder->filePath(u"settings.json"_s);
         Samples::put(environment.folders.correctionModels() + u'/' +
                          CorrectionModel::catalog().first().fileName,
@@ -115,6 +116,28 @@ private Q_SLOTS:
         QVERIFY(m_services->corrector().isCorrecting());
     }
 
+    void keepsWhatAnotherProgramDidMeanwhile()
+    {
+        QCoro::waitFor(m_services->history().flush());
+        HistoryFolder another(m_folders);
+        m_home->behave(answering(saying(u"Иван."_s)));
+
+        const Result asked(processor().ask(m_record, u"Кто?"_s));
+        TranscriptRecord renamed = record();
+        renamed.title = u"новое"_s;
+        another.save(renamed);
+        QTRY_VERIFY(asked.isDone());
+        QCOMPARE(record().title, u"новое"_s);
+        QCOMPARE(record().events->last().text, u"Иван."_s);
+
+        QCoro::waitFor(m_services->history().flush());
+        const Result late(processor().ask(m_record, u"Кто?"_s));
+        another.remove(m_record);
+        QTRY_VERIFY(late.isDone());
+        QVERIFY(processor().error().startsWith(u"В истории нет записи "_s));
+        QVERIFY(another.load().isEmpty());
+    }
+
     void cancelledStoresNothing()
     {
         const TranscriptRecord before = record();
@@ -155,6 +178,7 @@ private:
 
     std::unique_ptr<FakeEngineHome> m_home;
     std::unique_ptr<QTemporaryDir> m_folder;
+    StandardFolders m_folders;
     std::unique_ptr<AppServices> m_services;
     QUuid m_record;
 };

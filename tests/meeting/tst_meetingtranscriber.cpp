@@ -62,6 +62,7 @@ private Q_SLOTS:
     void recordsAndSaves();
     void keepsWhatWasChosenAtTheStart();
     void withoutSpeech();
+    void stoppedAtOnce();
     void doesNotStart_data();
     void doesNotStart();
     void failures_data();
@@ -76,6 +77,7 @@ private Q_SLOTS:
     void quitting();
     void recordSavedBeforeKill();
     void recordNotSaved();
+    void failingAgain();
     void dismissing();
 
 private:
@@ -199,6 +201,16 @@ void TestMeetingTranscriber::withoutSpeech()
     QVERIFY(meeting().lastRecordID().isNull());
     QTRY_COMPARE(m_home->markers(), QStringList());
     QCOMPARE(m_home->patternIn(m_home->audio().value(0)), 16'000);
+}
+
+void TestMeetingTranscriber::stoppedAtOnce()
+{
+    m_engine->behave(answering({.status = 400})); // as to a file without a sample
+    recordAndStop(0);
+    QTRY_COMPARE(meeting().statusText(), silent);
+    QCOMPARE(meeting().errorText(), QString());
+    QTRY_COMPARE(m_home->markers(), QStringList());
+    QCOMPARE(m_home->audio().size(), 1);
 }
 
 void TestMeetingTranscriber::doesNotStart_data()
@@ -350,6 +362,7 @@ void TestMeetingTranscriber::refusesWhatDoesNotFit()
     QCOMPARE(meeting().startRefusal(), QString());
     QCOMPARE(meeting().stopRefusal(), u"Запись совещания не идёт."_s);
     QCOMPARE(meeting().cancelRefusal(), u"Расшифровка совещания не идёт."_s);
+    QCOMPARE(meeting().leftoverRefusal(), u"Нерасшифрованных записей нет."_s);
     meeting().stop();
     meeting().cancelTranscription();
     QCOMPARE(m_statuses, QStringList());
@@ -357,10 +370,12 @@ void TestMeetingTranscriber::refusesWhatDoesNotFit()
     record(1);
     QCOMPARE(meeting().startRefusal(), u"Запись совещания уже идёт."_s);
     QCOMPARE(meeting().cancelRefusal(), u"Идёт запись: её завершает команда orvane meeting stop."_s);
+    QCOMPARE(meeting().leftoverRefusal(), u"Запись совещания уже идёт."_s);
     meeting().reset();
     QCOMPARE(meeting().statusText(), recording);
     meeting().stop();
     QCOMPARE(meeting().startRefusal(), wait);
+    QCOMPARE(meeting().leftoverRefusal(), wait);
     const TaskResult again(meeting().start()); // does nothing
     QVERIFY(again.succeeded());
     QTRY_COMPARE(meeting().statusText(), saved);
@@ -445,7 +460,9 @@ void TestMeetingTranscriber::quitting()
         const EngineTurns::Turn turn = m_home->turns().take();
         meeting().transcribeLeftover(name);
         QCOMPARE(meeting().errorText(), wait);
+        QCOMPARE(meeting().leftoverRefusal(), wait);
     }
+    QCOMPARE(meeting().leftoverRefusal(), QString());
     meeting().transcribeLeftover(name);
     QTRY_COMPARE(meeting().statusText(), saved);
     QVERIFY(m_statuses.contains(u"Расшифровка записи (1:01)…"_s));
@@ -486,6 +503,22 @@ void TestMeetingTranscriber::recordNotSaved()
     QVERIFY(inTheWay.remove());
     restart();
     QCOMPARE(meeting().leftovers().size(), 1);
+}
+
+/// A recording that cannot be transcribed keeps no other from its turn.
+void TestMeetingTranscriber::failingAgain()
+{
+    m_engine->behave(answering({.status = 500}));
+    for (int i = 0; i < 2; ++i) {
+        recordAndStop(1);
+        QTRY_VERIFY(!meeting().isTranscribing());
+    }
+    const QList<RecordedMeeting> before = meeting().leftovers();
+    QCOMPARE(before.size(), 2);
+    meeting().transcribeLeftover(before[0].audioFileName);
+    QTRY_VERIFY(!meeting().isTranscribing());
+    QCOMPARE(meeting().leftovers().size(), 2);
+    QCOMPARE(meeting().leftovers().first().audioFileName, before[1].audioFileName);
 }
 
 void TestMeetingTranscriber::dismissing()
