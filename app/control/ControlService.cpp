@@ -141,6 +141,14 @@ void ControlService::TranscribeMeeting()
         m_meeting.transcribeLeftover(m_meeting.leftovers().constFirst().audioFileName);
 }
 
+void ControlService::DismissMeeting()
+{
+    if (m_meeting.leftovers().isEmpty())
+        refuse(Localization::text(u"Нерасшифрованных записей нет."_s));
+    else
+        m_meeting.dismissLeftover(m_meeting.leftovers().constFirst().audioFileName);
+}
+
 void ControlService::Quit()
 {
     Q_EMIT quitRequested();

@@ -42,6 +42,8 @@ public Q_SLOTS:
     Q_SCRIPTABLE QString MeetingStatus();
     /// Begins with the first recording that an earlier run left behind.
     Q_SCRIPTABLE void TranscribeMeeting();
+    /// Does not offer that recording any more; its audio stays.
+    Q_SCRIPTABLE void DismissMeeting();
     Q_SCRIPTABLE void Quit();
 
 Q_SIGNALS:

@@ -452,6 +452,7 @@ constexpr TextPair pairs[] = {
   orvane meeting cancel           прервать расшифровку; аудиозапись останется
   orvane meeting [status]         показать, что с совещанием
   orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
+  orvane meeting dismiss          больше не предлагать её; аудиозапись останется
 
   orvane --version                показать версию
   orvane --help                   показать эту справку
@@ -500,6 +501,7 @@ constexpr TextPair pairs[] = {
   orvane meeting cancel           abandon the transcription; the audio stays
   orvane meeting [status]         show what the meeting is at
   orvane meeting transcribe       transcribe a recording that a crash left behind
+  orvane meeting dismiss          do not offer it any more; the audio stays
 
   orvane --version                show the version
   orvane --help                   show this help

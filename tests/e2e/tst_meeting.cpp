@@ -122,13 +122,16 @@ void MeetingTest::abandonsTheTranscription()
 void MeetingTest::goesOnAfter_data()
 {
     QTest::addColumn<int>("signal");
-    QTest::newRow("a kill") << SIGKILL;
-    QTest::newRow("an end while recording") << SIGTERM;
+    QTest::addColumn<bool>("isDismissed");
+    QTest::newRow("a kill") << SIGKILL << false;
+    QTest::newRow("an end while recording") << SIGTERM << false;
+    QTest::newRow("a kill, and nobody wants it") << SIGKILL << true;
 }
 
 void MeetingTest::goesOnAfter()
 {
     QFETCH(const int, signal);
+    QFETCH(const bool, isDismissed);
     record();
     QTest::qWait(signal == SIGKILL ? 5000 : 0); // until all of it must be on the disk
     ::kill(static_cast<pid_t>(m_application->processId()), signal);
@@ -137,6 +140,12 @@ void MeetingTest::goesOnAfter()
     launch();
     QTRY_VERIFY_WITH_TIMEOUT(status().constLast().startsWith(u"Осталась нерасшифрованная запись"_s),
                              patience);
+    if (isDismissed) {
+        QCOMPARE(meeting(u"dismiss"_s).exitCode, 0);
+        QCOMPARE(status(), QStringList{u"idle"_s});
+        QCOMPARE(recordings().size(), 1);
+        return;
+    }
     QCOMPARE(meeting(u"transcribe"_s).exitCode, 0);
     QTRY_VERIFY_WITH_TIMEOUT(status().value(1).startsWith(u"Совещание сохранено"_s), patience);
     QCOMPARE(m_program.recordFiles().size(), 1);
