@@ -6,7 +6,6 @@
 #include "app/control/ControlInterface.h"
 #include "app/settings/Localization.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QVariantMap>
@@ -26,10 +25,9 @@ QDBusMessage ask(const QString &interface, const QString &method, const QVariant
         QDBusMessage::createMethodCall(ControlInterface::service, ControlInterface::path, interface, method);
     request.setArguments(arguments);
     request.setAutoStartService(false);
-    QDBusMessage answer = QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);
-    // What Qt's own thread still has to say of the answer, it complains of once the types are gone.
-    QCoreApplication::processEvents();
-    return answer;
+    // Qt's own thread for the bus looks types up until the program ends. What is there before it outlives it.
+    qRegisterMetaType<QDBusMessage>();
+    return QDBusConnection::sessionBus().call(request, QDBus::Block, answerTimeoutMs);
 }
 
 } // namespace
