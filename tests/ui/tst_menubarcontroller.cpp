@@ -30,6 +30,7 @@ private Q_SLOTS:
     void choosesWhatTheSettingsHold();
     void tellsOfMissingKeys();
     void startsDictation();
+    void doesNotGrow();
     void quits();
     void whoMayEndTheProgram();
 
@@ -202,6 +203,17 @@ void TestMenuBarController::startsDictation()
     const QString status = texts(opened()).constFirst();
     QVERIFY(status.startsWith(u"Нет модели: "_s));
     QVERIFY(status.size() <= 80);
+}
+
+void TestMenuBarController::doesNotGrow()
+{
+    const auto submenus = [this] { return opened().findChildren<QMenu *>().size(); };
+    const qsizetype atFirst = submenus();
+    for (int i = 0; i < 3; ++i) {
+        (void)opened();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QCOMPARE(submenus(), atFirst);
 }
 
 void TestMenuBarController::quits()
