@@ -54,7 +54,8 @@ bool noWindowIsActive(const XcbConnection &connection)
         return false;
     const XcbOwned<xcb_get_property_reply_t> active(xcb_get_property_reply(
         connection.get(),
-        xcb_get_property(connection.get(), 0, connection.root(), atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr));
+        xcb_get_property(connection.get(), 0, connection.root(), atom->atom, XCB_ATOM_WINDOW, 0, 1),
+        nullptr));
     return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
            *static_cast<const xcb_window_t *>(xcb_get_property_value(active.get())) == XCB_WINDOW_NONE;
 }
