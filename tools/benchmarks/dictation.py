@@ -3,7 +3,7 @@
 import json
 from statistics import median
 
-from benchmarks.report import fixture_environment, program, run
+from benchmarks.report import fixture_environment, peer, program, run
 
 STARTS = 3
 ROUNDS = 4
@@ -11,15 +11,16 @@ SETTLING = 80  # ms that the program waits, by design, between the indicator's g
 
 
 def bench_dictation(report, _folder):
+    peer("trayer")  # or says what to install
     seen = json.loads(run([program("bench-dictation"), STARTS, ROUNDS], env=fixture_environment()))
 
     def add_times(what, name, limit):
         report.add(what, median(seen[name]), limit, " ms", detail=f"{min(seen[name]):.0f} to {max(seen[name]):.0f} ms")
 
-    texts, peers = ([*seen[f"first{name}"], *seen[f"later{name}"]] for name in ("Text", "Curl"))
-    more = [text - peer - SETTLING for text, peer in zip(texts, peers)]
+    texts, curls = ([*seen[f"first{name}"], *seen[f"later{name}"]] for name in ("Text", "Curl"))
+    more = [text - curl - SETTLING for text, curl in zip(texts, curls)]
     report.add(f"from the second stop press to the text, over curl and {SETTLING} ms", median(more), 80, " ms",
-               detail=f"{median(texts):.0f} ms, curl {median(peers):.0f} ms, {len(texts)} times")
+               detail=f"{median(texts):.0f} ms, curl {median(curls):.0f} ms, {len(texts)} times")
     first, later = median(seen["firstText"]), median(seen["laterText"])
     report.add("the first time after a start, against later ones", first / later, 1.1,
                detail=f"{first:.0f} ms, later {later:.0f} ms")

@@ -2,8 +2,7 @@
 
 import json
 
-from benchmarks.files import fixtures
-from benchmarks.report import program, run
+from benchmarks.report import configured, program, run
 
 HOURS = 4
 
@@ -18,7 +17,7 @@ def bench_recording(report, folder):
 
 
 def bench_labelling(report, _folder):
-    times = json.loads(run([program("bench-labelling"), fixtures() / "jfk.wav", 3]))
+    times = json.loads(run([program("bench-labelling"), configured("ORVANE_TEST_FIXTURES") / "jfk.wav", 3]))
     report.add("labelling 1 h in 900 segments, against the plain form", times["ours_ms"] / times["plain_ms"], 0.3,
                detail=f"{times['ours_ms']} ms, plain {times['plain_ms']} ms")
     report.add("labelling 1 h in 900 segments", times["ours_ms"] / 1000, 1, " s")
