@@ -1,5 +1,6 @@
 #include "app/AppServices.h"
 #include "app/Termination.h"
+#include "app/base/Async.h"
 #include "tests/support/FakeDictationSurroundings.h"
 #include "tests/update/FakePresenter.h"
 #include "ui/MenuBarController.h"
@@ -75,6 +76,7 @@ void TestMenuBarController::cleanup()
 {
     m_controller.reset();
     m_services.reset();
+    endAbandonedTasks(); // the history may still be being read
 }
 
 QMenu &TestMenuBarController::opened()
