@@ -26,6 +26,8 @@ bool hasCompositor()
         return false;
     std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (socket < 0)
+        return false;
     const bool answers =
         ::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
     ::close(socket);
