@@ -148,12 +148,15 @@ QCoro::Task<> DictationController::finish(std::stop_token session)
         fail(failure);
     if (text.isEmpty())
         co_return;
+    const QString problem = m_lastError; // why the text is as it was spoken
     const std::stop_token alive = m_lifetime.get_token();
     co_await sleepFor(settlingTime, alive);
     const TextInjector::Outcome outcome = co_await m_with.injector.insert(text);
     throwIfCancelled(alive);
     if (outcome == TextInjector::Outcome::LeftOnClipboard)
         m_with.indicator.notice(Localization::text(u"Текст в буфере обмена — вставьте его: Ctrl+V"_s));
+    else if (!problem.isEmpty())
+        m_with.indicator.notice(problem);
     // Not before the paste: a dialog would take the focus, and the text with it.
     if (needsModel)
         notifyModelNeededOnce();

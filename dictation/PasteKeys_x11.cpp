@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string_view>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -40,6 +41,23 @@ xcb_window_t parentOf(const XcbConnection &connection, xcb_window_t window)
     const XcbOwned<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection.get(), xcb_query_tree(connection.get(), window), nullptr));
     return tree ? tree->parent : xcb_window_t(XCB_NONE);
+}
+
+/// While no window is active, the focus is on one of the window manager's own that nobody sees.
+bool noWindowIsActive(const XcbConnection &connection)
+{
+    constexpr std::string_view name = "_NET_ACTIVE_WINDOW";
+    const XcbOwned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
+        connection.get(), xcb_intern_atom(connection.get(), 1, std::uint16_t(name.size()), name.data()),
+        nullptr));
+    if (!atom)
+        return false;
+    const XcbOwned<xcb_get_property_reply_t> active(xcb_get_property_reply(
+        connection.get(),
+        xcb_get_property(connection.get(), 0, connection.root(), atom->atom, XCB_ATOM_WINDOW, 0, 1),
+        nullptr));
+    return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
+           *static_cast<const xcb_window_t *>(xcb_get_property_value(active.get())) == XCB_WINDOW_NONE;
 }
 
 /// By the class names that terminals give their windows.
@@ -136,7 +154,7 @@ Receiver receiver()
         if (const QByteArray windowClass = classOf(connection, window); !windowClass.isEmpty())
             return isTerminal(windowClass) ? Receiver::Terminal : Receiver::Application;
     }
-    return Receiver::Application;
+    return noWindowIsActive(connection) ? Receiver::Nobody : Receiver::Application;
 }
 
 bool press(Receiver receiver)

@@ -59,7 +59,12 @@ HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder
     m_again.callOnTimeout(&m_again, [this] { present(); });
     m_endOfNotice.setSingleShot(true);
     m_endOfNotice.setInterval(lengthOfNotice);
-    m_endOfNotice.callOnTimeout(&m_endOfNotice, [this] { hide(); });
+    m_endOfNotice.callOnTimeout(&m_endOfNotice, [this] {
+        if (m_isOfDictation)
+            m_hud.setNotice({});
+        else
+            hide();
+    });
     m_help.setSingleShot(true);
     m_help.setInterval(untilHelp);
     m_help.callOnTimeout(&m_help, [this] { showHelp(); });
@@ -77,6 +82,7 @@ HUDController::~HUDController()
 
 void HUDController::show()
 {
+    m_isOfDictation = true;
     m_endOfNotice.stop();
     m_hud.setNotice({});
     appear();
@@ -84,6 +90,7 @@ void HUDController::show()
 
 void HUDController::hide()
 {
+    m_isOfDictation = false;
     m_wantsVisible = false;
     m_again.stop();
     m_endOfNotice.stop();

@@ -30,7 +30,7 @@ public:
     void show();
     /// At once, also when it was still about to be shown.
     void hide();
-    /// Shows a text alone for a few seconds, in place of everything else.
+    /// Shows a text alone for a few seconds, in place of everything else, which comes back if it was shown.
     void notice(const QString &text);
 
 private:
@@ -46,6 +46,7 @@ private:
     bool m_isBeingMade = false;
     bool m_isReady = false;
     bool m_wantsVisible = false;
+    bool m_isOfDictation = false; // from show() to hide(), whatever is noticed between
     QTimer m_again;
     QTimer m_endOfNotice;
     QTimer m_help;

@@ -100,6 +100,7 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
         if (reason == QSystemTrayIcon::Trigger)
             m_menu.popup(QCursor::pos());
     });
+    m_menu.setToolTipsVisible(true); // of the status line
     rebuild();
     showState();
     m_icon.setContextMenu(&m_menu);
@@ -149,7 +150,9 @@ QString MenuBarController::statusLine() const
 
 void MenuBarController::rebuild()
 {
-    m_menu.clear();
+    m_menu.clear(); // of entries only: the submenus stay its children
+    for (QMenu *submenu : m_menu.findChildren<QMenu *>(Qt::FindDirectChildrenOnly))
+        submenu->deleteLater();
     QString status = statusLine();
     if (status.size() > longestStatus)
         status = status.left(longestStatus - 1) + u'…';

@@ -68,7 +68,7 @@ void ControlService::Cancel()
 {
     if (!hasDictation())
         return;
-    if (m_dictation->state() == State::Idle)
+    if (!m_dictation->interceptsEscape()) // one that is about to begin cannot be taken back either
         refuse(Localization::text(u"Отменять нечего: диктовка не идёт."_s));
     else
         m_dictation->cancel();

@@ -223,6 +223,7 @@ void TestDictationController::keepsTheTextWhenProcessingFails()
     QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s});
     QCOMPARE(m_dictation->lastError(), m_corrector->error());
     QVERIFY(m_dictation->lastError().contains(u"HTTP 500"_s));
+    QTRY_COMPARE(m_indicator->notices, QStringList{m_dictation->lastError()});
 }
 
 void TestDictationController::hintsAtMissingModelOnce()

@@ -11,6 +11,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <string_view>
+
 using namespace orvane;
 using namespace orvane::test;
 using namespace Qt::StringLiterals;
@@ -46,6 +48,7 @@ private Q_SLOTS:
     void modifierLetGoInTime();
     void stayOnTheClipboard();
     void blankText();
+    void nobodyHasTheFocus_data();
     void nobodyHasTheFocus();
 
 private:
@@ -165,12 +168,35 @@ void TestTextInjector::blankText()
     QTRY_COMPARE(terminal.text(), u"a"_s);
 }
 
+void TestTextInjector::nobodyHasTheFocus_data()
+{
+    QTest::addColumn<bool>("isOfWindowManager");
+    QTest::newRow("no window has it") << false;
+    QTest::newRow("a window of the window manager's that nobody sees") << true;
+}
+
 void TestTextInjector::nobodyHasTheFocus()
 {
+    QFETCH(const bool, isOfWindowManager);
     const XcbConnection connection = XcbConnection::open();
-    xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
+    xcb_window_t window = XCB_NONE;
+    if (isOfWindowManager) {
+        window = xcb_generate_id(connection.get());
+        const std::uint32_t unmanaged = 1;
+        xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, window, connection.root(), -10, -10, 1, 1,
+                          0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+                          &unmanaged);
+        xcb_map_window(connection.get(), window);
+        constexpr std::string_view name = "_NET_ACTIVE_WINDOW";
+        const XcbOwned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
+            connection.get(), xcb_intern_atom(connection.get(), 0, name.size(), name.data()), nullptr));
+        const xcb_window_t none = XCB_NONE;
+        xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(), atom->atom,
+                            XCB_ATOM_WINDOW, 32, 1, &none);
+    }
+    xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_NONE, window, XCB_CURRENT_TIME);
     xcb_flush(connection.get());
-    QTRY_COMPARE(XKeyboard().focus(), xcb_window_t(XCB_NONE));
+    QTRY_COMPARE(XKeyboard().focus(), window);
     const TaskResult insertion(m_injector->insert(u"for later"_s));
     QTRY_VERIFY(insertion.isDone());
     QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);

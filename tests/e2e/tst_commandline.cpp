@@ -126,6 +126,28 @@ private Q_SLOTS:
         QCOMPARE(orvane.run({u"sing"_s}).complaints.split('\n').first(), QByteArray("Unknown command: sing"));
     }
 
+    void survivesADisplayThatDoesNotAnswer_data()
+    {
+        QTest::addColumn<QString>("variable");
+        QTest::addColumn<QString>("display");
+        QTest::newRow("X") << u"DISPLAY"_s << u":59999"_s;
+        QTest::newRow("Wayland") << u"WAYLAND_DISPLAY"_s << u"nobody"_s;
+    }
+
+    void survivesADisplayThatDoesNotAnswer()
+    {
+        QFETCH(const QString, variable);
+        QFETCH(const QString, display);
+        OrvaneProgram orvane;
+        for (const QString &other : {u"QT_QPA_PLATFORM"_s, u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s})
+            orvane.setEnvironment(other, {});
+        orvane.setEnvironment(variable, display);
+        const auto result = orvane.run({});
+        QCOMPARE(result.complaints, QByteArray());
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.output.contains("orvane transcribe"));
+    }
+
     void saysWhenItsResultCannotBeWritten()
     {
         QProcess shell;

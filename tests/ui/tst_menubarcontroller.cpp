@@ -1,5 +1,6 @@
 #include "app/AppServices.h"
 #include "app/Termination.h"
+#include "app/base/Async.h"
 #include "tests/support/FakeDictationSurroundings.h"
 #include "tests/update/FakePresenter.h"
 #include "ui/MenuBarController.h"
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void choosesWhatTheSettingsHold();
     void tellsOfMissingKeys();
     void startsDictation();
+    void doesNotGrow();
     void quits();
     void whoMayEndTheProgram();
 
@@ -74,7 +76,7 @@ void TestMenuBarController::cleanup()
 {
     m_controller.reset();
     m_services.reset();
-    QCoreApplication::processEvents(); // what read the history finds it gone
+    endAbandonedTasks(); // the history may still be being read
 }
 
 QMenu &TestMenuBarController::opened()
@@ -203,6 +205,17 @@ void TestMenuBarController::startsDictation()
     const QString status = texts(opened()).constFirst();
     QVERIFY(status.startsWith(u"Нет модели: "_s));
     QVERIFY(status.size() <= 80);
+}
+
+void TestMenuBarController::doesNotGrow()
+{
+    const auto submenus = [this] { return opened().findChildren<QMenu *>().size(); };
+    const qsizetype atFirst = submenus();
+    for (int i = 0; i < 3; ++i) {
+        (void)opened();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QCOMPARE(submenus(), atFirst);
 }
 
 void TestMenuBarController::quits()
