@@ -3,12 +3,11 @@
 //
 // usage: bench-chat MODEL RESOURCES ROUNDS
 
-#include "app/base/Async.h"
 #include "correction/ChatExchange.h"
 #include "correction/LocalLLMEngine.h"
 #include "recognition/EngineProcessRegistry.h"
+#include "tools/benchmarks/Measurement.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
 
@@ -83,28 +82,9 @@ QCoro::Task<> measure(QStringList arguments)
     co_await engine.stopAndWait();
 }
 
-QCoro::Task<> run(QStringList arguments)
-{
-    int status = 0;
-    try {
-        co_await measure(arguments);
-    } catch (const Error &error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        status = 1;
-    }
-    QCoreApplication::exit(status);
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 4) {
-        std::fputs("usage: bench-chat MODEL RESOURCES ROUNDS\n", stderr);
-        return 2;
-    }
-    QMetaObject::invokeMethod(qApp, [arguments] { spawn(run(arguments)); }, Qt::QueuedConnection);
-    return QCoreApplication::exec();
+    return Measurement::execute(argc, argv, "bench-chat MODEL RESOURCES ROUNDS", measure);
 }

@@ -3,13 +3,12 @@
 //
 // usage: bench-transcription WAV MODEL RESOURCES ROUNDS
 
-#include "app/base/Async.h"
 #include "recognition/AudioDecoder.h"
 #include "recognition/EngineProcessRegistry.h"
 #include "recognition/TranscriptionService.h"
 #include "recognition/WhisperServerEngine.h"
+#include "tools/benchmarks/Measurement.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
@@ -86,28 +85,9 @@ QCoro::Task<> measure(QStringList arguments)
     co_await engine.stopAndWait();
 }
 
-QCoro::Task<> run(QStringList arguments)
-{
-    int status = 0;
-    try {
-        co_await measure(arguments);
-    } catch (const Error &error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        status = 1;
-    }
-    QCoreApplication::exit(status);
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 5) {
-        std::fputs("usage: bench-transcription WAV MODEL RESOURCES ROUNDS\n", stderr);
-        return 2;
-    }
-    QMetaObject::invokeMethod(qApp, [arguments] { spawn(run(arguments)); }, Qt::QueuedConnection);
-    return QCoreApplication::exec();
+    return Measurement::execute(argc, argv, "bench-transcription WAV MODEL RESOURCES ROUNDS", measure);
 }
