@@ -1,9 +1,9 @@
 #include "app/AppDelegate.h"
 
 #include "app/Termination.h"
-#include "app/base/Async.h"
-#include "app/settings/Localization.h"
-#include "dictation/KeyTap.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
+#include "desktop/KeyTap.h"
 #include "ui/MenuBarController.h"
 
 #include <QGuiApplication>

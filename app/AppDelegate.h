@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/AppServices.h"
 #include "app/control/ControlService.h"
+#include "app/services/AppServices.h"
 #include "dictation/DictationTrigger.h"
 #include "dictation/GuidancePresenter.h"
 

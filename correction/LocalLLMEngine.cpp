@@ -1,9 +1,9 @@
 #include "correction/LocalLLMEngine.h"
 
-#include "app/base/Async.h"
-#include "app/settings/Localization.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
 #include "correction/ChatExchange.h"
-#include "recognition/OneTimeBody.h"
+#include "engine/OneTimeBody.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/EngineServer.h"
+#include "engine/EngineServer.h"
 
 #include <QList>
 #include <QString>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/settings/AppSettings.h"
 #include "correction/BuiltInModel.h"
 #include "correction/LocalLLMEngine.h"
-#include "correction/catalogue/CorrectionModelManager.h"
+#include "models/CorrectionModelManager.h"
+#include "settings/AppSettings.h"
 
 #include <QObject>
 #include <QStringList>

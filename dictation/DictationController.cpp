@@ -1,15 +1,15 @@
 #include "dictation/DictationController.h"
 
-#include "app/base/Async.h"
-#include "app/settings/AppSettings.h"
-#include "app/settings/Localization.h"
-#include "app/settings/UserDefaults.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
+#include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
 #include "dictation/GuidancePresenter.h"
-#include "dictation/TextInjector.h"
 #include "models/ModelManager.h"
 #include "recognition/WhisperServerEngine.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

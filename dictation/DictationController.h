@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/settings/StoredChoices.h"
+#include "audio/AudioRecorder.h"
 #include "dictation/DictationState.h"
-#include "dictation/capture/AudioRecorder.h"
+#include "settings/StoredChoices.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "dictation/DictationModeTexts.h"
 
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 
 using namespace Qt::StringLiterals;
 

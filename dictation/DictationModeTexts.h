@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/settings/StoredChoices.h"
+#include "settings/StoredChoices.h"
 
 /// What the modes of dictation are called, in the interface language.
 namespace orvane::DictationModeTexts {

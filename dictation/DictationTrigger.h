@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dictation/KeyTap.h"
+#include "desktop/KeyTap.h"
 
 #include <chrono>
 #include <functional>

@@ -1,7 +1,7 @@
 #include "history/HistoryFolder.h"
 
-#include "app/base/AllCores.h"
-#include "app/settings/Localization.h"
+#include "base/AllCores.h"
+#include "base/localization/Localization.h"
 #include "history/TranscriptRecordReader.h"
 
 #include <QDir>

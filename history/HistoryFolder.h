@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/base/Error.h"
-#include "app/base/StandardFolders.h"
-#include "history/FileStamp.h"
+#include "base/Error.h"
+#include "base/StandardFolders.h"
+#include "base/files/FileStamp.h"
 #include "history/TranscriptRecord.h"
 
 #include <QHash>

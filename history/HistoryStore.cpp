@@ -1,6 +1,6 @@
 #include "history/HistoryStore.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QFileInfo>
 #include <QSignalBlocker>

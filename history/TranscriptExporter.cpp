@@ -1,6 +1,6 @@
 #include "history/TranscriptExporter.h"
 
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 
 #include <QSaveFile>
 

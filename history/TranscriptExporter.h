@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/base/Error.h"
-#include "recognition/segments/DisplaySegment.h"
+#include "base/Error.h"
+#include "transcript/DisplaySegment.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "history/TranscriptRecord.h"
 
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 
 #include <QFileInfo>
 #include <QHashFunctions>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/segments/DisplaySegment.h"
+#include "transcript/DisplaySegment.h"
 
 #include <QDateTime>
 #include <QList>

@@ -1,8 +1,8 @@
 #include "meeting/MeetingPipeline.h"
 
-#include "app/base/Async.h"
-#include "recognition/WavFileWriter.h"
-#include "recognition/segments/TranscriptSanitizer.h"
+#include "audio/WavFileWriter.h"
+#include "base/Async.h"
+#include "transcript/TranscriptSanitizer.h"
 
 #include <QFileInfo>
 

@@ -1,7 +1,7 @@
 #include "meeting/MeetingRecorder.h"
 
-#include "app/base/Async.h"
-#include "app/settings/Localization.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
 
 #include <QFileInfo>
 

@@ -1,8 +1,8 @@
 #include "meeting/MeetingTranscriber.h"
 
-#include "app/base/Async.h"
-#include "app/base/EitherStop.h"
-#include "app/settings/Localization.h"
+#include "base/Async.h"
+#include "base/EitherStop.h"
+#include "base/localization/Localization.h"
 
 #include <QDeadlineTimer>
 #include <QStorageInfo>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/settings/AppSettings.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingPipeline.h"
 #include "meeting/MeetingRecorder.h"
 #include "meeting/MeetingRecordings.h"
 #include "meeting/MeetingState.h"
 #include "models/ModelManager.h"
+#include "settings/AppSettings.h"
 
 #include <QElapsedTimer>
 

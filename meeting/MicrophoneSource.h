@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dictation/capture/AudioRecorder.h"
+#include "audio/AudioRecorder.h"
 #include "meeting/MeetingSource.h"
 
 namespace orvane {

@@ -1,6 +1,6 @@
 #include "meeting/RecordedMeeting.h"
 
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

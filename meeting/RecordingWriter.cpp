@@ -1,7 +1,7 @@
 #include "meeting/RecordingWriter.h"
 
-#include "app/base/Async.h"
-#include "models/FileControl.h"
+#include "base/Async.h"
+#include "base/files/FileControl.h"
 
 #include <QFile>
 

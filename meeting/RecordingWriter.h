@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/WavFileWriter.h"
+#include "audio/WavFileWriter.h"
 
 #include <QString>
 #include <QThreadPool>

@@ -1,9 +1,9 @@
 #include "meeting/RecordingsFolder.h"
 
-#include "history/FileStamp.h"
+#include "audio/WavFileWriter.h"
+#include "base/files/FileError.h"
+#include "base/files/FileStamp.h"
 #include "meeting/MeetingSource.h"
-#include "recognition/FileError.h"
-#include "recognition/WavFileWriter.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "models/DownloadSession.h"
 
-#include "app/base/Error.h"
+#include "base/Error.h"
 #include "models/Transfer.h"
 
 #include <curl/curl.h>

@@ -1,10 +1,10 @@
 #include "models/ModelCatalogManager.h"
 
-#include "app/base/Async.h"
-#include "app/settings/BuildInfo.h"
-#include "app/settings/Localization.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
 #include "models/ModelDownloader.h"
 #include "models/PartFile.h"
+#include "settings/BuildInfo.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "models/ModelDownloader.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "models/PartFile.h"
 
+#include "base/files/FileControl.h"
 #include "models/DownloadError.h"
-#include "models/FileControl.h"
 
 #include <QDir>
 #include <QFileInfo>

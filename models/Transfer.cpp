@@ -1,9 +1,9 @@
 #include "models/Transfer.h"
 
-#include "app/settings/BuildInfo.h"
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "models/DownloadError.h"
 #include "models/SystemProxy.h"
+#include "settings/BuildInfo.h"
 
 #include <QRegularExpression>
 

@@ -1,6 +1,6 @@
 #include "recognition/MultipartBody.h"
 
-#include "recognition/FileError.h"
+#include "base/files/FileError.h"
 
 #include <QFile>
 

@@ -1,9 +1,9 @@
 #include "recognition/TranscriptionService.h"
 
-#include "app/base/Async.h"
-#include "app/base/EitherStop.h"
-#include "app/settings/Localization.h"
-#include "recognition/segments/TranscriptSanitizer.h"
+#include "base/Async.h"
+#include "base/EitherStop.h"
+#include "base/localization/Localization.h"
+#include "transcript/TranscriptSanitizer.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>

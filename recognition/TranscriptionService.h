@@ -1,11 +1,11 @@
 #pragma once
 
+#include "audio/AudioDecoder.h"
+#include "engine/EngineTurns.h"
 #include "models/ModelFile.h"
-#include "recognition/AudioDecoder.h"
-#include "recognition/EngineTurns.h"
 #include "recognition/RecognitionEstimate.h"
 #include "recognition/WhisperServerEngine.h"
-#include "recognition/segments/DisplaySegment.h"
+#include "transcript/DisplaySegment.h"
 
 #include <QElapsedTimer>
 #include <QObject>

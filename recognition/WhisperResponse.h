@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/segments/RawSegment.h"
+#include "transcript/RawSegment.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,12 +1,12 @@
 #include "recognition/WhisperServerEngine.h"
 
-#include "app/base/Async.h"
-#include "app/base/EitherStop.h"
-#include "recognition/FileError.h"
+#include "audio/WavFileWriter.h"
+#include "base/Async.h"
+#include "base/EitherStop.h"
+#include "base/files/FileError.h"
+#include "base/files/TemporaryFile.h"
+#include "engine/OneTimeBody.h"
 #include "recognition/MultipartBody.h"
-#include "recognition/OneTimeBody.h"
-#include "recognition/TemporaryFile.h"
-#include "recognition/WavFileWriter.h"
 #include "recognition/WhisperResponse.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "recognition/EngineServer.h"
-#include "recognition/segments/RawSegment.h"
+#include "engine/EngineServer.h"
+#include "transcript/RawSegment.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 #include "ui/Dialogs.h"
 
-#include "app/base/Error.h"
-#include "app/settings/BuildInfo.h"
+#include "base/Error.h"
+#include "settings/BuildInfo.h"
 #include "ui/ProgressPanel.h"
 
 #include <QDesktopServices>

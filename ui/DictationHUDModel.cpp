@@ -1,8 +1,8 @@
 #include "ui/DictationHUDModel.h"
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "dictation/DictationModeTexts.h"
+#include "settings/AppSettings.h"
 
 #include <algorithm>
 

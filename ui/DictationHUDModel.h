@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/settings/StoredChoices.h"
 #include "dictation/DictationState.h"
+#include "settings/StoredChoices.h"
 
 #include <QList>
 #include <QObject>

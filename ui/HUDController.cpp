@@ -1,9 +1,9 @@
 #include "ui/HUDController.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
+#include "desktop/WindowBlending.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDPlacement.h"
-#include "ui/WindowBlending.h"
 
 #include <QCursor>
 #include <QGuiApplication>

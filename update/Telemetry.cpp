@@ -1,9 +1,9 @@
 #include "update/Telemetry.h"
 
-#include "app/base/Async.h"
-#include "app/settings/AppSettings.h"
-#include "app/settings/BuildInfo.h"
-#include "app/settings/UserDefaults.h"
+#include "base/Async.h"
+#include "settings/AppSettings.h"
+#include "settings/BuildInfo.h"
+#include "settings/UserDefaults.h"
 #include "update/UpdateError.h"
 #include "update/VendorExchange.h"
 #include "update/VendorServer.h"

@@ -1,8 +1,8 @@
 #include "update/UpdateChecker.h"
 
-#include "app/base/Async.h"
-#include "app/settings/Localization.h"
-#include "app/settings/UserDefaults.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
+#include "settings/UserDefaults.h"
 #include "update/UpdateDownload.h"
 #include "update/UpdateError.h"
 #include "update/VendorExchange.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/settings/BuildInfo.h"
+#include "settings/BuildInfo.h"
 #include "update/UpdatePresenter.h"
 #include "update/UpdateRelease.h"
 #include "update/VersionManifest.h"

@@ -1,6 +1,6 @@
 #include "update/VendorExchange.h"
 
-#include "app/settings/BuildInfo.h"
+#include "settings/BuildInfo.h"
 #include "update/UpdateError.h"
 
 #include <QEventLoop>

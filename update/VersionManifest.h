@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/settings/BuildInfo.h"
+#include "settings/BuildInfo.h"
 
 #include <QByteArray>
 #include <QString>

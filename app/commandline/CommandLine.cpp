@@ -3,8 +3,8 @@
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/TextInput.h"
-#include "app/settings/Localization.h"
-#include "app/settings/TranscriptionLanguage.h"
+#include "base/localization/Localization.h"
+#include "settings/TranscriptionLanguage.h"
 
 #include <QCommandLineParser>
 #include <QMap>

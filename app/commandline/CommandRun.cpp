@@ -1,10 +1,10 @@
 #include "app/commandline/CommandRun.h"
 
-#include "app/AppServices.h"
-#include "app/base/Async.h"
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Interruption.h"
 #include "app/commandline/Output.h"
+#include "app/services/AppServices.h"
+#include "base/Async.h"
 
 #include <QCoreApplication>
 

@@ -1,10 +1,10 @@
 #include "app/commandline/ControlCommand.h"
 
-#include "app/base/Error.h"
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Output.h"
 #include "app/control/ControlInterface.h"
-#include "app/settings/Localization.h"
+#include "base/Error.h"
+#include "base/localization/Localization.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,7 +1,7 @@
 #include "app/commandline/HistoryAccess.h"
 
-#include "app/base/Error.h"
-#include "app/settings/Localization.h"
+#include "base/Error.h"
+#include "base/localization/Localization.h"
 
 using namespace Qt::StringLiterals;
 

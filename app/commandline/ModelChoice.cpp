@@ -1,7 +1,7 @@
 #include "app/commandline/ModelChoice.h"
 
-#include "app/AppServices.h"
-#include "app/settings/Localization.h"
+#include "app/services/AppServices.h"
+#include "base/localization/Localization.h"
 
 #include <QFile>
 #include <QFileInfo>

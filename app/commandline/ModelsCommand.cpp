@@ -4,8 +4,8 @@
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
 #include "app/commandline/TransferRate.h"
-#include "app/settings/Localization.h"
-#include "correction/catalogue/CorrectionModelManager.h"
+#include "base/localization/Localization.h"
+#include "models/CorrectionModelManager.h"
 #include "models/ModelManager.h"
 #include "update/DeviceSources.h"
 

@@ -1,7 +1,7 @@
 #include "app/commandline/ProgressLine.h"
 
-#include "app/settings/Localization.h"
-#include "recognition/segments/DisplaySegment.h"
+#include "base/localization/Localization.h"
+#include "transcript/DisplaySegment.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,13 +1,13 @@
 #include "app/commandline/RetranscribeCommand.h"
 
-#include "app/AppServices.h"
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/HistoryAccess.h"
 #include "app/commandline/ModelChoice.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/OutputFormat.h"
 #include "app/commandline/ProgressLine.h"
-#include "app/settings/Localization.h"
+#include "app/services/AppServices.h"
+#include "base/localization/Localization.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "app/commandline/TextInput.h"
 
-#include "app/base/Error.h"
-#include "app/base/OneTimeEvent.h"
-#include "app/settings/Localization.h"
+#include "base/Error.h"
+#include "base/OneTimeEvent.h"
+#include "base/localization/Localization.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,11 +1,11 @@
 #include "app/commandline/TranscribeCommand.h"
 
-#include "app/AppServices.h"
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/ModelChoice.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
-#include "app/settings/Localization.h"
+#include "app/services/AppServices.h"
+#include "base/localization/Localization.h"
 #include "history/FileRecordSaver.h"
 
 #include <QFileInfo>

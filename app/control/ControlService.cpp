@@ -1,9 +1,9 @@
 #include "app/control/ControlService.h"
 
-#include "app/base/Async.h"
 #include "app/control/ApplicationAdaptor.h"
 #include "app/control/ControlInterface.h"
-#include "app/settings/Localization.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
 #include "dictation/DictationController.h"
 #include "meeting/MeetingTranscriber.h"
 

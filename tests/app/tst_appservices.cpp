@@ -1,5 +1,5 @@
-#include "app/AppServices.h"
-#include "app/base/Async.h"
+#include "app/services/AppServices.h"
+#include "base/Async.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"
 

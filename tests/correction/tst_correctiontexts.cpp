@@ -1,4 +1,4 @@
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "correction/BuiltInModel.h"
 #include "correction/TextChunks.h"
 #include "correction/TextCorrectionService.h"

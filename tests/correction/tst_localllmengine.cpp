@@ -1,6 +1,6 @@
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "correction/LocalLLMEngine.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "engine/EngineProcessRegistry.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"
 

@@ -1,8 +1,8 @@
-#include "app/base/Async.h"
-#include "app/settings/UserDefaults.h"
+#include "base/Async.h"
 #include "correction/CorrectionPrompts.h"
 #include "correction/TextCorrectionService.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "engine/EngineProcessRegistry.h"
+#include "settings/UserDefaults.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"
 

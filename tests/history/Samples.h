@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/StandardFolders.h"
+#include "base/StandardFolders.h"
 #include "history/TranscriptRecord.h"
 #include "history/TranscriptRecordReader.h"
 

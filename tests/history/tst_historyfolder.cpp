@@ -1,6 +1,6 @@
 #include "history/HistoryFolder.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 #include "history/HistoryStore.h"
 #include "tests/history/Samples.h"
 #include "tests/history/WithoutPrivileges.h"

@@ -1,6 +1,6 @@
 #include "history/HistoryStore.h"
 
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "history/FileRecordSaver.h"
 #include "tests/history/Samples.h"
 

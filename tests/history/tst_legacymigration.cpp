@@ -1,6 +1,6 @@
 #include "history/LegacyMigration.h"
 
-#include "app/settings/UserDefaults.h"
+#include "settings/UserDefaults.h"
 #include "tests/history/WithoutPrivileges.h"
 
 #include <QDir>

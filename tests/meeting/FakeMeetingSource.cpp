@@ -1,6 +1,6 @@
 #include "tests/meeting/FakeMeetingSource.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <thread>
 

@@ -1,6 +1,6 @@
 #include "tests/meeting/MeetingHome.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QFile>
 #include <QtEndian>

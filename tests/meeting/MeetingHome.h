@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/UserDefaults.h"
+#include "engine/EngineProcessRegistry.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingTranscriber.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "tests/meeting/FakeMeetingSource.h"
 
 #include <QDir>

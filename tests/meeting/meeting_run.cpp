@@ -3,7 +3,7 @@
 //
 // usage: meeting-run record|recover FOLDER ENGINE
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 #include "tests/meeting/MeetingHome.h"
 
 #include <QCoreApplication>

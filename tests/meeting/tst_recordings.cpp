@@ -1,4 +1,4 @@
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "meeting/MeetingSource.h"
 #include "meeting/RecordingWriter.h"
 #include "meeting/RecordingsFolder.h"

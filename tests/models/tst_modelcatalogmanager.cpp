@@ -1,4 +1,4 @@
-#include "app/settings/Localization.h"
+#include "base/localization/Localization.h"
 #include "models/ModelManager.h"
 #include "tests/models/DownloadOutcome.h"
 #include "tests/support/FaultServer.h"

@@ -1,4 +1,4 @@
-#include "recognition/EngineProcessRegistry.h"
+#include "engine/EngineProcessRegistry.h"
 #include "recognition/WhisperServerEngine.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"

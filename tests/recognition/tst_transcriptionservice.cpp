@@ -1,7 +1,7 @@
-#include "recognition/AudioDecoder.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "audio/AudioDecoder.h"
+#include "audio/WavFileWriter.h"
+#include "engine/EngineProcessRegistry.h"
 #include "recognition/TranscriptionService.h"
-#include "recognition/WavFileWriter.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"
 

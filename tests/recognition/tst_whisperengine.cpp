@@ -1,5 +1,5 @@
-#include "recognition/EngineProcessRegistry.h"
-#include "recognition/FileError.h"
+#include "base/files/FileError.h"
+#include "engine/EngineProcessRegistry.h"
 #include "recognition/WhisperResponse.h"
 #include "recognition/WhisperServerEngine.h"
 #include "tests/support/FakeEngineHome.h"

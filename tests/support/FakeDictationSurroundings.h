@@ -1,8 +1,8 @@
 #pragma once
 
+#include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
 #include "dictation/GuidancePresenter.h"
-#include "dictation/TextInjector.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #include "tests/support/FaultServer.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QRegularExpression>
 #include <QSslSocket>

@@ -1,6 +1,6 @@
 #include "tests/support/SoundServer.h"
 
-#include "recognition/ProcessControl.h"
+#include "engine/ProcessControl.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/Error.h"
+#include "base/Error.h"
 
 #include <QCoroTask>
 

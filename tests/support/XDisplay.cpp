@@ -1,6 +1,6 @@
 #include "tests/support/XDisplay.h"
 
-#include "dictation/Xcb.h"
+#include "desktop/Xcb.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,6 +1,6 @@
 #include "ui/Dialogs.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QApplication>
 #include <QLabel>

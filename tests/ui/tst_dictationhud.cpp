@@ -1,5 +1,5 @@
-#include "app/settings/AppSettings.h"
-#include "app/settings/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDPlacement.h"
 

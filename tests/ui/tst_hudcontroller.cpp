@@ -1,5 +1,5 @@
-#include "app/settings/AppSettings.h"
-#include "app/settings/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "tests/support/FocusedEditor.h"
 #include "tests/support/XDisplay.h"
 #include "tests/support/XKeyboard.h"

@@ -1,6 +1,6 @@
-#include "app/AppServices.h"
 #include "app/Termination.h"
-#include "app/base/Async.h"
+#include "app/services/AppServices.h"
+#include "base/Async.h"
 #include "tests/support/FakeDictationSurroundings.h"
 #include "tests/update/FakePresenter.h"
 #include "ui/MenuBarController.h"

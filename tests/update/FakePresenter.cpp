@@ -1,6 +1,6 @@
 #include "tests/update/FakePresenter.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QScopeGuard>
 

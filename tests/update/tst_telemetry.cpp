@@ -1,8 +1,8 @@
 #include "update/Telemetry.h"
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/BuildInfo.h"
-#include "app/settings/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "settings/BuildInfo.h"
+#include "settings/UserDefaults.h"
 #include "tests/update/RawServer.h"
 
 #include <QDir>

@@ -1,5 +1,5 @@
-#include "app/base/Async.h"
-#include "app/settings/UserDefaults.h"
+#include "base/Async.h"
+#include "settings/UserDefaults.h"
 #include "tests/update/FakePresenter.h"
 #include "tests/update/RawServer.h"
 #include "update/UpdateChecker.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QCoreApplication>
 #include <QStringList>

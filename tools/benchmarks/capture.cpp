@@ -5,9 +5,9 @@
 //
 // usage: bench-capture MODULE-FOLDER [SECONDS]
 
-#include "dictation/capture/AudioRecorder.h"
+#include "audio/AudioRecorder.h"
 
-#include "app/base/Async.h"
+#include "base/Async.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

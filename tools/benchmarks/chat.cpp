@@ -5,7 +5,7 @@
 
 #include "correction/ChatExchange.h"
 #include "correction/LocalLLMEngine.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "engine/EngineProcessRegistry.h"
 #include "tools/benchmarks/Measurement.h"
 
 #include <QElapsedTimer>

@@ -3,7 +3,7 @@
 //
 // usage: bench-decode FILE MODULE-FOLDER
 
-#include "recognition/AudioDecoder.h"
+#include "audio/AudioDecoder.h"
 
 #include <QElapsedTimer>
 #include <QFile>

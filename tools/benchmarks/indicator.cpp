@@ -3,8 +3,8 @@
 // the longest time the event loop stood still in the first; the share of a core that the process takes while
 // 25 levels arrive each second; frames drawn in a second in which nothing changes.
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDController.h"
 

@@ -3,8 +3,8 @@
 //
 // usage: bench-labelling WAV ROUNDS       (WAV: mono, 16 kHz, 16 bit)
 
-#include "meeting/labelling/SpeakerDiarizer.h"
-#include "tests/meeting/PlainLabelling.h"
+#include "recognition/labelling/SpeakerDiarizer.h"
+#include "tests/recognition/PlainLabelling.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

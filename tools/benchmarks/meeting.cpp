@@ -4,9 +4,9 @@
 //
 // usage: bench-meeting FOLDER HOURS
 
-#include "app/base/Async.h"
-#include "dictation/capture/CapturedSamples.h"
-#include "dictation/capture/LevelMeter.h"
+#include "audio/CapturedSamples.h"
+#include "audio/LevelMeter.h"
+#include "base/Async.h"
 #include "meeting/MeetingRecorder.h"
 
 #include <QCoreApplication>

@@ -2,8 +2,8 @@
 // answer and once aborted when it was sent. Prints as JSON how long the main thread was kept from its events
 // at most, by a heartbeat of 1 ms, and how far the memory grew. The files lie in FOLDER.
 
-#include "app/base/Async.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "base/Async.h"
+#include "engine/EngineProcessRegistry.h"
 #include "recognition/WhisperServerEngine.h"
 #include "tests/support/FakeEngineHome.h"
 

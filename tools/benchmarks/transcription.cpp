@@ -3,8 +3,8 @@
 //
 // usage: bench-transcription WAV MODEL RESOURCES ROUNDS
 
-#include "recognition/AudioDecoder.h"
-#include "recognition/EngineProcessRegistry.h"
+#include "audio/AudioDecoder.h"
+#include "engine/EngineProcessRegistry.h"
 #include "recognition/TranscriptionService.h"
 #include "recognition/WhisperServerEngine.h"
 #include "tools/benchmarks/Measurement.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dictation/Xcb.h"
+#include "desktop/Xcb.h"
 
 #include <QByteArray>
 

@@ -1,0 +1,148 @@
+#include "app/services/AppServices.h"
+
+#include "base/Async.h"
+#include "history/FileRecordSaver.h"
+#include "history/LegacyMigration.h"
+#include "meeting/MicrophoneSource.h"
+#include "recognition/labelling/SpeakerDiarizer.h"
+
+#include <QThreadPool>
+
+namespace orvane {
+
+AppServices::AppServices(const Environment &environment)
+    : m_folders(environment.folders),
+      m_windows(environment.windows),
+      m_defaults(environment.defaultsFile),
+      m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
+      m_decoder(m_folders.resources)
+{
+    LegacyMigration::migrateAppSupportDirectory(m_folders);
+    LegacyMigration::migrateDefaults(m_defaults);
+
+    m_settings = std::make_unique<AppSettings>(m_defaults);
+    if (const auto &windows = m_windows) {
+        m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
+                                                    m_folders.temporary, UpdateChecker::Options());
+    }
+    m_models = std::make_unique<ModelManager>(m_folders.models(), environment.repository);
+    m_history = std::make_unique<HistoryStore>(m_folders);
+    m_whisperEngine =
+        std::make_unique<WhisperServerEngine>(engineSearch(), m_engineProcesses, m_folders.temporary);
+    m_correctionModels =
+        std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
+
+    if (environment.role == Role::Application) {
+        QObject::connect(m_settings.get(), &AppSettings::shareAnonymousStatsChanged, m_settings.get(),
+                         [this] { telemetry().pingIfEnabled(); });
+    }
+}
+
+AppServices::~AppServices()
+{
+    m_recordProcessor.reset(); // uses the transcriber
+    // They tell their work on other threads to stop; that work uses the decoder until it has.
+    m_meeting.reset();
+    m_transcriber.reset();
+    waitForDone(*QThreadPool::globalInstance());
+}
+
+TranscriptionService &AppServices::transcriber()
+{
+    if (!m_transcriber) {
+        const auto save = [this](const TranscriptionService::Request &request,
+                                 const QList<DisplaySegment> &segments, const QString &transcript) {
+            return FileRecordSaver(*m_history)
+                .save({.path = request.audioPath,
+                       .segments = segments,
+                       .text = transcript,
+                       .modelID = request.model.id,
+                       .languageCode = request.language});
+        };
+        m_transcriber = std::make_unique<TranscriptionService>(
+            TranscriptionService::Collaborators{.engine = *m_whisperEngine,
+                                                .decoder = m_decoder,
+                                                .turns = m_turns,
+                                                .saveRecord = save,
+                                                .labelSpeakers = speakerLabeller()});
+    }
+    return *m_transcriber;
+}
+
+TextCorrectionService &AppServices::corrector()
+{
+    if (!m_corrector) {
+        m_corrector = std::make_unique<TextCorrectionService>(
+            *m_settings, *m_correctionModels,
+            std::make_unique<LocalLLMEngine>(engineSearch(), m_engineProcesses),
+            BuiltInModel::ofThisSystem());
+    }
+    return *m_corrector;
+}
+
+RecordProcessor &AppServices::recordProcessor()
+{
+    if (!m_recordProcessor) {
+        m_recordProcessor = std::make_unique<RecordProcessor>(
+            RecordProcessor::Collaborators{.history = *m_history,
+                                           .corrector = corrector(),
+                                           .transcriber = transcriber(),
+                                           .recordingsFolder = m_folders.recordings()});
+    }
+    return *m_recordProcessor;
+}
+
+DictationController *AppServices::dictation()
+{
+    if (!m_dictation && m_windows) {
+        m_dictation = std::make_unique<DictationController>(
+            DictationController::Collaborators{.models = *m_models,
+                                               .settings = *m_settings,
+                                               .defaults = m_defaults,
+                                               .corrector = corrector(),
+                                               .engine = *m_whisperEngine,
+                                               .injector = m_windows->injector,
+                                               .indicator = m_windows->indicator,
+                                               .guidance = m_windows->guidance},
+            m_folders.resources);
+    }
+    return m_dictation.get();
+}
+
+MeetingTranscriber &AppServices::meeting()
+{
+    if (!m_meeting) {
+        const auto microphone = [modules = m_folders.resources] {
+            return std::make_unique<MicrophoneSource>(modules);
+        };
+        m_meeting = std::make_unique<MeetingTranscriber>(
+            MeetingTranscriber::Collaborators{.models = *m_models,
+                                              .settings = *m_settings,
+                                              .history = *m_history,
+                                              .engine = *m_whisperEngine,
+                                              .turns = m_turns,
+                                              .labelSpeakers = speakerLabeller(),
+                                              .makeSource = microphone},
+            m_folders.recordings());
+    }
+    return *m_meeting;
+}
+
+TranscriptionService::SpeakerLabeller AppServices::speakerLabeller() const
+{
+    return [decoder = &m_decoder](const QString &audioPath, const QList<DisplaySegment> &segments,
+                                  int maxSpeakers, const std::stop_token &stop) {
+        return SpeakerDiarizer::assignByVoice(segments, audioPath, maxSpeakers, decoder, stop);
+    };
+}
+
+Telemetry &AppServices::telemetry()
+{
+    if (!m_telemetry) {
+        m_telemetry = std::make_unique<Telemetry>(*m_settings, m_defaults, DeviceSources::ofThisMachine(),
+                                                  Telemetry::Options());
+    }
+    return *m_telemetry;
+}
+
+} // namespace orvane

@@ -1,0 +1,126 @@
+#include "audio/AudioDecoder.h"
+
+#include "audio/MediaFile.h"
+#include "audio/SampleBuffer.h"
+#include "audio/decoding/AudioDecoderModule.h"
+#include "base/localization/Localization.h"
+
+#include <QLibrary>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+using AudioDecoderError = AudioDecoder::AudioDecoderError;
+
+[[noreturn]] void throwFailure(const DecodingResult &result, bool isTooLong)
+{
+    const QString detail = QString::fromUtf8(result.detail.data());
+    switch (result.outcome) {
+    case DecodingOutcome::Cancelled:
+        throw Cancelled();
+    case DecodingOutcome::NotMedia:
+        throw AudioDecoderError::couldNotOpen(
+            Localization::text(u"это не аудио и не видео, или файл повреждён"_s));
+    case DecodingOutcome::RefersElsewhere:
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"в нём только ссылки на другие файлы"_s));
+    case DecodingOutcome::NoAudioTrack:
+        throw AudioDecoderError::noAudioTrack();
+    case DecodingOutcome::UnknownCodec:
+        throw AudioDecoderError::conversionFailed(Localization::text(u"формат звука не поддерживается: "_s) +
+                                                  detail);
+    case DecodingOutcome::NotConfigured:
+        throw AudioDecoderError::conversionFailed(
+            Localization::text(u"не удалось настроить чтение дорожки"_s));
+    case DecodingOutcome::NotStarted:
+        throw AudioDecoderError::conversionFailed(Localization::text(u"не удалось начать чтение"_s));
+    case DecodingOutcome::Damaged:
+        throw AudioDecoderError::conversionFailed(Localization::text(u"данные повреждены"_s));
+    case DecodingOutcome::NoRoom:
+        throw AudioDecoderError::conversionFailed(isTooLong ? Localization::text(u"запись длиннее 37 часов"_s)
+                                                            : Localization::text(u"не хватило памяти"_s));
+    case DecodingOutcome::Decoded:
+    case DecodingOutcome::NoSamples:
+        break;
+    }
+    throw AudioDecoderError::noSamples();
+}
+
+} // namespace
+
+AudioDecoderError AudioDecoderError::couldNotOpen(const QString &reason)
+{
+    return {Kind::couldNotOpen, Localization::text(u"Не удалось открыть файл: "_s) + reason};
+}
+
+AudioDecoderError AudioDecoderError::conversionFailed(const QString &reason)
+{
+    return {Kind::conversionFailed, Localization::text(u"Ошибка декодирования аудио: "_s) + reason};
+}
+
+AudioDecoderError AudioDecoderError::noAudioTrack()
+{
+    return {Kind::noAudioTrack, Localization::text(u"В файле нет аудиодорожки."_s)};
+}
+
+AudioDecoderError AudioDecoderError::noSamples()
+{
+    return {Kind::noSamples, Localization::text(u"В файле не найдено аудиоданных."_s)};
+}
+
+AudioDecoder::AudioDecoder(const QString &moduleFolder) : m_moduleFile(moduleFolder + u"/orvane-decoder"_s) {}
+
+std::vector<float> AudioDecoder::decode(const QString &path, const std::stop_token &stop) const
+{
+    throwIfCancelled(stop);
+    MediaFile file(path, stop);
+    SampleBuffer samples;
+    const DecodingResult result = loadedModule().decode(file, samples);
+    throwIfCancelled(stop);
+    if (file.hasFailed())
+        throw AudioDecoderError::conversionFailed(Localization::text(u"ошибка чтения"_s));
+    if (result.outcome != DecodingOutcome::Decoded)
+        throwFailure(result, samples.isTooLong());
+    try {
+        return samples.take();
+    } catch (const std::bad_alloc &) {
+        throw AudioDecoderError::conversionFailed(Localization::text(u"не хватило памяти"_s));
+    }
+}
+
+std::optional<std::chrono::milliseconds> AudioDecoder::duration(const QString &path,
+                                                                const std::stop_token &stop) const
+{
+    try {
+        MediaFile file(path, stop);
+        const std::chrono::milliseconds length(loadedModule().duration(file));
+        return length.count() < 0 ? std::nullopt : std::optional(length);
+    } catch (const AudioDecoderError &) {
+        return std::nullopt;
+    }
+}
+
+void AudioDecoder::requireReadable(const QString &path) const
+{
+    const MediaFile opened(path, {});
+}
+
+const AudioDecoderModule &AudioDecoder::loadedModule() const
+{
+    if (const AudioDecoderModule *loaded = m_module)
+        return *loaded;
+    // Loading twice at the same time gives the same module; it stays for the life of the program.
+    QLibrary library(m_moduleFile);
+    const auto entry =
+        reinterpret_cast<AudioDecoderModuleEntry *>(library.resolve(audioDecoderModuleEntryName));
+    if (!entry) {
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"модуль декодирования не загрузился. "_s) +
+                                              library.errorString());
+    }
+    m_module = entry();
+    return *m_module;
+}
+
+} // namespace orvane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/Error.h"
+
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace orvane {
+
+class AudioDecoderModule;
+
+/// Turns the first audio track of any audio or video file into samples. Reads that one file only, never
+/// what it refers to. Without state but for the decoding module, which is loaded on first use.
+/// decode() and duration() take long: call them off the main thread; any number at a time.
+class AudioDecoder
+{
+public:
+    class AudioDecoderError : public Error
+    {
+    public:
+        enum class Kind { couldNotOpen, conversionFailed, noAudioTrack, noSamples };
+
+        /// The first two with their reason, a text in the interface language.
+        [[nodiscard]] static AudioDecoderError couldNotOpen(const QString &reason);
+        [[nodiscard]] static AudioDecoderError conversionFailed(const QString &reason);
+        [[nodiscard]] static AudioDecoderError noAudioTrack();
+        [[nodiscard]] static AudioDecoderError noSamples();
+
+        [[nodiscard]] Kind kind() const { return m_kind; }
+
+    private:
+        AudioDecoderError(Kind kind, const QString &description) : Error(description), m_kind(kind) {}
+
+        Kind m_kind;
+    };
+
+    /// The module "orvane-decoder" lies in that folder.
+    explicit AudioDecoder(const QString &moduleFolder);
+    Q_DISABLE_COPY_MOVE(AudioDecoder)
+
+    /// The track mixed down to mono at 16 kHz, −1…1; never empty. Packets that cannot be decoded and gaps
+    /// are left out; a file that ends early ends there. Throws AudioDecoderError, and Cancelled soon after
+    /// a stop is requested; nothing partial is returned.
+    [[nodiscard]] std::vector<float> decode(const QString &path, const std::stop_token &stop = {}) const;
+
+    /// The length of the track as the file tells, for an estimate; none when unknown for whatever reason.
+    [[nodiscard]] std::optional<std::chrono::milliseconds> duration(const QString &path,
+                                                                    const std::stop_token &stop = {}) const;
+
+    /// Throws what decode() would throw for a file that cannot be opened or is empty. Does not look into
+    /// the file or load the module.
+    void requireReadable(const QString &path) const;
+
+private:
+    [[nodiscard]] const AudioDecoderModule &loadedModule() const;
+
+    const QString m_moduleFile;
+    mutable std::atomic<const AudioDecoderModule *> m_module = nullptr;
+};
+
+} // namespace orvane

@@ -1,0 +1,61 @@
+#include "audio/CapturedSamples.h"
+
+#include <new>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+constexpr double sampleRate = 16000;
+
+} // namespace
+
+void CapturedSamples::setChunks(double seconds, ChunkHandler handler)
+{
+    auto shared = handler ? std::make_shared<const ChunkHandler>(std::move(handler)) : nullptr;
+    const std::lock_guard lock(m_mutex);
+    // Of a chunk shorter than a sample, every delivery is one.
+    m_chunkSize = seconds > 0 ? std::max(size_t(seconds * sampleRate), size_t(1)) : 0;
+    m_handler.swap(shared);
+}
+
+void CapturedSamples::add(std::span<const float> samples) noexcept
+{
+    try {
+        std::unique_lock lock(m_mutex);
+        std::vector<float> &target = m_chunkSize > 0 ? m_chunk : m_all;
+        target.insert(target.end(), samples.begin(), samples.end());
+        if (m_chunkSize == 0 || !m_handler || m_chunk.size() < m_chunkSize)
+            return;
+        // A copy of the right size goes out; the room stays for the next chunk.
+        std::vector<float> chunk(m_chunk);
+        m_chunk.clear();
+        const std::shared_ptr<const ChunkHandler> handler = m_handler;
+        lock.unlock();
+        (*handler)(std::move(chunk));
+    } catch (const std::bad_alloc &) {
+        // What is there stays; there may be memory for the next ones.
+    }
+}
+
+void CapturedSamples::clear()
+{
+    const std::lock_guard lock(m_mutex);
+    m_all.clear();
+    m_chunk.clear();
+}
+
+std::vector<float> CapturedSamples::takeAll()
+{
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_all, {});
+}
+
+std::vector<float> CapturedSamples::takePendingChunk()
+{
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_chunk, {});
+}
+
+} // namespace orvane

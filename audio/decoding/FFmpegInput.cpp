@@ -1,0 +1,155 @@
+#include "audio/decoding/FFmpegInput.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+#include <string>
+
+namespace orvane {
+
+namespace {
+
+constexpr int bufferBytes = 64 * 1024;
+
+bool isSound(const AVStream &stream)
+{
+    return stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO &&
+           (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
+}
+
+std::span<AVStream *const> streams(const AVFormatContext &format)
+{
+    return {format.streams, format.nb_streams};
+}
+
+} // namespace
+
+FFmpegInput::FFmpegInput(MediaSource &source) : m_source(source)
+{
+    auto *buffer = static_cast<unsigned char *>(av_malloc(bufferBytes));
+    if (!buffer)
+        fail(DecodingOutcome::NoRoom);
+    AVIOContext *bytes = avio_alloc_context(buffer, bufferBytes, 0, this, readBytes, nullptr, seekBytes);
+    if (!bytes)
+        av_free(buffer);
+    m_bytes = owned(bytes);
+    open();
+}
+
+void FFmpegInput::open()
+{
+    FFmpegHandle<AVFormatContext> format = owned(avformat_alloc_context());
+    format->pb = m_bytes.get();
+    format->opaque = this;
+    format->io_open = refuseToOpen;
+    format->interrupt_callback = {isInterrupted, this};
+    // No protocol has that name, so inputs nested in this one can use none.
+    format->protocol_whitelist = av_strdup("none");
+
+    // A name of our own: neither a protocol nor a pattern of picture names can be read out of it.
+    const std::string name = std::string("media.") + m_source.suffix();
+    AVFormatContext *opening = format.release(); // freed by the call when it fails
+    const int opened = avformat_open_input(&opening, name.c_str(), nullptr, nullptr);
+    m_format.reset(opening);
+    if (m_source.isCancelled())
+        fail(DecodingOutcome::Cancelled);
+    if (opened < 0)
+        m_refused ? fail(DecodingOutcome::RefersElsewhere) : failWith(opened, DecodingOutcome::NotMedia);
+
+    // Its failure alone says nothing: tracks that are known well enough still decode.
+    avformat_find_stream_info(m_format.get(), nullptr);
+    if (m_source.isCancelled())
+        fail(DecodingOutcome::Cancelled);
+}
+
+AVStream &FFmpegInput::selectAudioTrack()
+{
+    const auto all = streams(*m_format);
+    const auto sound = std::ranges::find_if(all, [](const AVStream *stream) { return isSound(*stream); });
+    if (sound == all.end())
+        fail(m_refused ? DecodingOutcome::RefersElsewhere : DecodingOutcome::NoAudioTrack);
+    for (AVStream *stream : all)
+        stream->discard = stream == *sound ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    return **sound;
+}
+
+std::optional<std::int64_t> FFmpegInput::duration(const AVStream &track) const
+{
+    constexpr AVRational milliseconds{1, 1000};
+    std::int64_t found = 0;
+    if (track.duration != AV_NOPTS_VALUE)
+        found = av_rescale_q(track.duration, track.time_base, milliseconds);
+    else if (m_format->duration != AV_NOPTS_VALUE)
+        found = av_rescale_q(m_format->duration, AVRational{1, AV_TIME_BASE}, milliseconds);
+    return found > 0 ? std::optional(found) : std::nullopt;
+}
+
+bool FFmpegInput::isDurationTold() const
+{
+    return m_format->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+}
+
+bool FFmpegInput::read(AVPacket &packet, const AVStream &track)
+{
+    while (!m_source.isCancelled()) {
+        av_packet_unref(&packet);
+        const int got = av_read_frame(m_format.get(), &packet);
+        if (got == AVERROR(ENOMEM))
+            fail(DecodingOutcome::NoRoom);
+        if (got < 0 && got != AVERROR(EAGAIN) && !m_source.isCancelled())
+            return false;
+        if (got >= 0 && packet.stream_index == track.index)
+            return true;
+    }
+    fail(DecodingOutcome::Cancelled);
+}
+
+int FFmpegInput::readBytes(void *input, std::uint8_t *buffer, int size)
+{
+    auto &self = *static_cast<FFmpegInput *>(input);
+    if (self.m_source.isCancelled())
+        return AVERROR_EXIT;
+    const std::int64_t got = self.m_source.read(self.m_position, reinterpret_cast<std::byte *>(buffer), size);
+    if (got <= 0)
+        return got < 0 ? AVERROR(EIO) : AVERROR_EOF;
+    self.m_position += got;
+    return int(got);
+}
+
+std::int64_t FFmpegInput::seekBytes(void *input, std::int64_t offset, int whence)
+{
+    auto &self = *static_cast<FFmpegInput *>(input);
+    const std::int64_t size = self.m_source.size();
+    std::int64_t base = 0;
+    switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE:
+        return size;
+    case SEEK_CUR:
+        base = self.m_position;
+        break;
+    case SEEK_END:
+        base = size;
+        break;
+    default:
+        break;
+    }
+    std::int64_t position = 0;
+    if (__builtin_add_overflow(base, offset, &position) || position < 0)
+        return AVERROR(EINVAL);
+    self.m_position = position;
+    return position;
+}
+
+int FFmpegInput::refuseToOpen(AVFormatContext *context, AVIOContext **, const char *, int, AVDictionary **)
+{
+    if (context->opaque)
+        static_cast<FFmpegInput *>(context->opaque)->m_refused = true;
+    return AVERROR(EPERM);
+}
+
+int FFmpegInput::isInterrupted(void *input)
+{
+    return static_cast<FFmpegInput *>(input)->m_source.isCancelled() ? 1 : 0;
+}
+
+} // namespace orvane

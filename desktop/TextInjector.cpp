@@ -1,0 +1,56 @@
+#include "desktop/TextInjector.h"
+
+#include "base/Async.h"
+#include "desktop/PasteKeys.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+/// Offered until another program takes the selection over, so that an application which asks for it long
+/// after the keys gets it too.
+void offer(const QString &text, QClipboard::Mode mode)
+{
+    auto *data = new QMimeData; // the clipboard owns it
+    data->setText(text);
+    // Tells programs that keep a history of the clipboard not to keep this.
+    data->setData(u"org.nspasteboard.ConcealedType"_s, {});
+    data->setData(u"x-kde-passwordManagerHint"_s, "secret"_ba);
+    QGuiApplication::clipboard()->setMimeData(data, mode);
+}
+
+class ClipboardInjector final : public TextInjector
+{
+public:
+    QCoro::Task<Outcome> insert(QString text) override
+    {
+        const QString trimmed = text.trimmed();
+        if (trimmed.isEmpty() || !qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+            co_return Outcome::Nothing;
+        offer(trimmed, QClipboard::Clipboard);
+        if (!PasteKeys::canBePressed())
+            co_return Outcome::LeftOnClipboard;
+        const PasteKeys::Receiver receiver = co_await offMainThread(PasteKeys::receiver);
+        if (receiver == PasteKeys::Receiver::Terminal)
+            offer(trimmed, QClipboard::Selection); // what Shift+Insert pastes there
+        const bool isPressed = co_await offMainThread([receiver] { return PasteKeys::press(receiver); });
+        co_return isPressed ? Outcome::Pasted : Outcome::LeftOnClipboard;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<TextInjector> TextInjector::forDisplay()
+{
+    return std::make_unique<ClipboardInjector>();
+}
+
+} // namespace orvane

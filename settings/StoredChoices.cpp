@@ -1,0 +1,39 @@
+#include "settings/StoredChoices.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+QString storedForm(CorrectionEngine engine)
+{
+    return engine == CorrectionEngine::Local ? u"local"_s : u"apple"_s;
+}
+
+CorrectionEngine correctionEngineFrom(const QString &stored)
+{
+    return stored == u"local"_s ? CorrectionEngine::Local : CorrectionEngine::Apple;
+}
+
+QString storedForm(DictationMode mode)
+{
+    switch (mode) {
+    case DictationMode::Email:
+        return u"email"_s;
+    case DictationMode::Prompt:
+        return u"prompt"_s;
+    case DictationMode::Correct:
+        break;
+    }
+    return u"correct"_s;
+}
+
+DictationMode dictationModeFrom(const QString &stored)
+{
+    for (const DictationMode mode : {DictationMode::Email, DictationMode::Prompt}) {
+        if (stored == storedForm(mode))
+            return mode;
+    }
+    return DictationMode::Correct;
+}
+
+} // namespace orvane

@@ -1,0 +1,12 @@
+#include "settings/TriggerName.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+QString triggerName(const QString &trigger)
+{
+    return trigger == u"ropt"_s ? u"правый Alt"_s : u"правый Ctrl"_s;
+}
+
+} // namespace orvane

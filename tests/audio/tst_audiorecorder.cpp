@@ -1,0 +1,389 @@
+#include "audio/AudioRecorder.h"
+#include "audio/WavFileWriter.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/TaskResult.h"
+#include "tests/support/Tone.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <numbers>
+
+#include <sys/ioctl.h>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using orvane::test::SoundServer;
+
+using CaptureError = AudioRecorder::CaptureError;
+
+namespace {
+
+constexpr int rate = AudioRecorder::sampleRate;
+constexpr double loud = 0.5;
+constexpr int patience = 20'000; // ms, on a busy machine
+
+/// What came in chunks, for the main thread to look at.
+class Chunks
+{
+public:
+    void add(const std::vector<float> &chunk)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_sizes.push_back(chunk.size());
+        m_last = chunk;
+    }
+
+    [[nodiscard]] bool lastHas(double frequency)
+    {
+        const std::lock_guard lock(m_mutex);
+        return !m_last.empty() && amplitudeAt(frequency, m_last) > 0.9 * loud;
+    }
+
+    [[nodiscard]] size_t smallest()
+    {
+        const std::lock_guard lock(m_mutex);
+        return *std::ranges::min_element(m_sizes);
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<size_t> m_sizes;
+    std::vector<float> m_last;
+};
+
+// Seconds at the end without sound.
+double silenceAtEnd(const std::vector<float> &samples)
+{
+    const auto last =
+        std::find_if(samples.rbegin(), samples.rend(), [](float sample) { return sample != 0; });
+    return double(last - samples.rbegin()) / rate;
+}
+
+} // namespace
+
+class TestAudioRecorder : public QObject
+{
+    Q_OBJECT
+
+    const QString m_modules = QStringLiteral(ORVANE_RESOURCES);
+    const QTemporaryDir m_folder;
+    std::unique_ptr<SoundServer> m_server;
+
+    // A sine of half the full level.
+    [[nodiscard]] QString tone(int frequency, double seconds) const
+    {
+        std::vector<float> samples(size_t(seconds * rate));
+        for (size_t place = 0; place < samples.size(); ++place)
+            samples[place] = float(loud * std::sin(2 * std::numbers::pi * frequency * double(place) / rate));
+        const QString path = m_folder.filePath(u"%1 Hz %2 s.wav"_s.arg(frequency).arg(seconds));
+        WavFileWriter writer(path, rate);
+        writer.append(samples);
+        writer.finalize();
+        return path;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        if (!SoundServer::isInstalled())
+            QSKIP("pulseaudio is not installed");
+    }
+
+    void init()
+    {
+        m_server = std::make_unique<SoundServer>();
+        m_server->enter();
+    }
+
+    void cleanup() { m_server.reset(); }
+
+    void records_data();
+    void records();
+    void keepsEverySample();
+    void outlivesItsDevice_data();
+    void outlivesItsDevice();
+    void followsTheDefault();
+    void tellsSilence();
+    void cannotStart_data();
+    void cannotStart();
+    void startsAndStopsInAnyOrder();
+    void endsWithItsRecorder();
+};
+
+void TestAudioRecorder::records_data()
+{
+    QTest::addColumn<int>("sourceRate");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<QString>("sample");
+    QTest::newRow("usual") << 48000 << 2 << u"s16le"_s;
+    QTest::newRow("mono") << 44100 << 1 << u"s16le"_s;
+    QTest::newRow("telephone") << 8000 << 1 << u"ulaw"_s;
+    QTest::newRow("as it is wanted") << 16000 << 1 << u"float32le"_s;
+    QTest::newRow("studio") << 96000 << 6 << u"s24le"_s;
+}
+
+void TestAudioRecorder::records()
+{
+    QFETCH(const int, sourceRate);
+    QFETCH(const int, channels);
+    QFETCH(const QString, sample);
+    m_server->plugIn(u"microphone"_s, {.rate = sourceRate, .channels = channels, .sample = sample});
+    AudioRecorder recorder(m_modules);
+    QCOMPARE(recorder.waveform(), QList<float>(48, 0));
+    const QSignalSpy levelChanged(&recorder, &AudioRecorder::levelChanged);
+    QElapsedTimer timer;
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+    QCOMPARE(started.error(), QString());
+    QVERIFY(recorder.isRunning());
+    timer.start();
+    m_server->speak(u"microphone"_s, tone(440, 2));
+    const qsizetype changes = levelChanged.count();
+    QTRY_VERIFY_WITH_TIMEOUT(levelChanged.count() > changes, patience);
+    // Nobody looked for two seconds: everything that was missed is in what was told once.
+    QCOMPARE(changes, 0);
+    const QList<float> waveform = recorder.waveform();
+    QCOMPARE(waveform.size(), 48);
+    QCOMPARE(waveform.constLast(), recorder.level());
+    QVERIFY(std::ranges::count_if(waveform, [](float level) { return level > 0.9F; }) > 15);
+    const double seconds = double(timer.elapsed()) / 1000;
+    const TaskResult stopped(recorder.stop());
+    QVERIFY(!recorder.isRunning());
+    QCOMPARE(recorder.level(), 0);
+    QCOMPARE(recorder.waveform(), QList<float>(48, 0));
+    QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+
+    const std::vector<float> &samples = stopped.value();
+    const double difference = double(samples.size()) / rate - seconds;
+    QVERIFY2(std::abs(difference) < 0.15, qPrintable(QString::number(difference)));
+    QVERIFY(std::ranges::all_of(samples, [](float value) { return std::abs(value) < 0.6F; }));
+    const auto begin = std::ranges::find_if(samples, [](float value) { return std::abs(value) > 0.1F; });
+    QVERIFY(samples.end() - begin > 19 * rate / 10);
+    const std::span middle(begin + rate / 10, begin + 18 * rate / 10);
+    // A missing piece would shift the wave, and everything else would be heard beside it.
+    const double heard = amplitudeAt(440, middle);
+    QVERIFY2(std::abs(heard - loud) < 0.02 * loud, qPrintable(QString::number(heard)));
+    QVERIFY(std::abs(wholeAmplitude(middle) - heard) < 0.02 * loud);
+}
+
+void TestAudioRecorder::keepsEverySample()
+{
+    // A microphone that gives exactly what is written into a pipe.
+    const QString pipe = m_folder.filePath(u"pipe"_s);
+    m_server->control({u"load-module"_s, u"module-pipe-source"_s, u"source_name=pipe"_s, u"file="_s + pipe,
+                       u"format=s16le"_s, u"rate=16000"_s, u"channels=1"_s});
+    m_server->setDefault(u"pipe"_s);
+    QFile device(pipe);
+    QVERIFY(device.open(QFile::WriteOnly | QFile::Unbuffered));
+    const auto write = [&](qsizetype count, qint16 sample) {
+        const QList<qint16> samples(count, sample);
+        device.write(reinterpret_cast<const char *>(samples.constData()), count * 2);
+    };
+
+    AudioRecorder recorder(m_modules);
+    int whole = 0;
+    for (int round = 0; round < 3; ++round) {
+        const TaskResult started(recorder.start());
+        QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+        constexpr qsizetype spoken = rate;
+        write(spoken, 10'000);
+        int unread = spoken;
+        while (unread > 0)
+            QCOMPARE(ioctl(device.handle(), FIONREAD, &unread), 0);
+        // The server has it all and may not have delivered it all.
+        const TaskResult stopped(recorder.stop());
+        QTimer later;
+        connect(&later, &QTimer::timeout, this, [&] { write(rate / 50, 0); });
+        later.start(20);
+        QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+        const auto heard = std::ranges::count_if(
+            stopped.value(), [](float sample) { return std::abs(sample - 0.305F) < 0.01F; });
+        whole += heard == spoken;
+    }
+    // A server that is interrupted between reading and passing on has not recorded yet.
+    QVERIFY2(whole >= 2, qPrintable(QString::number(whole)));
+}
+
+void TestAudioRecorder::outlivesItsDevice_data()
+{
+    QTest::addColumn<bool>("serverCrashes");
+    QTest::newRow("unplugged") << false;
+    QTest::newRow("server crashed") << true;
+}
+
+void TestAudioRecorder::outlivesItsDevice()
+{
+    QFETCH(const bool, serverCrashes);
+    m_server->plugIn(u"microphone"_s);
+    AudioRecorder recorder(m_modules);
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+    m_server->speak(u"microphone"_s, tone(440, 0.5));
+
+    if (serverCrashes)
+        m_server->crash();
+    else
+        m_server->unplug(u"microphone"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
+    QVERIFY(recorder.isRunning());
+    if (serverCrashes)
+        m_server->start();
+    m_server->plugIn(u"microphone"_s);
+
+    // Speak until it is heard: nobody tells when the new device runs.
+    for (int round = 0; recorder.deviceIsSilent() && round < 40; ++round) {
+        m_server->speak(u"microphone"_s, tone(880, 0.5));
+        QCoreApplication::processEvents();
+    }
+    m_server->speak(u"microphone"_s, tone(880, 0.5));
+    const TaskResult stopped(recorder.stop());
+    QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+    const std::vector<float> &samples = stopped.value();
+    const auto first = std::ranges::find_if(samples, [](float value) { return std::abs(value) > 0.1F; });
+    QVERIFY(amplitudeAt(440, {first, first + rate * 4 / 10}) > 0.9 * loud);
+    const auto last = samples.end() - std::ptrdiff_t(silenceAtEnd(samples) * rate) - rate / 20;
+    QVERIFY(amplitudeAt(880, {last - rate * 4 / 10, last}) > 0.9 * loud);
+}
+
+void TestAudioRecorder::followsTheDefault()
+{
+    m_server->plugIn(u"first"_s);
+    m_server->plugIn(u"second"_s, {.rate = 44100, .channels = 1});
+    const auto low = m_server->startSpeaking(u"first"_s, tone(440, 60));
+    const auto high = m_server->startSpeaking(u"second"_s, tone(880, 60));
+    Chunks chunks;
+    AudioRecorder recorder(m_modules);
+    recorder.setChunks(0.1, [&](const std::vector<float> &chunk) { chunks.add(chunk); });
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(chunks.lastHas(440), patience);
+    m_server->setDefault(u"second"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(chunks.lastHas(880), patience);
+    m_server->unplug(u"second"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(chunks.lastHas(440), patience);
+
+    const TaskResult stopped(recorder.stop());
+    QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+    QVERIFY(stopped.value().empty());
+    QVERIFY(recorder.drainPendingChunk().size() < rate / 10);
+    QVERIFY(chunks.smallest() >= rate / 10);
+}
+
+void TestAudioRecorder::tellsSilence()
+{
+    m_server->plugIn(u"microphone"_s);
+    AudioRecorder recorder(m_modules);
+    const QSignalSpy changed(&recorder, &AudioRecorder::deviceIsSilentChanged);
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+    QElapsedTimer timer;
+    timer.start();
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
+    QVERIFY(timer.elapsed() > 1900);
+    m_server->speak(u"microphone"_s, tone(440, 0.2));
+    QTRY_VERIFY_WITH_TIMEOUT(!recorder.deviceIsSilent(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
+    const TaskResult stopped(recorder.stop());
+    QVERIFY(!recorder.deviceIsSilent());
+    QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+    QCOMPARE(changed.count(), 4);
+}
+
+void TestAudioRecorder::cannotStart_data()
+{
+    QTest::addColumn<QString>("reason");
+    QTest::addColumn<CaptureError::Kind>("kind");
+    QTest::addColumn<QString>("description");
+    QTest::newRow("monitor only") << u"monitor"_s << CaptureError::Kind::noInputDevice
+                                  << u"Микрофон не найден. "_s;
+    QTest::newRow("no source") << u"source"_s << CaptureError::Kind::noInputDevice
+                               << u"Микрофон не найден. "_s;
+    QTest::newRow("no server") << u"server"_s << CaptureError::Kind::deviceFailed
+                               << u"Звуковая служба не отвечает. "_s;
+    QTest::newRow("no module") << u"module"_s << CaptureError::Kind::deviceFailed
+                               << u"Модуль записи звука не загрузился. "_s;
+}
+
+void TestAudioRecorder::cannotStart()
+{
+    QFETCH(const QString, reason);
+    QFETCH(const CaptureError::Kind, kind);
+    QFETCH(const QString, description);
+    if (reason == u"server")
+        m_server->crash();
+    if (reason == u"monitor")
+        m_server->control({u"load-module"_s, u"module-null-sink"_s});
+    AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+    const auto error = started.failedAs<CaptureError>();
+    QVERIFY(error);
+    QCOMPARE(error->kind(), kind);
+    QVERIFY2(error->description().startsWith(description), error->what());
+    QVERIFY(!recorder.isRunning());
+
+    if (reason == u"monitor") {
+        m_server->plugIn(u"microphone"_s);
+        const TaskResult again(recorder.start());
+        QTRY_VERIFY_WITH_TIMEOUT(again.isDone(), patience);
+        QCOMPARE(again.error(), QString());
+    }
+}
+
+void TestAudioRecorder::startsAndStopsInAnyOrder()
+{
+    m_server->plugIn(u"microphone"_s);
+    AudioRecorder recorder(m_modules);
+    const TaskResult idle(recorder.stop());
+    QVERIFY(idle.isDone());
+
+    for (int round = 0; round < 20; ++round) {
+        const TaskResult first(recorder.start());
+        const TaskResult second(recorder.start());
+        if (round % 2)
+            QTest::qWait(3 * round);
+        const bool hadStarted = first.isDone();
+        const TaskResult stopped(recorder.stop());
+        const TaskResult next(recorder.start());
+        QTRY_VERIFY_WITH_TIMEOUT(next.isDone() && first.isDone() && second.isDone(), patience);
+        QCOMPARE(next.error(), QString());
+        QVERIFY(first.isCancelled() || hadStarted);
+        QVERIFY(second.isCancelled() || hadStarted);
+        QVERIFY(stopped.succeeded());
+        QVERIFY(recorder.isRunning());
+        const TaskResult last(recorder.stop());
+        const TaskResult nothing(recorder.stop());
+        QTRY_VERIFY_WITH_TIMEOUT(last.isDone() && nothing.isDone(), patience);
+        QVERIFY(nothing.value().empty());
+    }
+}
+
+void TestAudioRecorder::endsWithItsRecorder()
+{
+    m_server->plugIn(u"microphone"_s);
+    for (int round = 0; round < 20; ++round) {
+        auto recorder = std::make_unique<AudioRecorder>(m_modules);
+        const TaskResult started(recorder->start());
+        if (round >= 5)
+            QTest::qWait(4 * (round - 5));
+        std::optional<TaskResult<std::vector<float>>> stopped;
+        if (round >= 15)
+            stopped.emplace(recorder->stop());
+        QElapsedTimer timer;
+        timer.start();
+        recorder.reset();
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+        if (stopped)
+            QTRY_VERIFY_WITH_TIMEOUT(stopped->isCancelled(), patience);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestAudioRecorder)
+#include "tst_audiorecorder.moc"

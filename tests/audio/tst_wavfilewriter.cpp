@@ -1,0 +1,249 @@
+#include "audio/WavFileWriter.h"
+#include "base/files/FileError.h"
+
+#include <QFileInfo>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <cmath>
+#include <csignal>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include <sys/resource.h>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+
+namespace {
+
+constexpr qint64 headerBytes = 44;
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+quint32 number(const QByteArray &header, qsizetype offset)
+{
+    return qFromLittleEndian<quint32>(header.constData() + offset);
+}
+
+QList<int> samplesOf(const QByteArray &bytes)
+{
+    QList<int> samples;
+    for (qsizetype offset = headerBytes; offset < bytes.size(); offset += 2)
+        samples.append(qFromLittleEndian<qint16>(bytes.constData() + offset));
+    return samples;
+}
+
+// As on a disk that is full from that size on, for files of this process.
+auto limitFileSize(rlim_t bytes)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit lower{.rlim_cur = bytes, .rlim_max = former.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &lower);
+    return qScopeGuard([former] { setrlimit(RLIMIT_FSIZE, &former); });
+}
+
+bool isIncomplete(WavFileWriter &writer)
+{
+    try {
+        writer.finalize();
+    } catch (const WavFileWriter::WavWriteError &error) {
+        return error.kind() == WavFileWriter::WavWriteError::Kind::incomplete &&
+               !error.description().isEmpty();
+    }
+    return false;
+}
+
+} // namespace
+
+class TestWavFileWriter : public QObject
+{
+    Q_OBJECT
+
+    const QTemporaryDir m_folder;
+    [[nodiscard]] QString path() const
+    {
+        return m_folder.filePath(QString::fromLatin1(QTest::currentTestFunction()) + u".wav"_s);
+    }
+
+private Q_SLOTS:
+    void emptyFileIsItsHeader()
+    {
+        WavFileWriter writer(path(), 48000);
+        writer.append({});
+        writer.finalize();
+        QCOMPARE(contentOf(path()).toHex(' '),
+                 QByteArray("52 49 46 46 24 00 00 00 57 41 56 45 66 6d 74 20 10 00 00 00 01 00 01 00 "
+                            "80 bb 00 00 00 77 01 00 02 00 10 00 64 61 74 61 00 00 00 00"));
+    }
+
+    void converts()
+    {
+        const float infinity = std::numeric_limits<float>::infinity();
+        // Long enough for the compiler's vectors, with a rest.
+        const std::vector<float> samples = {1.5F,  1.0F,     0.5F,      -0.5F,    -1.0F,     -2.0F,
+                                            0.0F,  -0.0F,    NAN,       infinity, -infinity, -NAN,
+                                            1e-9F, 0.99999F, -0.99999F, 0.00003F, -0.00004F};
+        WavFileWriter writer(path(), 16000);
+        writer.append(samples);
+        writer.finalize();
+        const QByteArray bytes = contentOf(path());
+        QCOMPARE(samplesOf(bytes), (QList<int>{32767, 32767, 16383, -16383, -32767, -32767, 0, 0, 0, 32767,
+                                               -32767, 0, 0, 32766, -32766, 0, -1}));
+        QCOMPARE(number(bytes, 4), quint32(36 + 2 * samples.size()));
+        QCOMPARE(number(bytes, 40), quint32(2 * samples.size()));
+    }
+
+    void headerComesLast()
+    {
+        WavFileWriter writer(path(), 16000);
+        writer.append(std::vector<float>(100, 0.25F));
+        const QByteArray open = contentOf(path());
+        QCOMPARE(open.size(), headerBytes + 200); // nothing waits in a buffer
+        QCOMPARE(number(open, 40), 0U);
+        writer.finalize();
+        const QByteArray closed = contentOf(path());
+        QCOMPARE(number(closed, 40), 200U);
+
+        writer.append(std::vector<float>(100, 0.5F));
+        writer.finalize();
+        QCOMPARE(contentOf(path()), closed);
+    }
+
+    void onlyTheOwnerReadsIt()
+    {
+        WavFileWriter writer(path(), 16000);
+        QCOMPARE(QFileInfo(path()).permissions() &
+                     (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
+                 QFile::Permissions());
+    }
+
+    void replacesAnEarlierFile()
+    {
+        QFile earlier(path());
+        QVERIFY(earlier.open(QFile::WriteOnly) && earlier.write(QByteArray(1000, 'x')) == 1000);
+        earlier.close();
+        WavFileWriter writer(path(), 16000);
+        writer.finalize();
+        QCOMPARE(QFileInfo(path()).size(), headerBytes);
+    }
+
+    void cannotBeCreated_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("no folder") << m_folder.filePath(u"none/a.wav"_s);
+        QTest::newRow("is a folder") << m_folder.path();
+        QTest::newRow("no room for the header") << u"/dev/full"_s;
+    }
+
+    void cannotBeCreated()
+    {
+        QFETCH(const QString, path);
+        QVERIFY_THROWS_EXCEPTION(FileError, WavFileWriter(path, 16000));
+    }
+
+    void fullDisk()
+    {
+        WavFileWriter writer(path(), 16000);
+        writer.append(std::vector<float>(100, 0.25F));
+        {
+            const auto full = limitFileSize(headerBytes + 200 + 101); // amid a sample of the next block
+            writer.append(std::vector<float>(100, 0.5F));
+        }
+        writer.append(std::vector<float>(10, 0.75F));
+        QVERIFY(isIncomplete(writer));
+        const QByteArray bytes = contentOf(path());
+        QCOMPARE(samplesOf(bytes), QList<int>(100, 8191) + QList<int>(10, 24575));
+        QCOMPARE(number(bytes, 40), 220U);
+        QCOMPARE(number(bytes, 4), 256U);
+        writer.finalize(); // told once
+    }
+
+    void fullDiskToTheEnd()
+    {
+        const auto full = limitFileSize(headerBytes + 200 + 101);
+        WavFileWriter writer(path(), 16000);
+        for (int count = 0; count < 5; ++count)
+            writer.append(std::vector<float>(100, 0.25F));
+        QVERIFY(isIncomplete(writer));
+        QCOMPARE(samplesOf(contentOf(path())), QList<int>(100, 8191));
+    }
+
+    void ceasesAtFourGiB()
+    {
+        constexpr quint64 before = WavFileWriter::mostDataBytes - 11;
+        WavFileWriter writer(path(), 16000, before); // takes no room on the disk
+        writer.append(std::vector<float>(6, 0.25F));
+        writer.append(std::vector<float>(5, 0.5F));
+        writer.append(std::vector<float>(1, 0.75F));
+        QVERIFY(isIncomplete(writer));
+
+        QFile file(path());
+        QVERIFY(file.open(QFile::ReadOnly));
+        QCOMPARE(file.size(), headerBytes + qint64(before) + 10);
+        const QByteArray header = file.read(headerBytes);
+        QCOMPARE(number(header, 4), 4'294'967'286U);
+        QCOMPARE(number(header, 40), 4'294'967'250U);
+        QVERIFY(file.seek(file.size() - 10));
+        QCOMPARE(samplesOf(header + file.readAll()), QList<int>(5, 16383));
+        file.remove();
+    }
+
+    void longRecordingsGoInPieces()
+    {
+        std::vector<float> samples(1'000'003);
+        for (size_t index = 0; index < samples.size(); ++index)
+            samples[index] = float(index % 2000) / 1000.0F - 1.0F;
+        WavFileWriter whole(path(), 16000);
+        whole.append(samples);
+        whole.finalize();
+        const QString other = m_folder.filePath(u"pieces.wav"_s);
+        WavFileWriter pieces(other, 16000);
+        appendInPieces(pieces, samples);
+        pieces.finalize();
+        const QByteArray bytes = contentOf(path());
+        QCOMPARE(bytes.size(), headerBytes + 2'000'006);
+        QVERIFY(contentOf(other) == bytes);
+    }
+
+    void manyThreads()
+    {
+        constexpr int threadCount = 4;
+        constexpr int blocks = 200;
+        constexpr int blockSize = 160;
+        WavFileWriter writer(path(), 16000);
+        std::vector<std::jthread> threads;
+        for (int thread = 1; thread <= threadCount; ++thread) {
+            threads.emplace_back([&writer, thread] {
+                const std::vector<float> block(blockSize, float(thread) / 8);
+                for (int count = 0; count < blocks; ++count)
+                    writer.append(block);
+            });
+        }
+        threads.clear();
+        writer.finalize();
+
+        const QList<int> samples = samplesOf(contentOf(path()));
+        QCOMPARE(samples.size(), threadCount * blocks * blockSize);
+        QHash<int, int> found;
+        for (qsizetype start = 0; start < samples.size(); start += blockSize) {
+            QCOMPARE(samples.sliced(start, blockSize).count(samples[start]), blockSize);
+            ++found[samples[start]];
+        }
+        QCOMPARE(found.size(), threadCount);
+        for (const int count : std::as_const(found))
+            QCOMPARE(count, blocks);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWavFileWriter)
+#include "tst_wavfilewriter.moc"

@@ -1,0 +1,386 @@
+#include "desktop/KeyTap.h"
+#include "dictation/DictationTrigger.h"
+#include "tests/support/FocusedEditor.h"
+#include "tests/support/XDisplay.h"
+#include "tests/support/XKeyboard.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <functional>
+
+using namespace orvane;
+using namespace orvane::test;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+using Key = XKeyboard::Key;
+
+namespace {
+
+/// What xterm sends for F5, and with Ctrl.
+const QString f5 = u"\x1b[15~"_s;
+const QString ctrlF5 = u"\x1b[15;5~"_s;
+
+/// Another program, which takes keys before us.
+class OtherProgram
+{
+public:
+    OtherProgram() : m_connection(XcbConnection::open()) {}
+
+    [[nodiscard]] bool holdKey(Key key)
+    {
+        const XcbOwned<xcb_generic_error_t> error(xcb_request_check(
+            m_connection.get(),
+            xcb_grab_key_checked(m_connection.get(), 0, m_connection.root(), XCB_MOD_MASK_ANY, key,
+                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
+        return !error;
+    }
+    [[nodiscard]] bool holdKeyboard()
+    {
+        const XcbOwned<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
+            m_connection.get(),
+            xcb_grab_keyboard(m_connection.get(), 0, m_connection.root(), XCB_CURRENT_TIME,
+                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+            nullptr));
+        return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    }
+    void end() { m_connection = {}; }
+
+private:
+    XcbConnection m_connection;
+};
+
+void makeKeysRepeatQuickly()
+{
+    QCOMPARE(QProcess::execute(u"xset"_s, {u"r"_s, u"rate"_s, u"100"_s, u"50"_s}), 0);
+}
+
+} // namespace
+
+class TestKeyTap : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void triggerKeys_data();
+    void triggerKeys();
+    void doublePress_data();
+    void doublePress();
+    void postedKeysCount();
+    void toggleKeyIsSwallowed_data();
+    void toggleKeyIsSwallowed();
+    void escapeIsSwallowedWhileIntercepted();
+    void heldKeyIsOnePress();
+    void followsTheKeyboardMap();
+    void keyHeldByAnotherProgram();
+    void keyboardHeldByAnotherProgram();
+    void letsGoWhenUninstalled();
+    void displayThatEnds();
+    void inertWhereThereAreNoGlobalKeys();
+
+private:
+    void untilItHappens(const std::function<void()> &act, const QSignalSpy &signal);
+    QString type(Key key, FocusedEditor &terminal);
+
+    std::unique_ptr<KeyTap> m_tap;
+    std::unique_ptr<XKeyboard> m_keyboard;
+};
+
+void TestKeyTap::init()
+{
+    m_keyboard = std::make_unique<XKeyboard>();
+    XKeyboard::setLayouts(u"us"_s);
+    m_tap = KeyTap::forDisplay();
+    m_tap->install();
+    QTRY_VERIFY(m_tap->isActive());
+    QVERIFY(!m_tap->grabIsMissing());
+}
+
+void TestKeyTap::cleanup()
+{
+    m_tap.reset();
+    QCOMPARE(m_keyboard->pressedKeys(), QList<int>());
+}
+
+/// Repeats what has its effect only once the server or the tap has done what it was asked; returns when
+/// whatever the repetitions caused has arrived.
+void TestKeyTap::untilItHappens(const std::function<void()> &act, const QSignalSpy &signal)
+{
+    QTRY_VERIFY((act(), !signal.isEmpty()));
+    QSignalSpy last(m_tap.get(), &KeyTap::triggerKeyChanged);
+    m_keyboard->tap(XKeyboard::RightSuper);
+    QTRY_COMPARE(last.size(), 2);
+}
+
+/// What the terminal has received up to this key, and with it.
+QString TestKeyTap::type(Key key, FocusedEditor &terminal)
+{
+    m_keyboard->tap(key);
+    const QChar character(key == XKeyboard::A ? u'a' : u's');
+    [&] { QTRY_VERIFY(terminal.text().endsWith(character)); }();
+    return terminal.text();
+}
+
+void TestKeyTap::triggerKeys_data()
+{
+    QTest::addColumn<Key>("key");
+    QTest::addColumn<QString>("layouts");
+    QTest::addColumn<KeyTap::TriggerKey>("expected");
+    QTest::newRow("right Ctrl") << XKeyboard::RightCtrl << u"us"_s << KeyTap::TriggerKey::RightCommand;
+    QTest::newRow("right Super") << XKeyboard::RightSuper << u"us"_s << KeyTap::TriggerKey::RightCommand;
+    QTest::newRow("right Alt") << XKeyboard::RightAlt << u"us"_s << KeyTap::TriggerKey::RightOption;
+    QTest::newRow("AltGr") << XKeyboard::RightAlt << u"de"_s << KeyTap::TriggerKey::RightOption;
+}
+
+void TestKeyTap::triggerKeys()
+{
+    QFETCH(Key, key);
+    QFETCH(QString, layouts);
+    QFETCH(KeyTap::TriggerKey, expected);
+    XKeyboard::setLayouts(layouts);
+    m_tap->uninstall();
+    m_tap->install();
+    QTRY_VERIFY(m_tap->isActive());
+
+    QSignalSpy spy(m_tap.get(), &KeyTap::triggerKeyChanged);
+    m_keyboard->tap(XKeyboard::LeftCtrl);
+    m_keyboard->tap(XKeyboard::A);
+    m_keyboard->tap(key);
+    QTRY_COMPARE(spy.size(), 2);
+    QCOMPARE(spy.at(0), (QVariantList{QVariant::fromValue(expected), true}));
+    QCOMPARE(spy.at(1), (QVariantList{QVariant::fromValue(expected), false}));
+}
+
+void TestKeyTap::doublePress_data()
+{
+    QTest::addColumn<std::chrono::milliseconds>("apart");
+    QTest::addColumn<int>("toggles");
+    QTest::newRow("quick") << 120ms << 1;
+    QTest::newRow("slow") << 700ms << 0;
+}
+
+void TestKeyTap::doublePress()
+{
+    QFETCH(std::chrono::milliseconds, apart);
+    QFETCH(int, toggles);
+    std::chrono::nanoseconds now = 5s;
+    DictationTrigger rule([&now] { return now; });
+    int toggled = 0;
+    int changes = 0;
+    connect(m_tap.get(), &KeyTap::triggerKeyChanged, this, [&](KeyTap::TriggerKey key, bool down) {
+        toggled += rule.keyChanged(KeyTap::TriggerKey::RightCommand, key, down) ? 1 : 0;
+        ++changes;
+    });
+    m_keyboard->tap(XKeyboard::RightCtrl);
+    QTRY_COMPARE(changes, 2);
+    now += apart;
+    m_keyboard->tap(XKeyboard::RightCtrl);
+    QTRY_COMPARE(changes, 4);
+    QCOMPARE(toggled, toggles);
+}
+
+void TestKeyTap::postedKeysCount()
+{
+    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    QCOMPARE(QProcess::execute(u"xdotool"_s, {u"key"_s, u"105"_s, u"105"_s, u"71"_s}), 0);
+    QTRY_COMPARE(trigger.size(), 4);
+    QTRY_COMPARE(toggle.size(), 1);
+}
+
+void TestKeyTap::toggleKeyIsSwallowed_data()
+{
+    QTest::addColumn<QList<Key>>("locks");
+    QTest::newRow("no lock") << QList<Key>{};
+    QTest::newRow("Caps Lock") << QList<Key>{XKeyboard::CapsLock};
+    QTest::newRow("Num Lock") << QList<Key>{XKeyboard::NumLock};
+    QTest::newRow("both, in the second layout")
+        << QList<Key>{XKeyboard::CapsLock, XKeyboard::NumLock, XKeyboard::ScrollLock};
+}
+
+void TestKeyTap::toggleKeyIsSwallowed()
+{
+    QFETCH(QList<Key>, locks);
+    XKeyboard::setLayouts(u"us,ru"_s, u"grp:sclk_toggle"_s);
+    FocusedEditor terminal(FocusedEditor::Kind::Terminal);
+    for (const Key lock : locks)
+        m_keyboard->tap(lock);
+    const auto unlock = qScopeGuard([&] {
+        for (const Key lock : locks)
+            m_keyboard->tap(lock);
+    });
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    m_keyboard->tap(XKeyboard::F5);
+    m_keyboard->tap(XKeyboard::LeftCtrl, XKeyboard::F5);
+    m_keyboard->tap(XKeyboard::F5);
+    QTRY_COMPARE(toggle.size(), 2);
+    QTRY_COMPARE(terminal.text(), ctrlF5);
+}
+
+void TestKeyTap::escapeIsSwallowedWhileIntercepted()
+{
+    FocusedEditor terminal(FocusedEditor::Kind::Terminal);
+    QSignalSpy escape(m_tap.get(), &KeyTap::escapePressed);
+    m_keyboard->tap(XKeyboard::Escape);
+    QTRY_COMPARE(terminal.text(), u"\x1b"_s);
+
+    m_tap->setEscapeIntercepted(true);
+    untilItHappens([&] { m_keyboard->tap(XKeyboard::Escape); }, escape);
+    const QString before = type(XKeyboard::A, terminal);
+    const qsizetype pressed = escape.size();
+    m_keyboard->tap(XKeyboard::Escape);
+    QTRY_COMPARE(escape.size(), pressed + 1);
+
+    // As when it ends a dictation: it stays ours until it is let go.
+    connect(m_tap.get(), &KeyTap::escapePressed, this, [this] { m_tap->setEscapeIntercepted(false); });
+    makeKeysRepeatQuickly();
+    m_keyboard->press(XKeyboard::Escape);
+    QTRY_COMPARE(escape.size(), pressed + 2);
+    QTest::qWait(300);
+    m_keyboard->release(XKeyboard::Escape);
+    QCOMPARE(type(XKeyboard::S, terminal), before + u's');
+
+    m_keyboard->tap(XKeyboard::Escape);
+    QTRY_COMPARE(terminal.text(), before + u"s\x1b"_s);
+    QCOMPARE(escape.size(), pressed + 2);
+}
+
+void TestKeyTap::heldKeyIsOnePress()
+{
+    makeKeysRepeatQuickly();
+    FocusedEditor terminal(FocusedEditor::Kind::Terminal);
+    m_keyboard->press(XKeyboard::A);
+    QTRY_VERIFY(terminal.text().size() > 5); // keys do repeat here
+    m_keyboard->release(XKeyboard::A);
+
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
+    m_keyboard->press(XKeyboard::F5);
+    QTRY_COMPARE(toggle.size(), 1);
+    QTest::qWait(500);
+    QCOMPARE(toggle.size(), 1);
+    m_keyboard->release(XKeyboard::F5);
+    m_keyboard->tap(XKeyboard::F5);
+    QTRY_COMPARE(toggle.size(), 2);
+
+    m_keyboard->press(XKeyboard::RightCtrl);
+    QTest::qWait(500);
+    QCOMPARE(trigger.size(), 1);
+    m_keyboard->release(XKeyboard::RightCtrl);
+    QTRY_COMPARE(trigger.size(), 2);
+}
+
+void TestKeyTap::followsTheKeyboardMap()
+{
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
+    QCOMPARE(QProcess::execute(u"xmodmap"_s, {u"-e"_s, u"keycode 71 = F6"_s, u"-e"_s, u"keycode 72 = F5"_s,
+                                              u"-e"_s, u"keycode 38 = Control_R"_s}),
+             0);
+    untilItHappens([this] { m_keyboard->tap(XKeyboard::F6); }, toggle);
+    const qsizetype before = toggle.size();
+    m_keyboard->tap(XKeyboard::F5);
+    trigger.clear();
+    m_keyboard->tap(XKeyboard::A);
+    QTRY_COMPARE(trigger.size(), 2);
+    QCOMPARE(toggle.size(), before);
+}
+
+void TestKeyTap::keyHeldByAnotherProgram()
+{
+    m_tap->uninstall();
+    QVERIFY(!m_tap->isActive());
+    OtherProgram other;
+    QTRY_VERIFY(other.holdKey(XKeyboard::F5));
+
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
+    m_tap->install();
+    QTRY_VERIFY(m_tap->grabIsMissing());
+    QVERIFY(m_tap->isActive());
+    m_keyboard->tap(XKeyboard::F5);
+    m_keyboard->tap(XKeyboard::RightCtrl);
+    QTRY_COMPARE(trigger.size(), 2);
+    QCOMPARE(toggle.size(), 0);
+
+    QSignalSpy missing(m_tap.get(), &KeyTap::grabIsMissingChanged);
+    other.end();
+    QTRY_VERIFY(!m_tap->grabIsMissing());
+    QCOMPARE(missing.size(), 1);
+    m_keyboard->tap(XKeyboard::F5);
+    QTRY_COMPARE(toggle.size(), 1);
+}
+
+void TestKeyTap::keyboardHeldByAnotherProgram()
+{
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
+    OtherProgram other;
+    m_keyboard->press(XKeyboard::RightCtrl);
+    QVERIFY(other.holdKeyboard());
+    m_keyboard->release(XKeyboard::RightCtrl);
+    m_keyboard->tap(XKeyboard::F5); // the other's, such as a screen locker's
+    other.end();
+
+    // Whatever was missed meanwhile, the next presses count.
+    untilItHappens([this] { m_keyboard->tap(XKeyboard::F5); }, toggle);
+    trigger.clear();
+    m_keyboard->tap(XKeyboard::RightCtrl);
+    QTRY_COMPARE(trigger.size(), 2);
+    QVERIFY(trigger.at(0).at(1).toBool());
+}
+
+void TestKeyTap::letsGoWhenUninstalled()
+{
+    FocusedEditor terminal(FocusedEditor::Kind::Terminal);
+    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
+    m_tap->uninstall();
+    QVERIFY(!m_tap->isActive());
+    // The server hears of it when it gets to it.
+    QTRY_VERIFY((m_keyboard->tap(XKeyboard::F5), terminal.text().endsWith(f5)));
+    QCOMPARE(toggle.size(), 0);
+}
+
+void TestKeyTap::displayThatEnds()
+{
+    const QByteArray original = qgetenv("DISPLAY");
+    const auto restore = qScopeGuard([&] { qputenv("DISPLAY", original); });
+    auto first = std::make_unique<XDisplay>();
+    qputenv("DISPLAY", first->name().toLatin1());
+    const std::unique_ptr<KeyTap> tap = KeyTap::forDisplay();
+    tap->install();
+    QTRY_VERIFY(tap->isActive());
+    first.reset();
+    QTRY_VERIFY(!tap->isActive());
+
+    const XDisplay second;
+    qputenv("DISPLAY", second.name().toLatin1());
+    QTRY_VERIFY(tap->isActive());
+    QSignalSpy toggle(tap.get(), &KeyTap::togglePressed);
+    XKeyboard keyboard(second.name());
+    untilItHappens([&] { keyboard.tap(XKeyboard::F5); }, toggle);
+}
+
+void TestKeyTap::inertWhereThereAreNoGlobalKeys()
+{
+    qputenv("WAYLAND_DISPLAY", "wayland-0");
+    const std::unique_ptr<KeyTap> tap = KeyTap::forDisplay();
+    qunsetenv("WAYLAND_DISPLAY");
+    QSignalSpy spy(tap.get(), &KeyTap::triggerKeyChanged);
+    QSignalSpy heard(m_tap.get(), &KeyTap::triggerKeyChanged);
+    tap->install();
+    m_keyboard->tap(XKeyboard::RightCtrl);
+    QTRY_COMPARE(heard.size(), 2);
+    QVERIFY(!tap->isActive());
+    QCOMPARE(spy.size(), 0);
+}
+
+ORVANE_DISPLAY_TEST_MAIN(TestKeyTap)
+#include "tst_keytap.moc"

@@ -1,0 +1,534 @@
+#include "engine/EngineProcessRegistry.h"
+#include "engine/EngineServer.h"
+#include "tests/support/FakeEngineHome.h"
+#include "tests/support/TaskResult.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace std::chrono_literals;
+using Port = FakeEngineBehaviour::Port;
+
+namespace {
+
+/// The least that makes an engine out of the supervision.
+class PlainEngine : public EngineServer
+{
+public:
+    PlainEngine(const SearchPath &search, EngineProcessRegistry &registry,
+                std::chrono::seconds startTimeout = 120s)
+        : EngineServer({.executable = u"fake-server"_s,
+                        .fallbackPort = 48700,
+                        .startTimeout = startTimeout,
+                        .startErrorPrefix = u"not started: "_s,
+                        .requestErrorPrefix = u"failed: "_s,
+                        .notFoundText = u"not installed"_s},
+                       search, registry)
+    {}
+
+    using EngineServer::beginRequest;
+    using EngineServer::InFlight;
+
+protected:
+    [[nodiscard]] QStringList arguments(const QString &, const QString &modelPath) const override
+    {
+        return {u"-m"_s, modelPath, u"--port"_s, QString::number(port())};
+    }
+    [[nodiscard]] QNetworkRequest probeRequest() const override { return requestTo(u"/"_s); }
+    [[nodiscard]] bool isReady(int status) const override { return status == 200; }
+};
+
+const QMap<QString, QList<FakeAnswer>> ready = {{u"/"_s, {{.status = 200}}}};
+
+void makeFile(const QString &path, const QByteArray &content, bool isExecutable)
+{
+    QFile file(path);
+    QVERIFY(file.open(QFile::WriteOnly));
+    file.write(content);
+    file.setPermissions(isExecutable ? QFile::ReadOwner | QFile::ExeOwner : QFile::ReadOwner);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(orvane::FakeEngineBehaviour)
+
+class TestEngineServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void searchOrder_data();
+    void searchOrder();
+    void searchesFixedPlacesThenPath();
+    void backendOfOurOwnEngineOnly_data();
+    void backendOfOurOwnEngineOnly();
+    void childIsNotBornDeafToSignals();
+
+    void notInstalled();
+    void cannotBeLaunched_data();
+    void cannotBeLaunched();
+    void exitsBeforeItAnswers_data();
+    void exitsBeforeItAnswers();
+    void neverAnswers();
+    void isReadyWhenTheAnswerSaysSo();
+
+    void staysLoaded();
+    void simultaneousLoadsLaunchOnce();
+    void waitingCallerTriesAfterFailedLaunch();
+    void cancelledLaunchDoesNotCancelTheNextCaller();
+    void everyCallerGetsItsModel();
+    void modelSwitchWaitsForRequest();
+    void restartOnRequest();
+    void diedMeanwhile();
+
+    void cancelledWhileStarting();
+    void cancelledWhileDraining();
+    void stopping_data();
+    void stopping();
+    void stoppingTwice();
+    void stopWithoutServer();
+    void destroyed_data();
+    void destroyed();
+    void destroyedWhileDraining();
+    void destroyedWhileStopping();
+
+private:
+    void startEngine(std::chrono::seconds startTimeout = 120s);
+    [[nodiscard]] QString model(const QString &name = u"a"_s) const
+    {
+        return m_home->resources() + u'/' + name;
+    }
+    [[nodiscard]] qint64 lastPid() const { return m_home->launches().last().pid; }
+
+    std::unique_ptr<FakeEngineHome> m_home;
+    std::unique_ptr<EngineProcessRegistry> m_registry;
+    std::unique_ptr<PlainEngine> m_engine;
+};
+
+void TestEngineServer::init()
+{
+    m_home = std::make_unique<FakeEngineHome>(u"fake-server"_s);
+    m_home->behave({.answers = ready});
+    m_registry = std::make_unique<EngineProcessRegistry>(QString());
+    startEngine();
+}
+
+void TestEngineServer::startEngine(std::chrono::seconds startTimeout)
+{
+    m_engine = std::make_unique<PlainEngine>(
+        EngineServer::SearchPath{.resources = m_home->resources(), .folders = {}}, *m_registry, startTimeout);
+}
+
+void TestEngineServer::cleanup()
+{
+    m_engine.reset();
+    QTRY_VERIFY(m_home->allEnded());
+    QCoreApplication::processEvents(); // what waited for that goes on
+}
+
+void TestEngineServer::searchOrder_data()
+{
+    // What lies in the program's resources and in two further folders: an executable (x), a file that is
+    // not executable (f), a folder of that name (d) or nothing (-).
+    QTest::addColumn<QString>("found");
+    QTest::addColumn<int>("taken");
+    QTest::newRow("own engine first") << u"xxx"_s << 0;
+    QTest::newRow("then in order") << u"-xx"_s << 1;
+    QTest::newRow("last") << u"--x"_s << 2;
+    QTest::newRow("not executable is passed over") << u"f-x"_s << 2;
+    QTest::newRow("folder is passed over") << u"dx-"_s << 1;
+    QTest::newRow("nothing usable") << u"fd-"_s << -1;
+}
+
+void TestEngineServer::searchOrder()
+{
+    QFETCH(const QString, found);
+    QFETCH(const int, taken);
+    const QTemporaryDir root;
+    const QStringList folders = {root.filePath(u"engine"_s), root.filePath(u"b"_s), root.filePath(u"c"_s)};
+    for (int i = 0; i < folders.size(); ++i) {
+        const QString path = folders[i] + u"/fake-server"_s;
+        QVERIFY(QDir().mkpath(found[i] == u'd' ? path : folders[i]));
+        if (found[i] == u'x' || found[i] == u'f')
+            makeFile(path, "#!/bin/sh\n", found[i] == u'x');
+    }
+    const PlainEngine engine({.resources = root.path(), .folders = folders.mid(1)}, *m_registry);
+    QCOMPARE(engine.findBinary(), taken < 0 ? QString() : folders[taken] + u"/fake-server"_s);
+}
+
+void TestEngineServer::searchesFixedPlacesThenPath()
+{
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/first::/second");
+    const QStringList folders = EngineServer::SearchPath::systemFolders();
+    qputenv("PATH", path);
+    QCOMPARE(folders, (QStringList{u"/opt/homebrew/bin"_s, u"/usr/local/bin"_s, u"/first"_s, u"/second"_s}));
+}
+
+void TestEngineServer::backendOfOurOwnEngineOnly_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<bool>("hasBackend");
+    QTest::addColumn<bool>("isPassed");
+    QTest::newRow("own engine with backend") << u"engine"_s << true << true;
+    QTest::newRow("own engine without") << u"engine"_s << false << false;
+    QTest::newRow("engine of the system") << u"bin"_s << true << false;
+}
+
+void TestEngineServer::backendOfOurOwnEngineOnly()
+{
+    QFETCH(const QString, folder);
+    QFETCH(const bool, hasBackend);
+    QFETCH(const bool, isPassed);
+    FakeEngineHome home(u"other-name"_s);
+    const QString engineFolder = home.resources() + u'/' + folder;
+    FakeEngineHome::install(engineFolder, u"fake-server"_s);
+    FakeEngineHome::behaveIn(engineFolder, {.answers = ready});
+    const QString backend = engineFolder + u"/libggml-metal.so"_s;
+    if (hasBackend)
+        makeFile(backend, {}, false);
+
+    PlainEngine engine({.resources = home.resources(), .folders = {home.resources() + u"/bin"_s}},
+                       *m_registry);
+    const TaskResult load(engine.load(model()));
+    QTRY_VERIFY(load.isDone());
+    QCOMPARE(load.error(), QString());
+    const FakeEngineHome::Launch launch = FakeEngineHome::launchesIn(engineFolder).first();
+    QCOMPARE(launch.backendPath, isPassed ? backend : QString());
+    QCOMPARE(launch.program, engineFolder + u"/fake-server"_s);
+}
+
+void TestEngineServer::childIsNotBornDeafToSignals()
+{
+    // As in a program that takes its signals from a file descriptor.
+    sigset_t blocked;
+    sigset_t before;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::sigprocmask(SIG_BLOCK, &blocked, &before);
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    QVERIFY(!m_home->launches().first().isSigtermBlocked);
+}
+
+void TestEngineServer::notInstalled()
+{
+    QVERIFY(QFile::remove(m_home->executable()));
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    QCOMPARE(load.error(), u"not installed"_s);
+    QCOMPARE(load.failedAs<EngineServer::EngineError>()->kind(),
+             EngineServer::EngineError::Kind::binaryNotFound);
+}
+
+void TestEngineServer::cannotBeLaunched_data()
+{
+    QTest::addColumn<QByteArray>("program");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("interpreter is missing") << QByteArray("#!/missing\n") << u"No such file"_s;
+    QTest::newRow("not a program") << QByteArray("\x7f"
+                                                 "ELF",
+                                                 4)
+                                   << u"Exec format error"_s;
+}
+
+void TestEngineServer::cannotBeLaunched()
+{
+    QFETCH(const QByteArray, program);
+    QFETCH(const QString, reason);
+    QVERIFY(QFile::remove(m_home->executable()));
+    makeFile(m_home->executable(), program, true);
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    QVERIFY2(load.error().startsWith(u"not started: "_s), qPrintable(load.error()));
+    QVERIFY2(load.error().contains(reason), qPrintable(load.error()));
+    QVERIFY(!m_engine->isRunning());
+
+    // The next load tries again from scratch.
+    QVERIFY(QFile::remove(m_home->executable()));
+    FakeEngineHome::install(m_home->engineFolder(), u"fake-server"_s);
+    const TaskResult again(m_engine->load(model()));
+    QTRY_VERIFY(again.succeeded());
+}
+
+void TestEngineServer::exitsBeforeItAnswers_data()
+{
+    QTest::addColumn<int>("afterMs");
+    QTest::newRow("at once") << 0;
+    QTest::newRow("between two probes") << 600;
+}
+
+void TestEngineServer::exitsBeforeItAnswers()
+{
+    QFETCH(const int, afterMs);
+    m_home->behave({.port = Port::StaysShut, .exitAfterMs = afterMs});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    QCOMPARE(load.error(), u"not started: процесс неожиданно завершился"_s);
+}
+
+void TestEngineServer::neverAnswers()
+{
+    startEngine(1s);
+    m_home->behave({.port = Port::StaysShut});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    QCOMPARE(load.error(), u"not started: сервер не ответил за 1 секунд"_s);
+    QVERIFY(!m_engine->isRunning());
+    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+}
+
+void TestEngineServer::isReadyWhenTheAnswerSaysSo()
+{
+    // As a server that opens its port first and loads its model then.
+    m_home->behave({.answers = {{u"/"_s, {{.status = 503}, {.status = 503}, {.status = 200}}}}});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.succeeded());
+    QCOMPARE(m_home->requests(u"/"_s).size(), 3);
+}
+
+void TestEngineServer::staysLoaded()
+{
+    for (int i = 0; i < 2; ++i) {
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.succeeded());
+    }
+    QCOMPARE(m_home->launches().size(), 1);
+    const TaskResult other(m_engine->load(model(u"b"_s)));
+    QTRY_VERIFY(other.succeeded());
+    QCOMPARE(m_home->launches().size(), 2);
+    QCOMPARE(m_home->launches().last().arguments.value(1), model(u"b"_s));
+    QVERIFY(!FakeEngineHome::isRunning(m_home->launches().first().pid));
+}
+
+void TestEngineServer::simultaneousLoadsLaunchOnce()
+{
+    m_home->behave({.portDelayMs = 300, .answers = ready});
+    const TaskResult first(m_engine->load(model()));
+    const TaskResult second(m_engine->load(model()));
+    QTRY_VERIFY(first.isDone() && second.isDone());
+    QCOMPARE(first.error() + second.error(), QString());
+    QCOMPARE(m_home->launches().size(), 1);
+}
+
+void TestEngineServer::waitingCallerTriesAfterFailedLaunch()
+{
+    m_home->behave({.port = Port::StaysShut, .exitAfterMs = 300});
+    const TaskResult first(m_engine->load(model()));
+    const TaskResult second(m_engine->load(model()));
+    QTRY_COMPARE(m_home->launches().size(), 1);
+    m_home->behave({.answers = ready});
+    QTRY_VERIFY(first.isDone() && second.isDone());
+    QVERIFY(!first.succeeded());
+    QVERIFY2(second.succeeded(), qPrintable(second.error()));
+    QCOMPARE(m_home->launches().size(), 2);
+}
+
+void TestEngineServer::cancelledLaunchDoesNotCancelTheNextCaller()
+{
+    m_home->behave({.port = Port::StaysShut});
+    std::stop_source stop;
+    const TaskResult first(m_engine->load(model(), stop.get_token()));
+    const TaskResult second(m_engine->load(model()));
+    QTRY_COMPARE(m_home->launches().size(), 1);
+    m_home->behave({.answers = ready});
+    stop.request_stop();
+    QTRY_VERIFY(first.isDone() && second.isDone());
+    QVERIFY(first.isCancelled());
+    QVERIFY2(second.succeeded(), qPrintable(second.error()));
+}
+
+void TestEngineServer::everyCallerGetsItsModel()
+{
+    // Each begins its request when its load returns, with nothing awaited between: nobody else's load may
+    // come between the two.
+    static const auto use = [](PlainEngine *engine, QString path) -> QCoro::Task<bool> {
+        co_await engine->load(path);
+        const PlainEngine::InFlight request = engine->beginRequest();
+        co_return engine->isRunning();
+    };
+    std::vector<TaskResult<bool>> users;
+    for (const QString &name : {u"a"_s, u"b"_s, u"a"_s, u"c"_s})
+        users.emplace_back(use(m_engine.get(), model(name)));
+    for (const TaskResult<bool> &user : users) {
+        QTRY_VERIFY_WITH_TIMEOUT(user.isDone(), 20'000);
+        QVERIFY2(user.succeeded(), qPrintable(user.error()));
+        QVERIFY(user.value());
+    }
+}
+
+void TestEngineServer::modelSwitchWaitsForRequest()
+{
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    PlainEngine::InFlight request = m_engine->beginRequest();
+    const TaskResult second(m_engine->load(model(u"b"_s)));
+    QTest::qWait(500); // two looks at the running request, and time to stop the server if one did
+    QVERIFY(m_engine->isRunning());
+    QCOMPARE(m_home->launches().size(), 1);
+    request.reset();
+    QTRY_VERIFY(second.succeeded());
+    QCOMPARE(m_home->launches().size(), 2);
+}
+
+void TestEngineServer::restartOnRequest()
+{
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    m_engine->requestRestart();
+    QVERIFY(m_engine->isRunning());
+    for (int i = 0; i < 2; ++i) {
+        const TaskResult again(m_engine->load(model()));
+        QTRY_VERIFY(again.succeeded());
+        QCOMPARE(m_home->launches().size(), 2);
+    }
+}
+
+void TestEngineServer::diedMeanwhile()
+{
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    ::kill(pid_t(lastPid()), SIGKILL);
+    QTRY_VERIFY(!m_engine->isRunning());
+    const TaskResult second(m_engine->load(model()));
+    QTRY_VERIFY(second.succeeded());
+    QVERIFY(m_engine->isRunning());
+}
+
+void TestEngineServer::cancelledWhileStarting()
+{
+    m_home->behave({.port = Port::StaysShut});
+    std::stop_source stop;
+    const TaskResult load(m_engine->load(model(), stop.get_token()));
+    QTRY_COMPARE(m_home->launches().size(), 1);
+    stop.request_stop();
+    QTRY_VERIFY(load.isDone());
+    QVERIFY(load.isCancelled());
+    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+}
+
+void TestEngineServer::cancelledWhileDraining()
+{
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    const PlainEngine::InFlight request = m_engine->beginRequest();
+    std::stop_source stop;
+    const TaskResult second(m_engine->load(model(u"b"_s), stop.get_token()));
+    stop.request_stop();
+    QTRY_VERIFY(second.isDone());
+    QVERIFY(second.isCancelled());
+    QVERIFY(m_engine->isRunning()); // the server of the request
+}
+
+void TestEngineServer::stopping_data()
+{
+    QTest::addColumn<bool>("ignoresSigterm");
+    QTest::addColumn<bool>("waits");
+    QTest::newRow("ends when asked") << false << true;
+    QTest::newRow("must be killed") << true << true;
+    QTest::newRow("must be killed, nobody waits") << true << false;
+}
+
+void TestEngineServer::stopping()
+{
+    QFETCH(const bool, ignoresSigterm);
+    QFETCH(const bool, waits);
+    m_home->behave({.ignoresSigterm = ignoresSigterm, .answers = ready});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.succeeded());
+
+    QElapsedTimer timer;
+    timer.start();
+    if (waits) {
+        const TaskResult stopped(m_engine->stopAndWait());
+        QVERIFY(!m_engine->isRunning());
+        QTRY_VERIFY(stopped.isDone());
+        QVERIFY(!FakeEngineHome::isRunning(lastPid()));
+    } else {
+        m_engine->stop();
+        QVERIFY(!m_engine->isRunning());
+        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+    }
+    QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
+}
+
+void TestEngineServer::stoppingTwice()
+{
+    m_home->behave({.ignoresSigterm = true, .answers = ready});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.succeeded());
+    m_engine->stop();
+    const TaskResult stopped(m_engine->stopAndWait());
+    QTRY_VERIFY(stopped.isDone());
+    QVERIFY(!FakeEngineHome::isRunning(lastPid()));
+}
+
+void TestEngineServer::stopWithoutServer()
+{
+    m_engine->stop();
+    const TaskResult stopped(m_engine->stopAndWait());
+    QTRY_VERIFY(stopped.succeeded());
+}
+
+void TestEngineServer::destroyed_data()
+{
+    QTest::addColumn<FakeEngineBehaviour>("behaviour");
+    QTest::addColumn<int>("launches");
+    QTest::addColumn<int>("probes");
+    const FakeAnswer never = FakeAnswer::never();
+    QTest::newRow("launching") << FakeEngineBehaviour{.answers = ready} << 0 << 0;
+    QTest::newRow("between probes") << FakeEngineBehaviour{.port = Port::StaysShut} << 1 << 0;
+    QTest::newRow("probing") << FakeEngineBehaviour{.answers = {{u"/"_s, {never}}}} << 1 << 1;
+    QTest::newRow("probing a deaf server")
+        << FakeEngineBehaviour{.ignoresSigterm = true, .answers = {{u"/"_s, {never}}}} << 1 << 1;
+}
+
+void TestEngineServer::destroyed()
+{
+    QFETCH(const FakeEngineBehaviour, behaviour);
+    QFETCH(const int, launches);
+    QFETCH(const int, probes);
+    m_home->behave(behaviour);
+    const TaskResult load(m_engine->load(model()));
+    const TaskResult waiting(m_engine->load(model()));
+    QTRY_VERIFY(m_home->launches().size() == launches && m_home->requests(u"/"_s).size() >= probes);
+    m_engine.reset();
+    QTRY_VERIFY(load.isDone());
+    QTRY_VERIFY(waiting.isDone());
+    QVERIFY(load.isCancelled());
+    QVERIFY(waiting.isCancelled());
+}
+
+void TestEngineServer::destroyedWhileDraining()
+{
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    const PlainEngine::InFlight request = m_engine->beginRequest();
+    const TaskResult second(m_engine->load(model(u"b"_s)));
+    m_engine.reset();
+    QTRY_VERIFY(second.isDone());
+    QVERIFY(second.isCancelled());
+}
+
+void TestEngineServer::destroyedWhileStopping()
+{
+    m_home->behave({.ignoresSigterm = true, .answers = ready});
+    const TaskResult first(m_engine->load(model()));
+    QTRY_VERIFY(first.succeeded());
+    const TaskResult second(m_engine->load(model(u"b"_s)));
+    const TaskResult stopped(m_engine->stopAndWait());
+    m_engine.reset();
+    QTRY_VERIFY(second.isDone() && stopped.isDone());
+    QVERIFY(second.isCancelled());
+}
+
+QTEST_GUILESS_MAIN(TestEngineServer)
+#include "tst_engineserver.moc"

@@ -1,0 +1,197 @@
+#include "audio/AudioDecoder.h"
+#include "audio/WavFileWriter.h"
+#include "recognition/labelling/SpeakerDiarizer.h"
+#include "recognition/labelling/VoiceClusters.h"
+#include "tests/recognition/PlainLabelling.h"
+#include "tests/recognition/Voices.h"
+#include "tests/support/TaskResult.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using Segments = QList<DisplaySegment>;
+
+namespace {
+
+constexpr int rate = 16'000;
+
+using Numbers = QList<qint64>;
+
+Numbers speakersOf(const Segments &segments)
+{
+    Numbers speakers;
+    for (const DisplaySegment &segment : segments)
+        speakers.append(segment.speaker.value_or(0));
+    return speakers;
+}
+
+/// Voices one after the other, and a segment for each.
+class Talk
+{
+public:
+    Talk &say(double seconds, float pitch, float noise = 0)
+    {
+        const std::vector<float> voice = Voices::vowel(seconds, pitch, noise, m_random);
+        return add(voice);
+    }
+    Talk &beSilent(double seconds) { return add(std::vector<float>(static_cast<size_t>(seconds * rate))); }
+
+    [[nodiscard]] const std::vector<float> &samples() const { return m_samples; }
+    [[nodiscard]] const Segments &segments() const { return m_segments; }
+
+private:
+    Talk &add(const std::vector<float> &voice)
+    {
+        const auto milliseconds = [this] { return static_cast<qint64>(m_samples.size()) * 1000 / rate; };
+        DisplaySegment segment;
+        segment.start = milliseconds();
+        m_samples.insert(m_samples.end(), voice.begin(), voice.end());
+        segment.end = milliseconds();
+        m_segments.append(segment);
+        return *this;
+    }
+
+    std::mt19937 m_random{1};
+    std::vector<float> m_samples;
+    Segments m_segments;
+};
+
+} // namespace
+
+class TestSpeakerDiarizer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void numbersVoices_data();
+    void numbersVoices();
+    void toleratesTimesBeyondTheAudio();
+    void mergesChains();
+    void isIdenticalToThePlainForm_data();
+    void isIdenticalToThePlainForm();
+    void labelsFiles();
+};
+
+void TestSpeakerDiarizer::numbersVoices_data()
+{
+    QTest::addColumn<Talk>("talk");
+    QTest::addColumn<int>("most");
+    QTest::addColumn<Numbers>("speakers");
+    QTest::newRow("two in turn, the higher first")
+        << Talk().say(1, 240).say(1, 100).say(1, 250).say(1, 105) << 2 << Numbers{1, 2, 1, 2};
+    QTest::newRow("alike") << Talk().say(1, 120).say(1, 125).say(1, 118) << 2 << Numbers{1, 1, 1};
+    QTest::newRow("short ones go on with the one before")
+        << Talk().say(0.2, 100).say(1, 240).say(0.2, 100).say(1, 100).beSilent(1).say(0.2, 240) << 2
+        << Numbers{1, 1, 1, 2, 2, 2};
+    QTest::newRow("too short to tell anything") << Talk().say(0.2, 100).say(0.2, 300) << 2 << Numbers{1, 1};
+    QTest::newRow("only one is asked for") << Talk().say(1, 100).say(1, 300) << 1 << Numbers{1, 1};
+    QTest::newRow("three") << Talk().say(1, 90).say(1, 200).say(1, 330).say(1, 91) << 3
+                           << Numbers{1, 2, 3, 1};
+    QTest::newRow("one segment") << Talk().say(1, 100) << 2 << Numbers{1};
+    QTest::newRow("none") << Talk() << 2 << Numbers();
+}
+
+void TestSpeakerDiarizer::numbersVoices()
+{
+    QFETCH(const Talk, talk);
+    QFETCH(const int, most);
+    QFETCH(const Numbers, speakers);
+    const Segments labelled = SpeakerDiarizer::assignByVoice(talk.segments(), talk.samples(), rate, most);
+    QCOMPARE(speakersOf(labelled), speakers);
+    for (qsizetype i = 0; i < labelled.size(); ++i)
+        QCOMPARE(labelled[i].id, talk.segments()[i].id);
+}
+
+void TestSpeakerDiarizer::toleratesTimesBeyondTheAudio()
+{
+    const Talk talk = Talk().say(1, 240).say(1, 100);
+    Segments segments = talk.segments();
+    constexpr qint64 far = std::numeric_limits<qint64>::max();
+    for (const auto &[start, end] : {std::pair(far - 1, far), {-far, -far + 1}, {5000, 9000}, {900, 100}}) {
+        DisplaySegment segment;
+        segment.start = start;
+        segment.end = end;
+        segments.append(segment);
+    }
+    const Segments labelled = SpeakerDiarizer::assignByVoice(segments, talk.samples(), rate, 2);
+    QCOMPARE(speakersOf(labelled), (Numbers{1, 2, 2, 2, 2, 2}));
+}
+
+void TestSpeakerDiarizer::mergesChains()
+{
+    using SpeakerDiarizer::Features;
+    // The first is close to the third only by way of the second; the fourth is alone.
+    const std::vector<Features> centers = {{0, 0}, {1.3F, 0}, {2.6F, 0}, {9, 9}};
+    const std::vector<int> labels = SpeakerDiarizer::mergeClose({0, 1, 2, 3}, centers);
+    QCOMPARE(labels[1], labels[0]);
+    QCOMPARE(labels[2], labels[0]);
+    QVERIFY(labels[3] != labels[0]);
+}
+
+void TestSpeakerDiarizer::isIdenticalToThePlainForm_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 4; ++seed)
+        QTest::addRow("%u", seed) << seed;
+}
+
+void TestSpeakerDiarizer::isIdenticalToThePlainForm()
+{
+    QFETCH(const quint32, seed);
+    std::mt19937 random(seed);
+    const auto between = [&random](float least, float most) {
+        return std::uniform_real_distribution(least, most)(random);
+    };
+    Talk talk;
+    for (int i = 0; i < 16; ++i) {
+        const double seconds = between(0.1F, 2.2F);
+        if (between(0, 1) < 0.1F)
+            talk.beSilent(seconds);
+        else
+            talk.say(seconds, between(60, 420), between(0, 1) < 0.5F ? between(0, 0.4F) : 0);
+    }
+    for (const DisplaySegment &segment : talk.segments()) {
+        const std::vector<float> span(talk.samples().begin() + segment.start * rate / 1000,
+                                      talk.samples().begin() + segment.end * rate / 1000);
+        const auto plain = PlainLabelling::features(span, rate);
+        const auto ours = SpeakerDiarizer::voiceFeatures(span, rate);
+        QCOMPARE(ours.has_value(), plain.has_value());
+        if (plain)
+            QVERIFY(std::ranges::equal(*ours, *plain)); // to the last bit
+    }
+    for (const int most : {2, 5}) {
+        const Segments plain = PlainLabelling::assign(talk.segments(), talk.samples(), rate, most);
+        QCOMPARE(SpeakerDiarizer::assignByVoice(talk.segments(), talk.samples(), rate, most), plain);
+    }
+}
+
+void TestSpeakerDiarizer::labelsFiles()
+{
+    const AudioDecoder decoder{QStringLiteral(ORVANE_RESOURCES)};
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.wav"_s);
+    const Talk talk = Talk().say(1, 240).say(1, 100);
+    WavFileWriter writer(path, rate);
+    writer.append(talk.samples());
+    writer.finalize();
+
+    const TaskResult labelled(SpeakerDiarizer::assignByVoice(talk.segments(), path, 2, &decoder));
+    QTRY_VERIFY(labelled.succeeded());
+    QCOMPARE(speakersOf(labelled.value()), (Numbers{1, 2}));
+
+    const TaskResult unreadable(
+        SpeakerDiarizer::assignByVoice(talk.segments(), folder.filePath(u"none.wav"_s), 2, &decoder));
+    QTRY_VERIFY(unreadable.succeeded());
+    QCOMPARE(speakersOf(unreadable.value()), (Numbers{1, 1}));
+
+    std::stop_source stop;
+    stop.request_stop();
+    const TaskResult stopped(
+        SpeakerDiarizer::assignByVoice(talk.segments(), path, 2, &decoder, stop.get_token()));
+    QTRY_VERIFY(stopped.isCancelled());
+}
+
+QTEST_GUILESS_MAIN(TestSpeakerDiarizer)
+#include "tst_speakerdiarizer.moc"
