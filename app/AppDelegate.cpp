@@ -115,10 +115,10 @@ void AppDelegate::showMenu(DictationController &dictation)
 void AppDelegate::explainKeyCapture()
 {
     m_guidance->guide(
-        Localization::text(u"Клавиши диктовки здесь недоступны"_s),
+        Localization::text(u"Клавиши диктовки здесь недоступны"),
         Localization::text(
             u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание "
-            "клавиш для команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит."_s));
+            "клавиш для команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит."));
 }
 
 void AppDelegate::offerLeftovers()
@@ -140,10 +140,10 @@ QCoro::Task<> AppDelegate::offerLeftover(RecordedMeeting leftover)
 {
     const QPointer<AppDelegate> alive(this);
     const bool accepted =
-        co_await m_guidance->ask({.title = Localization::text(u"Запись совещания не расшифрована"_s),
+        co_await m_guidance->ask({.title = Localization::text(u"Запись совещания не расшифрована"),
                                   .text = MeetingRecordings::noticeOf(leftover),
-                                  .yes = Localization::text(u"Расшифровать"_s),
-                                  .no = Localization::text(u"Не сейчас"_s)});
+                                  .yes = Localization::text(u"Расшифровать"),
+                                  .no = Localization::text(u"Не сейчас")});
     if (!alive)
         co_return;
     m_isAsking = false;

@@ -59,7 +59,7 @@ int runApplication(CommandLine::RunApplication options)
         return ExitStatus::success;
     }
     if (SingleInstance::claim() == SingleInstance::Claim::AnotherRuns) {
-        Output::complain(Localization::text(u"Orvane уже работает."_s));
+        Output::complain(Localization::text(u"Orvane уже работает."));
         if (options.start == CommandLine::Start::Open)
             ControlCommand::activate();
         return ExitStatus::success;
@@ -133,7 +133,7 @@ int main(int argc, char *argv[])
         return std::visit(Execute(), command);
     } catch (const UsageError &error) {
         Output::complain(error.description());
-        Output::complain(Localization::text(u"Справка: orvane --help"_s));
+        Output::complain(Localization::text(u"Справка: orvane --help"));
         return ExitStatus::usage;
     } catch (const Error &error) {
         Output::complain(error.description());

@@ -23,24 +23,23 @@ using AudioDecoderError = AudioDecoder::AudioDecoderError;
         throw Cancelled();
     case DecodingOutcome::NotMedia:
         throw AudioDecoderError::couldNotOpen(
-            Localization::text(u"это не аудио и не видео, или файл повреждён"_s));
+            Localization::text(u"это не аудио и не видео, или файл повреждён"));
     case DecodingOutcome::RefersElsewhere:
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"в нём только ссылки на другие файлы"_s));
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"в нём только ссылки на другие файлы"));
     case DecodingOutcome::NoAudioTrack:
         throw AudioDecoderError::noAudioTrack();
     case DecodingOutcome::UnknownCodec:
-        throw AudioDecoderError::conversionFailed(Localization::text(u"формат звука не поддерживается: "_s) +
+        throw AudioDecoderError::conversionFailed(Localization::text(u"формат звука не поддерживается: ") +
                                                   detail);
     case DecodingOutcome::NotConfigured:
-        throw AudioDecoderError::conversionFailed(
-            Localization::text(u"не удалось настроить чтение дорожки"_s));
+        throw AudioDecoderError::conversionFailed(Localization::text(u"не удалось настроить чтение дорожки"));
     case DecodingOutcome::NotStarted:
-        throw AudioDecoderError::conversionFailed(Localization::text(u"не удалось начать чтение"_s));
+        throw AudioDecoderError::conversionFailed(Localization::text(u"не удалось начать чтение"));
     case DecodingOutcome::Damaged:
-        throw AudioDecoderError::conversionFailed(Localization::text(u"данные повреждены"_s));
+        throw AudioDecoderError::conversionFailed(Localization::text(u"данные повреждены"));
     case DecodingOutcome::NoRoom:
-        throw AudioDecoderError::conversionFailed(isTooLong ? Localization::text(u"запись длиннее 37 часов"_s)
-                                                            : Localization::text(u"не хватило памяти"_s));
+        throw AudioDecoderError::conversionFailed(isTooLong ? Localization::text(u"запись длиннее 37 часов")
+                                                            : Localization::text(u"не хватило памяти"));
     case DecodingOutcome::Decoded:
     case DecodingOutcome::NoSamples:
         break;
@@ -52,22 +51,22 @@ using AudioDecoderError = AudioDecoder::AudioDecoderError;
 
 AudioDecoderError AudioDecoderError::couldNotOpen(const QString &reason)
 {
-    return {Kind::couldNotOpen, Localization::text(u"Не удалось открыть файл: "_s) + reason};
+    return {Kind::couldNotOpen, Localization::text(u"Не удалось открыть файл: ") + reason};
 }
 
 AudioDecoderError AudioDecoderError::conversionFailed(const QString &reason)
 {
-    return {Kind::conversionFailed, Localization::text(u"Ошибка декодирования аудио: "_s) + reason};
+    return {Kind::conversionFailed, Localization::text(u"Ошибка декодирования аудио: ") + reason};
 }
 
 AudioDecoderError AudioDecoderError::noAudioTrack()
 {
-    return {Kind::noAudioTrack, Localization::text(u"В файле нет аудиодорожки."_s)};
+    return {Kind::noAudioTrack, Localization::text(u"В файле нет аудиодорожки.")};
 }
 
 AudioDecoderError AudioDecoderError::noSamples()
 {
-    return {Kind::noSamples, Localization::text(u"В файле не найдено аудиоданных."_s)};
+    return {Kind::noSamples, Localization::text(u"В файле не найдено аудиоданных.")};
 }
 
 AudioDecoder::AudioDecoder(const QString &moduleFolder) : m_moduleFile(moduleFolder + u"/orvane-decoder"_s) {}
@@ -80,13 +79,13 @@ std::vector<float> AudioDecoder::decode(const QString &path, const std::stop_tok
     const DecodingResult result = loadedModule().decode(file, samples);
     throwIfCancelled(stop);
     if (file.hasFailed())
-        throw AudioDecoderError::conversionFailed(Localization::text(u"ошибка чтения"_s));
+        throw AudioDecoderError::conversionFailed(Localization::text(u"ошибка чтения"));
     if (result.outcome != DecodingOutcome::Decoded)
         throwFailure(result, samples.isTooLong());
     try {
         return samples.take();
     } catch (const std::bad_alloc &) {
-        throw AudioDecoderError::conversionFailed(Localization::text(u"не хватило памяти"_s));
+        throw AudioDecoderError::conversionFailed(Localization::text(u"не хватило памяти"));
     }
 }
 
@@ -116,7 +115,7 @@ const AudioDecoderModule &AudioDecoder::loadedModule() const
     const auto entry =
         reinterpret_cast<AudioDecoderModuleEntry *>(library.resolve(audioDecoderModuleEntryName));
     if (!entry) {
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"модуль декодирования не загрузился. "_s) +
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"модуль декодирования не загрузился. ") +
                                               library.errorString());
     }
     m_module = entry();

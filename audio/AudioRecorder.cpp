@@ -32,7 +32,7 @@ CaptureError CaptureError::noInputDevice()
 {
     return {Kind::noInputDevice,
             Localization::text(
-                u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука."_s)};
+                u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.")};
 }
 
 CaptureError CaptureError::deviceFailed(const QString &description)
@@ -80,7 +80,7 @@ QCoro::Task<> AudioRecorder::start()
     }
     const std::shared_ptr<Recording> recording = m_recording;
     if (!recording->hasOpened)
-        co_await qCoro(recording->opened.get(), &OneTimeEvent::happened);
+        co_await recording->opened->wait();
     throwIfCancelled(lifetime);
     if (recording->failure)
         std::rethrow_exception(recording->failure);
@@ -106,8 +106,8 @@ QCoro::Task<> AudioRecorder::record(std::shared_ptr<Recording> recording)
     recording->hasEnded = true;
     if (!lifetime.stop_requested() && m_recording == recording)
         detach();
-    Q_EMIT recording->opened->happened();
-    Q_EMIT recording->ended->happened();
+    recording->opened->happen();
+    recording->ended->happen();
 }
 
 QCoro::Task<std::vector<float>> AudioRecorder::stop()
@@ -120,7 +120,7 @@ QCoro::Task<std::vector<float>> AudioRecorder::stop()
     recording->session->end(CaptureRest::Keep);
     detach();
     if (!recording->hasEnded)
-        co_await qCoro(recording->ended.get(), &OneTimeEvent::happened);
+        co_await recording->ended->wait();
     throwIfCancelled(lifetime);
     std::vector<float> samples = std::move(recording->samples);
     co_return samples;
@@ -143,7 +143,7 @@ void AudioRecorder::takeNews()
     if (news.opened) {
         m_isRunning = true;
         recording->hasOpened = true;
-        Q_EMIT recording->opened->happened();
+        recording->opened->happen();
     }
     if (news.opened || news.heardAgain)
         m_silenceCheck.start(silenceLimit);

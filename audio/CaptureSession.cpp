@@ -23,7 +23,7 @@ const CaptureModule &loadedModule(const QString &file)
     QLibrary library(file);
     const auto entry = reinterpret_cast<CaptureModuleEntry *>(library.resolve(captureModuleEntryName));
     if (!entry)
-        throw CaptureError::deviceFailed(Localization::text(u"Модуль записи звука не загрузился. "_s) +
+        throw CaptureError::deviceFailed(Localization::text(u"Модуль записи звука не загрузился. ") +
                                          library.errorString());
     return *entry();
 }
@@ -35,12 +35,12 @@ void throwIfFailed(CaptureOutcome outcome)
         return;
     case CaptureOutcome::NoService:
         throw CaptureError::deviceFailed(Localization::text(
-            u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire)."_s));
+            u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire)."));
     case CaptureOutcome::NoDevice:
         throw CaptureError::noInputDevice();
     case CaptureOutcome::NotOpened:
         throw CaptureError::deviceFailed(Localization::text(
-            u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука."_s));
+            u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука."));
     }
 }
 

@@ -35,10 +35,10 @@ QString reasonFor(int error)
     switch (error) {
     case ENOENT:
     case ENOTDIR:
-        return Localization::text(u"файл не найден"_s);
+        return Localization::text(u"файл не найден");
     case EACCES:
     case EPERM:
-        return Localization::text(u"нет доступа"_s);
+        return Localization::text(u"нет доступа");
     default:
         return qt_error_string(error);
     }
@@ -79,11 +79,11 @@ void MediaFile::requireContent()
     if (::fstat(m_descriptor, &status) != 0)
         throw AudioDecoderError::couldNotOpen(reasonFor(errno));
     if (S_ISDIR(status.st_mode))
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"это папка"_s));
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"это папка"));
     if (!S_ISREG(status.st_mode))
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"это не обычный файл"_s));
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"это не обычный файл"));
     if (status.st_size == 0)
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"файл пуст"_s));
+        throw AudioDecoderError::couldNotOpen(Localization::text(u"файл пуст"));
     m_size = status.st_size;
 }
 

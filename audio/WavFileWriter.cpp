@@ -59,7 +59,7 @@ std::array<char, headerBytes> header(quint32 sampleRate, quint32 dataBytes)
 } // namespace
 
 WavFileWriter::WavWriteError::WavWriteError(Kind kind)
-    : Error(Localization::text(u"Не вся запись поместилась в звуковой файл."_s)),
+    : Error(Localization::text(u"Не вся запись поместилась в звуковой файл.")),
       m_kind(kind)
 {}
 

@@ -1,10 +1,10 @@
 #include "base/Async.h"
 
+#include "base/OneTimeEvent.h"
+
 #include <QDeadlineTimer>
 #include <QScopeGuard>
 #include <QTimer>
-
-#include <QCoroTimer>
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -49,12 +49,13 @@ void spawn(QCoro::Task<> task)
 
 QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
 {
-    QTimer timer;
-    timer.setSingleShot(true);
-    timer.start(duration);
-    const std::stop_callback wake(stop, [&timer] { timer.start(0); });
-    co_await timer;
-    throwIfCancelled(stop);
+    static_cast<void>(co_await OneTimeEvent::create()->waitFor(duration, std::move(stop)));
+}
+
+QThreadPool &longWorkPool()
+{
+    static QThreadPool pool;
+    return pool;
 }
 
 void startOffMainThread(std::function<void()> work)
@@ -76,6 +77,7 @@ void waitForDone(QThreadPool &pool)
 void endAbandonedTasks()
 {
     waitForDone(*QThreadPool::globalInstance());
+    waitForDone(longWorkPool());
     QCoreApplication::processEvents();
     QTimer look;
     look.start(lookInterval);

@@ -28,6 +28,10 @@ void spawn(QCoro::Task<> task);
 /// Call and stop on the same thread.
 [[nodiscard]] QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop = {});
 
+/// For work of more than a second, such as decoding an hour of sound: on a machine with one or two cores it
+/// would keep the small jobs of the global pool waiting, and with them a dictation.
+[[nodiscard]] QThreadPool &longWorkPool();
+
 /// Runs `work` on a pool thread; nobody waits for it but the program's end. It must not throw.
 void startOffMainThread(std::function<void()> work);
 /// The same on a thread of `pool`. Any thread.
@@ -37,7 +41,7 @@ void startOffMainThread(QThreadPool *pool, std::function<void()> work);
 void waitForDone(QThreadPool &pool);
 
 /// For the end of the program, when the services are gone and the application object is not: lets the
-/// jobs of the global pool end and resumes the tasks that wait for something, which find their service
+/// jobs of the pools end and resumes the tasks that wait for something, which find their service
 /// gone and end too. Waits for those that wait for an engine to end, which takes a moment and never more
 /// than 3 s.
 void endAbandonedTasks();
@@ -142,6 +146,7 @@ template <typename Work>
     co_return co_await detail::PoolJob<std::invoke_result_t<Work>>(pool, std::move(work));
 }
 
+/// The same on a thread of the global pool, for work of a moment.
 template <typename Work>
 [[nodiscard]] auto offMainThread(Work work) -> QCoro::Task<std::invoke_result_t<Work>>
 {

@@ -9,7 +9,7 @@
 namespace orvane {
 
 /// Base of every failure in the program. The description is the text the user reads: one sentence,
-/// already in the interface language where the text has a twin in it.
+/// already in the interface language where the text is translated.
 class Error : public std::exception
 {
 public:
@@ -28,6 +28,9 @@ class Cancelled : public Error
 public:
     Cancelled() : Error(QString()) {}
 };
+
+/// What the user is told of any failure: an Error's own description; never the words of a library.
+[[nodiscard]] QString descriptionOf(const std::exception &failure);
 
 inline void throwIfCancelled(const std::stop_token &stop)
 {

@@ -19,8 +19,8 @@ namespace orvane {
 
 class Operation;
 
-/// Where work tells how far it is. Copied freely; what is told after the work's run has ended goes nowhere, and
-/// so does everything told to a default-made one. Main thread.
+/// Where work tells how far it is. Copied freely; what is told after the work's run has ended goes nowhere,
+/// and so does everything told to a default-made one. Main thread.
 class Progress
 {
 public:
@@ -41,8 +41,8 @@ private:
     std::stop_token m_run;
 };
 
-/// What views show of something that takes long and can be cancelled: whether it runs, how far it is, the last
-/// error. One run at a time. Main thread.
+/// What views show of something that takes long and can be cancelled: whether it runs, how far it is, the
+/// last error. One run at a time. Main thread.
 class Operation : public QObject
 {
     Q_OBJECT

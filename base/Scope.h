@@ -13,8 +13,7 @@ namespace orvane {
 
 /// The object whose coroutine runs is gone: nothing of it may be touched.
 class Gone : public Cancelled
-{
-};
+{};
 
 /// The life of an object, for its coroutines: they await everything through its scope,
 /// `co_await m_scope(task)`, and go on only while the object is there. A member of that object, ended

@@ -16,7 +16,7 @@ public:
     [[nodiscard]] Availability availability() const override
     {
         return {.isReady = false,
-                .message = Localization::text(u"Apple Intelligence недоступен в этой сборке."_s)};
+                .message = Localization::text(u"Apple Intelligence недоступен в этой сборке.")};
     }
 
     [[nodiscard]] QCoro::Task<QString> respond(QString, QString) override

@@ -94,7 +94,7 @@ QCoro::Task<QString> LocalLLMEngine::chat(QList<Message> messages, double temper
     if (answer.status != ok && ChatExchange::isContextOverflow(answer.body)) {
         throw EngineError(EngineError::Kind::contextOverflow,
                           Localization::text(u"Документ слишком большой для чата. Сократите его или задайте "
-                                             u"вопрос по части текста."_s));
+                                             u"вопрос по части текста."));
     }
     if (answer.status != ok)
         throw requestFailed(u"HTTP %1"_s.arg(answer.status));

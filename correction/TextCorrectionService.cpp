@@ -1,7 +1,7 @@
 #include "correction/TextCorrectionService.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/localization/Localization.h"
 #include "correction/CorrectionPrompts.h"
 #include "correction/TextChunks.h"
@@ -22,12 +22,12 @@ constexpr qsizetype longestInput = 6000;
 class NoModel : public Error
 {
 public:
-    NoModel() : Error(Localization::text(u"Не выбрана модель коррекции."_s)) {}
+    NoModel() : Error(Localization::text(u"Не выбрана модель коррекции.")) {}
 };
 
 QString unavailableModel()
 {
-    return Localization::text(u"Модель недоступна."_s);
+    return Localization::text(u"Модель недоступна.");
 }
 
 } // namespace
@@ -75,7 +75,7 @@ TextCorrectionService::~TextCorrectionService()
 QCoro::Task<std::optional<QString>> TextCorrectionService::correct(QString text)
 {
     text = text.trimmed();
-    if (text.isEmpty() || !canStart(Localization::text(u"Коррекция недоступна."_s)))
+    if (text.isEmpty() || !canStart(Localization::text(u"Коррекция недоступна.")))
         co_return std::nullopt;
     const CorrectionEngine engine = effectiveEngine();
     const bool isLocal = engine == CorrectionEngine::Local;
@@ -142,7 +142,7 @@ QCoro::Task<std::optional<QString>> TextCorrectionService::run(Job job)
 {
     const std::stop_token alive = m_lifetime.get_token();
     m_cancellation = std::stop_source();
-    const EitherStop either(alive, m_cancellation.get_token());
+    const AnyStop either(alive, m_cancellation.get_token());
     setError({});
     setProgress(0);
     setCorrecting(true);
@@ -208,26 +208,26 @@ TextCorrectionService::Status TextCorrectionService::status() const
 {
     if (!m_settings.textCorrectionEnabled()) {
         return {.isReady = false,
-                .message = Localization::text(
-                    u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»)."_s)};
+                .message =
+                    Localization::text(u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»).")};
     }
     return effectiveEngine() == CorrectionEngine::Local ? localAvailability() : builtInAvailability();
 }
 
 TextCorrectionService::Status TextCorrectionService::localAvailability() const
 {
-    const auto unavailable = [](const QString &text) {
-        return Status{.isReady = false, .message = Localization::text(text)};
+    const auto unavailable = [](Localization::Text text) {
+        return Status{.isReady = false, .message = text.toString()};
     };
     if (m_local->findBinary().isEmpty()) {
-        return unavailable(
-            u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp"_s);
+        return unavailable(u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp");
     }
     if (!localModelPath().isEmpty())
         return {.isReady = true, .message = {}};
-    return unavailable(m_models.downloaded().isEmpty()
-                           ? u"Скачайте модель коррекции в настройках (вкладка «Коррекция»)."_s
-                           : u"Выберите модель коррекции в настройках."_s);
+    return unavailable(
+        m_models.downloaded().isEmpty()
+            ? Localization::Text(u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).")
+            : Localization::Text(u"Выберите модель коррекции в настройках."));
 }
 
 CorrectionEngine TextCorrectionService::effectiveEngine() const

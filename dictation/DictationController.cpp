@@ -28,7 +28,7 @@ constexpr auto hintShownKey = "dictationModeModelHintShown"_L1;
 
 QString howToGetAModel()
 {
-    return Localization::text(u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…»."_s);
+    return Localization::text(u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».");
 }
 
 } // namespace
@@ -69,7 +69,7 @@ void DictationController::start()
     if (m_state != State::Idle)
         return;
     if (modelFile().isEmpty()) {
-        presentGuidance(Localization::text(u"Нет модели"_s), howToGetAModel());
+        presentGuidance(Localization::text(u"Нет модели"), howToGetAModel());
         return;
     }
     m_session = std::stop_source();
@@ -93,7 +93,7 @@ QCoro::Task<> DictationController::record(std::stop_token session)
         co_return;
     if (!failure.isEmpty()) {
         end();
-        presentGuidance(Localization::text(u"Не удалось начать запись"_s), failure);
+        presentGuidance(Localization::text(u"Не удалось начать запись"), failure);
         co_return;
     }
     setState(State::Recording);
@@ -154,7 +154,7 @@ QCoro::Task<> DictationController::finish(std::stop_token session)
     const TextInjector::Outcome outcome = co_await m_with.injector.insert(text);
     throwIfCancelled(alive);
     if (outcome == TextInjector::Outcome::LeftOnClipboard)
-        m_with.indicator.notice(Localization::text(u"Текст в буфере обмена — вставьте его: Ctrl+V"_s));
+        m_with.indicator.notice(Localization::text(u"Текст в буфере обмена — вставьте его: Ctrl+V"));
     else if (!problem.isEmpty())
         m_with.indicator.notice(problem);
     // Not before the paste: a dialog would take the focus, and the text with it.
@@ -190,7 +190,7 @@ QCoro::Task<QString> DictationController::processed(QString text, DictationMode 
     const QString reason = m_with.corrector.error();
     setLastError(!reason.isEmpty() ? reason
                                    : Localization::text(u"Языковая модель занята — вставлен "
-                                                        "распознанный текст без обработки."_s));
+                                                        "распознанный текст без обработки."));
     co_return text;
 }
 
@@ -235,9 +235,9 @@ void DictationController::notifyModelNeededOnce()
         return;
     m_with.defaults.set(hintShownKey, true);
     presentGuidance(
-        Localization::text(u"Нужна модель для этого режима"_s),
+        Localization::text(u"Нужна модель для этого режима"),
         Localization::text(u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в "
-                           "Настройки → «Коррекция». Сейчас вставлен распознанный текст без обработки."_s));
+                           "Настройки → «Коррекция». Сейчас вставлен распознанный текст без обработки."));
 }
 
 QString DictationController::modelFile() const

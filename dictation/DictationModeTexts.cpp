@@ -10,11 +10,11 @@ QString title(DictationMode mode)
 {
     switch (mode) {
     case DictationMode::Correct:
-        return Localization::text(u"Исправить"_s);
+        return Localization::text(u"Исправить");
     case DictationMode::Email:
-        return Localization::text(u"Письмо"_s);
+        return Localization::text(u"Письмо");
     case DictationMode::Prompt:
-        return Localization::text(u"Промпт"_s);
+        return Localization::text(u"Промпт");
     }
     Q_UNREACHABLE();
 }
@@ -23,11 +23,11 @@ QString processingStatus(DictationMode mode)
 {
     switch (mode) {
     case DictationMode::Correct:
-        return Localization::text(u"Исправляю…"_s);
+        return Localization::text(u"Исправляю…");
     case DictationMode::Email:
-        return Localization::text(u"Составляю письмо…"_s);
+        return Localization::text(u"Составляю письмо…");
     case DictationMode::Prompt:
-        return Localization::text(u"Выполняю запрос…"_s);
+        return Localization::text(u"Выполняю запрос…");
     }
     Q_UNREACHABLE();
 }
@@ -36,12 +36,12 @@ QString description(DictationMode mode)
 {
     switch (mode) {
     case DictationMode::Correct:
-        return Localization::text(u"Исправить: модель чинит пунктуацию и грамматику надиктованного."_s);
+        return Localization::text(u"Исправить: модель чинит пунктуацию и грамматику надиктованного.");
     case DictationMode::Email:
-        return Localization::text(u"Письмо: модель оформляет надиктованное как готовый email."_s);
+        return Localization::text(u"Письмо: модель оформляет надиктованное как готовый email.");
     case DictationMode::Prompt:
         return Localization::text(
-            u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат."_s);
+            u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.");
     }
     Q_UNREACHABLE();
 }

@@ -1,7 +1,7 @@
 #include "engine/EngineServer.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/OneTimeEvent.h"
 #include "engine/EngineProcessRegistry.h"
 #include "engine/PortReservation.h"
@@ -38,8 +38,8 @@ QCoro::Task<> start(std::shared_ptr<QProcess> process)
         co_return;
     // QCoro cannot wait for the process's own signal, which is private to QProcess.
     const std::shared_ptr<OneTimeEvent> decided = OneTimeEvent::create();
-    QObject::connect(process.get(), &QProcess::stateChanged, decided.get(), &OneTimeEvent::happened);
-    co_await qCoro(decided.get(), &OneTimeEvent::happened);
+    QObject::connect(process.get(), &QProcess::stateChanged, process.get(), [decided] { decided->happen(); });
+    co_await decided->wait();
 }
 
 // Keeps the process object until the process has ended, killed after the grace if it must be.
@@ -99,7 +99,7 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 {
     const std::stop_token alive = lifetime();
     while (const std::shared_ptr<OneTimeEvent> running = m_loading) {
-        co_await qCoro(running.get(), &OneTimeEvent::happened);
+        co_await running->wait();
         throwIfCancelled(alive);
         throwIfCancelled(stop);
     }
@@ -112,8 +112,8 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
             endLoading();
     });
     m_stopping = std::stop_source();
-    const EitherStop byCaller(alive, stop);
-    const EitherStop byAnyone(byCaller.token(), m_stopping.get_token());
+    const AnyStop byCaller(alive, stop);
+    const AnyStop byAnyone(byCaller.token(), m_stopping.get_token());
     co_await performLoad(modelPath, byAnyone.token());
 }
 
@@ -122,7 +122,7 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 void EngineServer::endLoading()
 {
     if (const std::shared_ptr<OneTimeEvent> loaded = std::exchange(m_loading, nullptr))
-        Q_EMIT loaded->happened();
+        loaded->happen();
 }
 
 bool EngineServer::serves(const QString &modelPath) const

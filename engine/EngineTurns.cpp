@@ -29,7 +29,7 @@ struct EngineTurns::Holder
     ~Holder()
     {
         if (const std::shared_ptr<OneTimeEvent> ended = std::exchange(state->ended, nullptr))
-            Q_EMIT ended->happened();
+            ended->happen();
     }
 };
 
@@ -62,9 +62,7 @@ QCoro::Task<EngineTurns::Turn> EngineTurns::wait(std::stop_token stop) const
         if (!state->ended)
             state->ended = OneTimeEvent::create();
         const std::shared_ptr<OneTimeEvent> ended = state->ended;
-        const std::stop_callback wake(stop, [ended] { Q_EMIT ended->happened(); });
-        co_await qCoro(ended.get(), &OneTimeEvent::happened);
-        throwIfCancelled(stop);
+        co_await ended->wait(stop);
     }
 }
 
@@ -75,7 +73,7 @@ bool EngineTurns::isTaken() const
 
 QString EngineTurns::waitText()
 {
-    return Localization::text(u"Дождитесь завершения текущей операции — движок выполняет их по одной"_s);
+    return Localization::text(u"Дождитесь завершения текущей операции — движок выполняет их по одной");
 }
 
 } // namespace orvane

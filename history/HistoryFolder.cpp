@@ -111,8 +111,8 @@ QByteArray fileNameOf(const QUuid &id)
 QString prefixOf(HistoryFolder::FolderError::Kind kind)
 {
     return Localization::text(kind == HistoryFolder::FolderError::Kind::NotSaved
-                                  ? u"Не удалось сохранить запись: "_s
-                                  : u"Не удалось удалить запись: "_s);
+                                  ? Localization::Text(u"Не удалось сохранить запись: ")
+                                  : Localization::Text(u"Не удалось удалить запись: "));
 }
 
 } // namespace

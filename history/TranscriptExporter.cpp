@@ -30,7 +30,7 @@ QString withoutOuterBlanks(QStringView text)
 } // namespace
 
 TranscriptExporter::ExportError::ExportError(const QString &reason)
-    : Error(Localization::text(u"Не удалось сохранить файл: "_s) + reason)
+    : Error(Localization::text(u"Не удалось сохранить файл: ") + reason)
 {}
 
 QString TranscriptExporter::extension(Format format)

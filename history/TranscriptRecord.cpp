@@ -75,7 +75,7 @@ QString rawValue(TranscriptKind kind)
 
 QString title(TranscriptKind kind)
 {
-    return Localization::text(kind == TranscriptKind::File ? u"Файл"_s : u"Совещание"_s);
+    return kind == TranscriptKind::File ? Localization::text(u"Файл") : Localization::text(u"Совещание");
 }
 
 QString rawValue(RecordEvent::Kind kind)

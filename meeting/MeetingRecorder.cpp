@@ -49,7 +49,7 @@ QCoro::Task<> MeetingRecorder::start()
         writer->append(std::move(samples));
     });
     co_await m_source->start();
-    m_awake.emplace(Localization::text(u"Идёт запись совещания"_s));
+    m_awake.emplace(Localization::text(u"Идёт запись совещания"));
     m_syncTimer.start(syncInterval);
     m_spaceTimer.start(spaceInterval);
 }
@@ -92,8 +92,8 @@ QString MeetingRecorder::warning() const
 {
     const qint64 minutes = m_freeBytes / bytesPerMinute;
     if (m_freeBytes >= 0 && minutes < fewMinutes)
-        return Localization::text(u"на диске осталось места на %1 мин"_s).arg(minutes);
-    return m_source->isSilent() ? Localization::text(u"микрофон молчит"_s) : QString();
+        return Localization::text(u"на диске осталось места на %1 мин").arg(minutes);
+    return m_source->isSilent() ? Localization::text(u"микрофон молчит") : QString();
 }
 
 } // namespace orvane

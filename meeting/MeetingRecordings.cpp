@@ -87,7 +87,7 @@ QString MeetingRecordings::notice() const
 
 QString MeetingRecordings::noticeOf(const RecordedMeeting &leftover)
 {
-    return Localization::text(u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?"_s)
+    return Localization::text(u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?")
         .arg(meetingTitle(leftover.startedAt), timecodeOf(leftover.durationMs));
 }
 

@@ -1,7 +1,7 @@
 #include "meeting/MeetingTranscriber.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/localization/Localization.h"
 
 #include <QDeadlineTimer>
@@ -21,7 +21,7 @@ constexpr auto quitInterval = 10ms;
 
 QString recordingStatus(const MeetingRecorder &recorder)
 {
-    const QString status = Localization::text(u"Идёт запись…"_s);
+    const QString status = Localization::text(u"Идёт запись…");
     const QString warning = recorder.warning();
     return warning.isEmpty() ? status : status + u" · "_s + warning;
 }
@@ -29,7 +29,7 @@ QString recordingStatus(const MeetingRecorder &recorder)
 QString transcribingStatus(double elapsed)
 {
     const auto seconds = static_cast<qint64>(elapsed);
-    return Localization::text(u"Расшифровка записи (%1:%2)…"_s)
+    return Localization::text(u"Расшифровка записи (%1:%2)…")
         .arg(seconds / 60)
         .arg(seconds % 60, 2, 10, QChar(u'0'));
 }
@@ -71,32 +71,32 @@ QString MeetingTranscriber::startRefusal() const
     if (phase() == Phase::Transcribing || m_isQuitting)
         return EngineTurns::waitText();
     if (phase() != Phase::Idle)
-        return Localization::text(u"Запись совещания уже идёт."_s);
+        return Localization::text(u"Запись совещания уже идёт.");
     return m_models.resolved(m_settings.selectedModelID())
                ? QString()
-               : Localization::text(u"Модель распознавания недоступна."_s);
+               : Localization::text(u"Модель распознавания недоступна.");
 }
 
 QString MeetingTranscriber::stopRefusal() const
 {
-    return isRunning() ? QString() : Localization::text(u"Запись совещания не идёт."_s);
+    return isRunning() ? QString() : Localization::text(u"Запись совещания не идёт.");
 }
 
 QString MeetingTranscriber::cancelRefusal() const
 {
     if (isTranscribing())
         return {};
-    return isRunning() ? Localization::text(u"Идёт запись: её завершает команда orvane meeting stop."_s)
-                       : Localization::text(u"Расшифровка совещания не идёт."_s);
+    return isRunning() ? Localization::text(u"Идёт запись: её завершает команда orvane meeting stop.")
+                       : Localization::text(u"Расшифровка совещания не идёт.");
 }
 
 QString MeetingTranscriber::leftoverRefusal() const
 {
     if (isRunning())
-        return Localization::text(u"Запись совещания уже идёт."_s);
+        return Localization::text(u"Запись совещания уже идёт.");
     if (phase() != Phase::Idle || m_isQuitting || m_turns.isTaken())
         return EngineTurns::waitText();
-    return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет."_s) : QString();
+    return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет.") : QString();
 }
 
 QCoro::Task<> MeetingTranscriber::start()
@@ -110,14 +110,15 @@ QCoro::Task<> MeetingTranscriber::start()
         throwIfCancelled(alive);
         if (!isAllowed) {
             setError(Localization::text(u"Нет доступа к микрофону. Разрешите его в Системных настройках → "
-                                        "Конфиденциальность → Микрофон."_s));
+                                        "Конфиденциальность → Микрофон."));
             setPhase(Phase::Idle);
             co_return;
         }
     }
     clearResult();
     RecordedMeeting meeting;
-    meeting.modelID = m_models.resolved(m_settings.selectedModelID()).value_or(WhisperModel()).id;
+    if (const std::optional<WhisperModel> model = m_models.resolved(m_settings.selectedModelID()))
+        meeting.modelID = model->id;
     meeting.languageCode = m_settings.language().code;
     meeting.startedAt = QDateTime::currentDateTime();
     m_clock.start();
@@ -141,7 +142,7 @@ QCoro::Task<> MeetingTranscriber::start()
         throwIfCancelled(alive);
     }
     if (!m_isQuitting)
-        setError(Localization::text(u"Не удалось начать запись: "_s) + failure);
+        setError(Localization::text(u"Не удалось начать запись: ") + failure);
     setPhase(Phase::Idle);
 }
 
@@ -184,7 +185,7 @@ void MeetingTranscriber::stop()
     if (!isRunning())
         return;
     const Recorder recorder = takeRecorder();
-    beginTranscribing(Localization::text(u"Подготовка записи…"_s));
+    beginTranscribing(Localization::text(u"Подготовка записи…"));
     spawn(completeAndTranscribe(recorder, m_meeting, m_cancellation.get_token()));
 }
 
@@ -204,7 +205,7 @@ QCoro::Task<> MeetingTranscriber::completeAndTranscribe(Recorder recorder, Recor
     throwIfCancelled(alive);
     const bool isStillShown = !cancelled.stop_requested() || phase() == Phase::Idle;
     if (!isWhole && isStillShown)
-        setError(Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места."_s));
+        setError(Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места."));
     co_await transcribe(meeting, nullptr, cancelled);
 }
 
@@ -212,7 +213,7 @@ QCoro::Task<> MeetingTranscriber::transcribe(RecordedMeeting meeting, EngineTurn
                                              std::stop_token cancelled)
 {
     const std::stop_token alive = m_lifetime.get_token();
-    const EitherStop either(alive, cancelled);
+    const AnyStop either(alive, cancelled);
     std::optional<QList<DisplaySegment>> segments;
     QString failure;
     try {
@@ -258,7 +259,7 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
     m_models.refresh(); // it may have been deleted during the meeting
     const std::optional<WhisperModel> model = m_models.resolved(meeting->modelID);
     if (!model)
-        throw Error(Localization::text(u"Модель распознавания недоступна."_s));
+        throw Error(Localization::text(u"Модель распознавания недоступна."));
     meeting->modelID = model->id; // another one where the chosen one is gone
     setStatus(transcribingStatus(elapsed()));
     using Speakers = TranscriptionService::SpeakerDetection;
@@ -277,9 +278,9 @@ bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<Dis
     if (hasSpeech)
         m_history.add(record);
     setResult(segments, hasSpeech ? record.id : QUuid());
-    setStatus(hasSpeech ? Localization::text(u"Совещание сохранено · "_s) + QString::number(segments.size()) +
-                              Localization::text(u" сегментов · аудио в истории"_s)
-                        : Localization::text(u"Готово · речь не распознана (запись сохранена)"_s));
+    setStatus(hasSpeech ? Localization::text(u"Совещание сохранено · ") + QString::number(segments.size()) +
+                              Localization::text(u" сегментов · аудио в истории")
+                        : Localization::text(u"Готово · речь не распознана (запись сохранена)"));
     setPhase(Phase::Idle);
     return hasSpeech;
 }
@@ -287,7 +288,7 @@ bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<Dis
 void MeetingTranscriber::fail(const RecordedMeeting &meeting, const QString &error)
 {
     setError(error);
-    setStatus(Localization::text(u"Ошибка расшифровки (запись сохранена: "_s) + meeting.audioFileName + u')');
+    setStatus(Localization::text(u"Ошибка расшифровки (запись сохранена: ") + meeting.audioFileName + u')');
     m_recordings.offer(meeting);
     setPhase(Phase::Idle);
 }
@@ -297,7 +298,7 @@ void MeetingTranscriber::cancelTranscription()
     if (!isTranscribing())
         return;
     m_cancellation.request_stop();
-    setStatus(Localization::text(u"Расшифровка отменена · аудиозапись сохранена"_s));
+    setStatus(Localization::text(u"Расшифровка отменена · аудиозапись сохранена"));
     setPhase(Phase::Idle);
 }
 

@@ -58,7 +58,7 @@ TranscriptRecord recordOf(const RecordedMeeting &meeting, const QList<DisplaySeg
 QString meetingTitle(const QDateTime &startedAt)
 {
     const QLocale locale(Localization::isEnglish() ? u"en_US"_s : u"ru_RU"_s);
-    return Localization::text(u"Совещание"_s) + u" · "_s + locale.toString(startedAt, u"d MMMM, HH:mm"_s);
+    return Localization::text(u"Совещание") + u" · "_s + locale.toString(startedAt, u"d MMMM, HH:mm"_s);
 }
 
 } // namespace orvane

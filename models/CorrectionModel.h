@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/localization/Localization.h"
 #include "settings/StoredChoices.h"
 
 #include <QList>
@@ -20,9 +21,9 @@ struct CorrectionModel
     double ramGB = 0;
     /// Family of the model's chat template.
     QString chatFormat;
-    /// How strong the model is, and how well it knows which language: Russian texts with English twins.
-    QString strength;
-    QString languages;
+    /// How strong the model is, and how well it knows which language.
+    Localization::Text strength;
+    Localization::Text languages;
 
     /// The models the user may download, in the order of every list.
     [[nodiscard]] static const QList<CorrectionModel> &catalog();
@@ -33,8 +34,6 @@ struct CorrectionModel
 
     bool operator==(const CorrectionModel &) const = default;
 };
-
-[[nodiscard]] size_t qHash(const CorrectionModel &model, size_t seed = 0);
 
 /// The engine's name as shown, in the interface language.
 [[nodiscard]] QString title(CorrectionEngine engine);

@@ -20,30 +20,30 @@ QString megabytes(qint64 bytes)
 
 DownloadError DownloadError::badStatus(int code)
 {
-    return {Kind::BadStatus, text(u"Сервер вернул код "_s) + QString::number(code) +
-                                 text(u" вместо файла модели (возможно, файл недоступен)."_s)};
+    return {Kind::BadStatus, text(u"Сервер вернул код ") + QString::number(code) +
+                                 text(u" вместо файла модели (возможно, файл недоступен).")};
 }
 
 DownloadError DownloadError::truncated(qint64 received, qint64 expected)
 {
-    return {Kind::Truncated, text(u"Файл скачался не полностью ("_s) + QString::number(received) +
-                                 text(u" из "_s) + QString::number(expected) +
-                                 text(u" байт). Повторите загрузку."_s)};
+    return {Kind::Truncated, text(u"Файл скачался не полностью (") + QString::number(received) +
+                                 text(u" из ") + QString::number(expected) +
+                                 text(u" байт). Повторите загрузку.")};
 }
 
 DownloadError DownloadError::corruptFile()
 {
-    return {Kind::CorruptFile, text(u"Скачанный файл не является корректной моделью. Повторите загрузку."_s)};
+    return {Kind::CorruptFile, text(u"Скачанный файл не является корректной моделью. Повторите загрузку.")};
 }
 
 DownloadError DownloadError::badServerAnswer()
 {
-    return {Kind::BadServerAnswer, text(u"Сервер ответил непонятно: неизвестен размер файла модели."_s)};
+    return {Kind::BadServerAnswer, text(u"Сервер ответил непонятно: неизвестен размер файла модели.")};
 }
 
 DownloadError DownloadError::fileChanged()
 {
-    return {Kind::FileChanged, text(u"Сервер отдаёт не тот файл, что в начале загрузки. Повторите её."_s)};
+    return {Kind::FileChanged, text(u"Сервер отдаёт не тот файл, что в начале загрузки. Повторите её.")};
 }
 
 DownloadError DownloadError::connectionFailed(const QString &reason)
@@ -53,38 +53,38 @@ DownloadError DownloadError::connectionFailed(const QString &reason)
 
 DownloadError DownloadError::notEnoughSpace(qint64 needed, qint64 available)
 {
-    return {Kind::NotEnoughSpace, text(u"Недостаточно места на диске: нужно "_s) + megabytes(needed) +
-                                      text(u" МБ, свободно "_s) + QString::number(available / 1'000'000) +
-                                      text(u" МБ."_s)};
+    return {Kind::NotEnoughSpace, text(u"Недостаточно места на диске: нужно ") + megabytes(needed) +
+                                      text(u" МБ, свободно ") + QString::number(available / 1'000'000) +
+                                      text(u" МБ.")};
 }
 
 DownloadError DownloadError::diskFull()
 {
     return {Kind::NotEnoughSpace,
-            text(u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится."_s)};
+            text(u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится.")};
 }
 
 DownloadError DownloadError::notWritable(const QString &folder)
 {
-    return {Kind::NotWritable, text(u"Не удаётся записать файл в папку "_s) + folder + u'.'};
+    return {Kind::NotWritable, text(u"Не удаётся записать файл в папку ") + folder + u'.'};
 }
 
 DownloadError DownloadError::alreadyRunning()
 {
     return {Kind::AlreadyRunning,
-            text(u"Этот файл уже скачивается другим окном или командой — дождитесь окончания."_s)};
+            text(u"Этот файл уже скачивается другим окном или командой — дождитесь окончания.")};
 }
 
 DownloadError DownloadError::noRepository()
 {
     return {Kind::NoRepository,
-            text(u"Адрес хранилища моделей не задан: укажите его при сборке или в команде."_s)};
+            text(u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.")};
 }
 
 DownloadError DownloadError::badRepository(const QString &address)
 {
     return {Kind::NoRepository,
-            text(u"Адрес хранилища моделей должен начинаться с http:// или https://: "_s) + address};
+            text(u"Адрес хранилища моделей должен начинаться с http:// или https://: ") + address};
 }
 
 } // namespace orvane

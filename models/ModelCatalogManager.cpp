@@ -164,7 +164,7 @@ QCoro::Task<> ModelCatalogManager::publish(QString id)
             failure = error.description();
         }
         if (!failure.isEmpty())
-            setLastError(text(u"Не удалось скачать "_s) + find(id)->displayName + u": "_s + failure);
+            setLastError(text(u"Не удалось скачать ") + find(id)->displayName + u": "_s + failure);
     } while (m_again.remove(id));
 }
 

@@ -22,13 +22,13 @@ constexpr long mostRedirects = 20;
 DownloadError timedOut()
 {
     return DownloadError::connectionFailed(
-        text(u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится."_s));
+        text(u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится."));
 }
 
 DownloadError insecureRedirect()
 {
     return DownloadError::connectionFailed(
-        text(u"Сервер перенаправил загрузку на незащищённый адрес, поэтому она остановлена."_s));
+        text(u"Сервер перенаправил загрузку на незащищённый адрес, поэтому она остановлена."));
 }
 
 /// Why no last answer came.
@@ -38,22 +38,22 @@ DownloadError connectionFailure(CURL *handle, int result)
     curl_easy_getinfo(handle, CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
     if (proxyStatus >= 300 || result == CURLE_COULDNT_RESOLVE_PROXY || result == CURLE_PROXY)
         return DownloadError::connectionFailed(
-            text(u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси."_s));
+            text(u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси."));
     switch (result) {
     case CURLE_COULDNT_RESOLVE_HOST:
         return DownloadError::connectionFailed(
-            text(u"Сервер моделей не найден. Проверьте подключение к интернету."_s));
+            text(u"Сервер моделей не найден. Проверьте подключение к интернету."));
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
         return DownloadError::connectionFailed(
-            text(u"Не удалось установить защищённое соединение с сервером моделей."_s));
+            text(u"Не удалось установить защищённое соединение с сервером моделей."));
     case CURLE_TOO_MANY_REDIRECTS:
-        return DownloadError::connectionFailed(text(u"Сервер перенаправляет загрузку по кругу."_s));
+        return DownloadError::connectionFailed(text(u"Сервер перенаправляет загрузку по кругу."));
     case CURLE_OPERATION_TIMEDOUT:
         return timedOut();
     default:
         return DownloadError::connectionFailed(
-            text(u"Не удалось соединиться с сервером моделей. Повторите загрузку."_s));
+            text(u"Не удалось соединиться с сервером моделей. Повторите загрузку."));
     }
 }
 

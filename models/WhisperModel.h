@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/localization/Localization.h"
+
 #include <QList>
 #include <QString>
 
@@ -12,8 +14,8 @@ struct WhisperModel
     QString displayName;
     QString fileName;
     /// Size of the download and memory needed, as shown: "≈ 142 МБ".
-    QString approxSize;
-    QString approxRAM;
+    Localization::Text approxSize;
+    Localization::Text approxRAM;
     /// False for models that know English only.
     bool multilingual = true;
 

@@ -1,7 +1,7 @@
 #include "processing/RecordProcessor.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
 #include "history/HistoryStore.h"
@@ -16,7 +16,7 @@ TranscriptRecord found(const HistoryStore &history, const QUuid &id)
 {
     if (std::optional<TranscriptRecord> record = history.record(id))
         return *std::move(record);
-    throw Error(Localization::text(u"В истории нет записи "_s) + uuidText(id));
+    throw Error(Localization::text(u"В истории нет записи ") + uuidText(id));
 }
 
 } // namespace
@@ -102,10 +102,10 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
 {
     const QString text = found(m_history, id).text;
     if (text.trimmed().isEmpty())
-        throw Error(Localization::text(u"В записи нет текста."_s));
+        throw Error(Localization::text(u"В записи нет текста."));
     if (m_corrector.isCorrecting()) {
         throw Error(
-            Localization::text(u"Модель занята другим текстом — дождитесь, пока она его обработает."_s));
+            Localization::text(u"Модель занята другим текстом — дождитесь, пока она его обработает."));
     }
     const std::stop_callback cancel(stop, [corrector = &m_corrector] { corrector->cancel(); });
     const Text result = co_await process(&m_corrector, text);
@@ -115,7 +115,7 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
     if (!result)
         throw Error(m_corrector.error());
     if (result->trimmed().isEmpty())
-        throw Error(Localization::text(u"Модель ничего не ответила."_s));
+        throw Error(Localization::text(u"Модель ничего не ответила."));
     co_await requireStill(id, stop);
     store(&m_history, *result);
     co_return *result;
@@ -130,7 +130,7 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     throwIfCancelled(stop);
     if (!audio) {
         throw Error(
-            Localization::text(u"Аудиофайл этой записи не найден, поэтому расшифровать её заново нельзя."_s));
+            Localization::text(u"Аудиофайл этой записи не найден, поэтому расшифровать её заново нельзя."));
     }
     TranscriptionService::Request request;
     request.audioPath = audio->toLocalFile();

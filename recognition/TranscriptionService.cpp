@@ -1,7 +1,7 @@
 #include "recognition/TranscriptionService.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/localization/Localization.h"
 #include "transcript/TranscriptSanitizer.h"
 
@@ -33,7 +33,7 @@ bool isDirectFormat(const QString &path)
 
 QString recognitionStatus()
 {
-    return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)"_s);
+    return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)");
 }
 
 } // namespace
@@ -61,7 +61,7 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
         co_return;
     const std::stop_token alive = m_lifetime.get_token();
     m_cancellation = std::stop_source();
-    const EitherStop either(alive, m_cancellation.get_token());
+    const AnyStop either(alive, m_cancellation.get_token());
     EngineTurns::Turn turn = m_turns.take();
 
     setError({});
@@ -85,10 +85,10 @@ QCoro::Task<> TranscriptionService::transcribe(Request request)
 
     m_estimateTimer.stop();
     if (cancelled || m_cancellation.stop_requested()) {
-        setStatus(Localization::text(u"Отменено"_s));
+        setStatus(Localization::text(u"Отменено"));
     } else if (!failure.isEmpty()) {
         setError(failure);
-        setStatus(Localization::text(u"Ошибка"_s));
+        setStatus(Localization::text(u"Ошибка"));
     }
     turn.reset();                  // who sees that it ended may begin the next
     m_cancellation.request_stop(); // ends what still looks at the file for the estimate
@@ -112,7 +112,7 @@ QCoro::Task<QList<DisplaySegment>> TranscriptionService::transcribeDetached(Requ
         if (!alive.stop_requested())
             setBusy(false);
     });
-    const EitherStop either(alive, stop);
+    const AnyStop either(alive, stop);
     co_return co_await run(request, Audience::Nobody, either.token());
 }
 
@@ -170,7 +170,7 @@ QCoro::Task<QList<RawSegment>> TranscriptionService::recogniseDecoded(Request re
                                                                       std::stop_token stop)
 {
     if (audience == Audience::Published) {
-        setStatus(Localization::text(u"Декодирование аудио…"_s));
+        setStatus(Localization::text(u"Декодирование аудио…"));
         beginProgress();
     }
     auto decode = [decoder = &m_decoder, path = request.audioPath, stop] {
@@ -206,8 +206,8 @@ void TranscriptionService::publish(const Request &request, const QList<DisplaySe
         }
     }
     setProgress(1, 0);
-    setStatus(Localization::text(u"Готово · "_s) + QString::number(segments.size()) +
-              Localization::text(u" сегментов"_s));
+    setStatus(Localization::text(u"Готово · ") + QString::number(segments.size()) +
+              Localization::text(u" сегментов"));
 }
 
 void TranscriptionService::prewarm(const QString &modelPath)
@@ -229,7 +229,7 @@ void TranscriptionService::cancel()
         return;
     m_cancellation.request_stop();
     m_estimateTimer.stop();
-    setStatus(Localization::text(u"Отменено"_s));
+    setStatus(Localization::text(u"Отменено"));
 }
 
 void TranscriptionService::reset()

@@ -1,8 +1,8 @@
 #include "recognition/WhisperServerEngine.h"
 
 #include "audio/WavFileWriter.h"
+#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/EitherStop.h"
 #include "base/files/FileError.h"
 #include "base/files/TemporaryFile.h"
 #include "engine/OneTimeBody.h"
@@ -126,7 +126,7 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
                                                           NonSpeech nonSpeech, std::stop_token stop)
 {
     const std::stop_token alive = lifetime();
-    const EitherStop either(alive, stop);
+    const AnyStop either(alive, stop);
     if (!isRunning())
         throw requestFailed(u"сервер не запущен"_s);
     const InFlight inFlight = beginRequest();
@@ -135,7 +135,7 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
     const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
     const MultipartBody body{
         .boundary = boundary, .fields = formFields(language, nonSpeech), .audioPath = audioPath};
-    const EitherStop needless(either.token(), untilStopped());
+    const AnyStop needless(either.token(), untilStopped());
     const auto writeBody = [body, path = bodyFile->path(), stopped = needless.token()] {
         body.writeTo(path, stopped);
     };

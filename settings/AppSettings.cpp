@@ -141,7 +141,7 @@ void AppSettings::setInterfaceLanguage(const QString &code)
 
 QString AppSettings::dictationTriggerName() const
 {
-    return Localization::text(triggerName(m_dictationTrigger));
+    return triggerName(m_dictationTrigger).toString();
 }
 
 TranscriptionLanguage AppSettings::language() const

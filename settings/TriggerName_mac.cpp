@@ -4,9 +4,9 @@ using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-QString triggerName(const QString &trigger)
+Localization::Text triggerName(const QString &trigger)
 {
-    return trigger == u"ropt"_s ? u"правый ⌥"_s : u"правый ⌘"_s;
+    return trigger == "ropt"_L1 ? Localization::Text(u"правый ⌥") : Localization::Text(u"правый ⌘");
 }
 
 } // namespace orvane

@@ -16,11 +16,11 @@ QString subtitleWhile(DictationMode mode)
 {
     switch (mode) {
     case DictationMode::Correct:
-        return Localization::text(u"Пунктуация и грамматика"_s);
+        return Localization::text(u"Пунктуация и грамматика");
     case DictationMode::Email:
-        return Localization::text(u"Оформляю как письмо"_s);
+        return Localization::text(u"Оформляю как письмо");
     case DictationMode::Prompt:
-        return Localization::text(u"Выполняю как запрос"_s);
+        return Localization::text(u"Выполняю как запрос");
     }
     Q_UNREACHABLE();
 }
@@ -98,12 +98,12 @@ QString DictationHUDModel::title() const
     case DictationState::Starting:
         return u"Orvane"_s;
     case DictationState::Recording:
-        return Localization::text(u"Слушаю…"_s);
+        return Localization::text(u"Слушаю…");
     case DictationState::Transcribing:
-        return Localization::text(u"Распознаю…"_s);
+        return Localization::text(u"Распознаю…");
     case DictationState::Correcting:
         return m_processing ? DictationModeTexts::processingStatus(*m_processing)
-                            : Localization::text(u"Обрабатываю…"_s);
+                            : Localization::text(u"Обрабатываю…");
     }
     Q_UNREACHABLE();
 }
@@ -111,20 +111,20 @@ QString DictationHUDModel::title() const
 QString DictationHUDModel::subtitle() const
 {
     if (subtitleIsWarning())
-        return Localization::text(u"Нет звука с микрофона — проверьте его"_s);
+        return Localization::text(u"Нет звука с микрофона — проверьте его");
     switch (m_state) {
     case DictationState::Idle:
     case DictationState::Starting:
-        return Localization::text(u"Готов"_s);
+        return Localization::text(u"Готов");
     case DictationState::Recording:
-        return Localization::text(u"Дважды"_s) + u' ' + m_settings.dictationTriggerName() + u" — "_s +
-               Localization::text(u"готово · Esc — отмена"_s);
+        return Localization::text(u"Дважды") + u' ' + m_settings.dictationTriggerName() + u" — "_s +
+               Localization::text(u"готово · Esc — отмена");
     case DictationState::Correcting:
         if (m_processing)
             return subtitleWhile(*m_processing);
         [[fallthrough]];
     case DictationState::Transcribing:
-        return Localization::text(u"Подождите немного"_s);
+        return Localization::text(u"Подождите немного");
     }
     Q_UNREACHABLE();
 }

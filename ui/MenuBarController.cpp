@@ -115,7 +115,7 @@ void MenuBarController::setKeyIsTaken(bool taken)
 void MenuBarController::announce()
 {
     m_icon.showMessage(BuildInfo::editionName,
-                       Localization::text(u"Orvane уже работает: его значок — в области уведомлений."_s),
+                       Localization::text(u"Orvane уже работает: его значок — в области уведомлений."),
                        m_icon.icon());
 }
 
@@ -136,11 +136,11 @@ QString MenuBarController::statusLine() const
             return dictation.lastError();
         [[fallthrough]];
     case State::Starting:
-        return Localization::text(u"Готов"_s);
+        return Localization::text(u"Готов");
     case State::Recording:
-        return Localization::text(u"Слушаю…"_s);
+        return Localization::text(u"Слушаю…");
     case State::Transcribing:
-        return Localization::text(u"Распознаю…"_s);
+        return Localization::text(u"Распознаю…");
     case State::Correcting:
         return DictationModeTexts::processingStatus(
             dictation.processingMode().value_or(DictationMode::Correct));
@@ -168,7 +168,7 @@ void MenuBarController::rebuild()
     m_menu.addSeparator();
     addUpdates();
     QAction *quit =
-        m_menu.addAction(Localization::text(u"Завершить Orvane"_s), this, &MenuBarController::quitRequested);
+        m_menu.addAction(Localization::text(u"Завершить Orvane"), this, &MenuBarController::quitRequested);
     quit->setShortcut(QKeySequence(u"Ctrl+Q"_s));
 }
 
@@ -177,18 +177,17 @@ void MenuBarController::addDictation()
     DictationController &dictation = m_services.dictation;
     switch (dictation.state()) {
     case State::Idle:
-        m_menu.addAction(Localization::text(u"Начать диктовку"_s), &dictation, &DictationController::start);
+        m_menu.addAction(Localization::text(u"Начать диктовку"), &dictation, &DictationController::start);
         break;
     case State::Starting:
-        addLine(m_menu, Localization::text(u"Начать диктовку"_s));
+        addLine(m_menu, Localization::text(u"Начать диктовку"));
         break;
     case State::Recording:
-        m_menu.addAction(Localization::text(u"Завершить диктовку"_s), &dictation, &DictationController::stop);
+        m_menu.addAction(Localization::text(u"Завершить диктовку"), &dictation, &DictationController::stop);
         [[fallthrough]];
     case State::Transcribing:
     case State::Correcting:
-        m_menu.addAction(Localization::text(u"Отменить диктовку"_s), &dictation,
-                         &DictationController::cancel);
+        m_menu.addAction(Localization::text(u"Отменить диктовку"), &dictation, &DictationController::cancel);
         break;
     }
 }
@@ -197,14 +196,14 @@ void MenuBarController::addMeeting()
 {
     MeetingTranscriber &meeting = m_services.meeting;
     if (meeting.isRunning()) {
-        m_menu.addAction(Localization::text(u"Завершить запись совещания"_s), &meeting,
+        m_menu.addAction(Localization::text(u"Завершить запись совещания"), &meeting,
                          &MeetingTranscriber::stop);
     } else if (meeting.isTranscribing()) {
         m_menu.addAction(
-            Localization::text(u"Прервать расшифровку — аудиозапись совещания останется на диске"_s),
-            &meeting, &MeetingTranscriber::cancelTranscription);
+            Localization::text(u"Прервать расшифровку — аудиозапись совещания останется на диске"), &meeting,
+            &MeetingTranscriber::cancelTranscription);
     } else {
-        QAction *start = m_menu.addAction(Localization::text(u"Начать запись совещания"_s), &meeting,
+        QAction *start = m_menu.addAction(Localization::text(u"Начать запись совещания"), &meeting,
                                           [&meeting] { spawn(meeting.start()); });
         start->setEnabled(meeting.canStart());
     }
@@ -213,23 +212,23 @@ void MenuBarController::addMeeting()
 void MenuBarController::addKeyCapture()
 {
     if (!m_services.dictation.hotkeyActive()) {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ нет доступа"_s));
-        m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"_s), this,
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ нет доступа"));
+        m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"), this,
                          &MenuBarController::keyCaptureHelpRequested);
     } else if (m_keyIsTaken) {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"_s));
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"));
     } else {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ✅ активен"_s));
+        addLine(m_menu, Localization::text(u"Перехват клавиш: ✅ активен"));
     }
 }
 
 void MenuBarController::addModels()
 {
-    ChoiceMenu choice(m_menu, Localization::text(u"Модель распознавания"_s));
+    ChoiceMenu choice(m_menu, Localization::text(u"Модель распознавания"));
     AppSettings &settings = m_services.settings;
     const auto resolved = m_services.models.resolved(settings.selectedModelID());
     if (!resolved) {
-        addLine(choice.menu(), Localization::text(u"Нет скачанных моделей"_s));
+        addLine(choice.menu(), Localization::text(u"Нет скачанных моделей"));
         return;
     }
     for (const WhisperModel &model : m_services.models.downloadedModels()) {
@@ -240,29 +239,29 @@ void MenuBarController::addModels()
 
 void MenuBarController::addTriggers()
 {
-    ChoiceMenu choice(m_menu, Localization::text(u"Клавиша диктовки"_s));
+    ChoiceMenu choice(m_menu, Localization::text(u"Клавиша диктовки"));
     AppSettings &settings = m_services.settings;
     const bool isOption = settings.dictationTrigger() == "ropt"_L1;
-    choice.add(Localization::text(triggerName(u"rcmd"_s)), !isOption,
+    choice.add(triggerName(u"rcmd"_s).toString(), !isOption,
                [&settings] { settings.setDictationTrigger(u"rcmd"_s); });
-    choice.add(Localization::text(triggerName(u"ropt"_s)), isOption,
+    choice.add(triggerName(u"ropt"_s).toString(), isOption,
                [&settings] { settings.setDictationTrigger(u"ropt"_s); });
 }
 
 void MenuBarController::addLanguages()
 {
-    ChoiceMenu choice(m_menu, Localization::text(u"Язык распознавания"_s));
+    ChoiceMenu choice(m_menu, Localization::text(u"Язык распознавания"));
     AppSettings &settings = m_services.settings;
     const QString chosen = settings.language().code;
     for (const TranscriptionLanguage &language : TranscriptionLanguage::all()) {
-        choice.add(Localization::text(language.name), language.code == chosen,
+        choice.add(language.displayName(), language.code == chosen,
                    [&settings, code = language.code] { settings.setLanguageCode(code); });
     }
 }
 
 void MenuBarController::addModes()
 {
-    ChoiceMenu choice(m_menu, Localization::text(u"Режим диктовки"_s));
+    ChoiceMenu choice(m_menu, Localization::text(u"Режим диктовки"));
     AppSettings &settings = m_services.settings;
     for (const DictationMode mode : dictationModes) {
         choice.add(DictationModeTexts::title(mode), mode == settings.dictationMode(),
@@ -274,11 +273,11 @@ void MenuBarController::addUpdates()
 {
     UpdateChecker &updates = m_services.updates;
     if (const auto release = updates.available()) {
-        m_menu.addAction(Localization::text(u"Доступна версия "_s) + asShown(release->version) + u"…"_s, this,
+        m_menu.addAction(Localization::text(u"Доступна версия ") + asShown(release->version) + u"…"_s, this,
                          [&updates, release = *release] { spawn(updates.offerDownload(release)); });
         return;
     }
-    QAction *check = m_menu.addAction(Localization::text(u"Проверить обновления…"_s), this,
+    QAction *check = m_menu.addAction(Localization::text(u"Проверить обновления…"), this,
                                       [&updates] { spawn(updates.check(UpdateChecker::Mode::Interactive)); });
     check->setEnabled(!updates.checking() && !updates.downloading());
 }

@@ -77,7 +77,7 @@ QCoro::Task<> UpdateChecker::check(Mode mode)
     }
     if (m_options.endpoint.isEmpty()) {
         if (mode == Mode::Interactive)
-            noticeFailedCheck(text(u"В этой сборке не задан адрес сервера обновлений."_s));
+            noticeFailedCheck(text(u"В этой сборке не задан адрес сервера обновлений."));
         co_return;
     }
 
@@ -117,7 +117,7 @@ void UpdateChecker::conclude(const std::optional<Release> &published)
     const bool interactive = m_mode == Mode::Interactive;
     if (!published) {
         if (interactive)
-            noticeFailedCheck(text(u"Проверьте подключение к интернету и повторите."_s));
+            noticeFailedCheck(text(u"Проверьте подключение к интернету и повторите."));
         return;
     }
     if (isNewer(published->version, m_options.installedVersion)) {
@@ -127,8 +127,8 @@ void UpdateChecker::conclude(const std::optional<Release> &published)
     }
     setAvailable(std::nullopt); // what was offered before has been withdrawn
     if (interactive)
-        m_presenter.notice(text(u"У вас последняя версия"_s),
-                           text(u"Установлена версия"_s) + u' ' + m_options.installedVersion + u'.');
+        m_presenter.notice(text(u"У вас последняя версия"),
+                           text(u"Установлена версия") + u' ' + m_options.installedVersion + u'.');
 }
 
 void UpdateChecker::tellAbout(const Release &release)
@@ -143,7 +143,7 @@ void UpdateChecker::tellAbout(const Release &release)
 
 void UpdateChecker::noticeFailedCheck(const QString &text)
 {
-    m_presenter.notice(Localization::text(u"Не удалось проверить обновления"_s), text);
+    m_presenter.notice(Localization::text(u"Не удалось проверить обновления"), text);
 }
 
 QCoro::Task<> UpdateChecker::offerDownload(Release release)
@@ -153,12 +153,12 @@ QCoro::Task<> UpdateChecker::offerDownload(Release release)
     m_offer = std::stop_source();
 
     const UpdatePresenter::Offer offer{
-        .title = text(u"Доступно обновление"_s) + u' ' + release.version,
-        .text = text(u"Установлена версия"_s) + u' ' + m_options.installedVersion + u".\n\n"_s +
+        .title = text(u"Доступно обновление") + u' ' + release.version,
+        .text = text(u"Установлена версия") + u' ' + m_options.installedVersion + u".\n\n"_s +
                 text(u"Нажмите «Скачать» — образ с новой версией скачается и откроется, останется "
-                     u"перетащить приложение в «Программы»."_s),
-        .downloadButton = text(u"Скачать"_s),
-        .laterButton = text(u"Позже"_s)};
+                     u"перетащить приложение в «Программы»."),
+        .downloadButton = text(u"Скачать"),
+        .laterButton = text(u"Позже")};
     const UpdatePresenter::Choice choice = co_await m_presenter.offer(offer, m_offer.get_token());
     throwIfCancelled(lifetime);
     if (choice == UpdatePresenter::Choice::Download)
@@ -172,7 +172,7 @@ QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
     const std::stop_token stop = m_lifetime.get_token();
     setDownloading(true);
     setDownloadProgress(0);
-    m_presenter.showProgress(text(u"Скачиваю обновление"_s), text(u"Скачиваю обновление…"_s));
+    m_presenter.showProgress(text(u"Скачиваю обновление"), text(u"Скачиваю обновление…"));
 
     // Looked at from here a few times a second, however often the network tells it.
     const auto progress = std::make_shared<std::atomic<double>>(0);
@@ -199,7 +199,7 @@ QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
     m_presenter.hideProgress();
     setDownloading(false);
     if (!failure.isEmpty())
-        m_presenter.notice(text(u"Не удалось скачать обновление"_s), failure);
+        m_presenter.notice(text(u"Не удалось скачать обновление"), failure);
     else
         open(file);
 }
@@ -207,8 +207,8 @@ QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
 void UpdateChecker::open(const QString &file)
 {
     if (!m_open(file))
-        m_presenter.notice(text(u"Не удалось открыть обновление"_s),
-                           text(u"Откройте скачанный файл сами: "_s) + file);
+        m_presenter.notice(text(u"Не удалось открыть обновление"),
+                           text(u"Откройте скачанный файл сами: ") + file);
 }
 
 bool UpdateChecker::isNewer(const QString &version, const QString &than)

@@ -10,39 +10,38 @@ using Localization::text;
 
 UpdateError UpdateError::serverNotFound()
 {
-    return {Kind::ServerNotFound, text(u"Сервер обновлений не найден. Проверьте подключение к интернету."_s)};
+    return {Kind::ServerNotFound, text(u"Сервер обновлений не найден. Проверьте подключение к интернету.")};
 }
 
 UpdateError UpdateError::notSecure()
 {
-    return {Kind::NotSecure, text(u"Не удалось установить защищённое соединение с сервером обновлений."_s)};
+    return {Kind::NotSecure, text(u"Не удалось установить защищённое соединение с сервером обновлений.")};
 }
 
 UpdateError UpdateError::noAnswer()
 {
-    return {Kind::NoAnswer, text(u"Сервер обновлений не отвечает. Повторите позже."_s)};
+    return {Kind::NoAnswer, text(u"Сервер обновлений не отвечает. Повторите позже.")};
 }
 
 UpdateError UpdateError::connectionBroke()
 {
-    return {Kind::ConnectionBroke,
-            text(u"Соединение с сервером обновлений прервалось. Повторите загрузку."_s)};
+    return {Kind::ConnectionBroke, text(u"Соединение с сервером обновлений прервалось. Повторите загрузку.")};
 }
 
 UpdateError UpdateError::badStatus(int status)
 {
-    return {Kind::BadStatus, text(u"Сервер вернул код "_s) + QString::number(status) + u'.'};
+    return {Kind::BadStatus, text(u"Сервер вернул код ") + QString::number(status) + u'.'};
 }
 
 UpdateError UpdateError::tooLarge()
 {
-    return {Kind::TooLarge, text(u"Ответ сервера обновлений слишком велик."_s)};
+    return {Kind::TooLarge, text(u"Ответ сервера обновлений слишком велик.")};
 }
 
 UpdateError UpdateError::notWritable(const QString &folder)
 {
     return {Kind::NotWritable,
-            text(u"Не удалось записать файл. Проверьте, есть ли место и доступ к папке "_s) + folder + u'.'};
+            text(u"Не удалось записать файл. Проверьте, есть ли место и доступ к папке ") + folder + u'.'};
 }
 
 } // namespace orvane

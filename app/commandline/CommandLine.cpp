@@ -49,13 +49,13 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
         return;
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
-        throw usageError(Localization::text(u"Неизвестный параметр: "_s), asTyped(unknown.first()));
+        throw usageError(Localization::text(u"Неизвестный параметр: "), asTyped(unknown.first()));
     for (const QString &name : {speakersOption, noHistoryOption}) {
         const QString flag = asTyped(name);
         if (!arguments.filter(flag + u'=').isEmpty())
-            throw usageError(Localization::text(u"Параметр не принимает значения: "_s), flag);
+            throw usageError(Localization::text(u"Параметр не принимает значения: "), flag);
     }
-    throw usageError(Localization::text(u"Параметру нужно значение: "_s), arguments.last());
+    throw usageError(Localization::text(u"Параметру нужно значение: "), arguments.last());
 }
 
 template <typename Action>
@@ -74,7 +74,7 @@ OutputFormat formatOf(const QCommandLineParser &parser)
     const QString name = parser.value(formatOption);
     if (const std::optional<OutputFormat> format = outputFormat(name))
         return *format;
-    throw usageError(Localization::text(u"Неизвестный формат (есть txt, md, srt и json): "_s), name);
+    throw usageError(Localization::text(u"Неизвестный формат (есть txt, md, srt и json): "), name);
 }
 
 /// The option's value; none when it is not there.
@@ -84,7 +84,7 @@ std::optional<QString> valueOf(const QString &option, const QCommandLineParser &
         return std::nullopt;
     QString value = parser.value(option);
     if (value.isEmpty())
-        throw usageError(Localization::text(u"Параметру нужно значение: "_s), asTyped(option));
+        throw usageError(Localization::text(u"Параметру нужно значение: "), asTyped(option));
     return value;
 }
 
@@ -98,14 +98,14 @@ QString recordIn(const QStringList &words)
     // An empty name, such as an unset variable gives, would be short for every record.
     if (words.value(0).isEmpty())
         throw UsageError(
-            Localization::text(u"Укажите запись: её обозначение показывает orvane history list."_s));
+            Localization::text(u"Укажите запись: её обозначение показывает orvane history list."));
     return words.first();
 }
 
 void refuseMoreThan(qsizetype expected, const QStringList &words)
 {
     if (words.size() > expected)
-        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[expected]);
+        throw usageError(Localization::text(u"Лишнее слово в команде: "), words[expected]);
 }
 
 QString languageOf(const QCommandLineParser &parser)
@@ -118,7 +118,7 @@ QString languageOf(const QCommandLineParser &parser)
     QStringList codes;
     for (const TranscriptionLanguage &language : languages)
         codes.append(language.code);
-    throw usageError(Localization::text(u"Неизвестный язык (есть %1): "_s).arg(codes.join(u", "_s)), code);
+    throw usageError(Localization::text(u"Неизвестный язык (есть %1): ").arg(codes.join(u", "_s)), code);
 }
 
 Command parseTranscribe(const QStringList &arguments)
@@ -129,7 +129,7 @@ Command parseTranscribe(const QStringList &arguments)
                        QCommandLineOption(noHistoryOption)});
     parseInto(parser, arguments);
     if (parser.positionalArguments().isEmpty())
-        throw UsageError(Localization::text(u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…"_s));
+        throw UsageError(Localization::text(u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…"));
 
     TranscribeCommand::Options options;
     options.files = parser.positionalArguments();
@@ -159,17 +159,17 @@ Command parseHistory(const QStringList &arguments)
     const QStringList words = parser.positionalArguments();
     HistoryCommand::Options options;
     options.action = actionNamed(words.value(0, u"list"_s), actions,
-                                 Localization::text(u"Неизвестное действие с историей: "_s));
+                                 Localization::text(u"Неизвестное действие с историей: "));
     options.title = words.value(2).trimmed();
     options.format = formatOf(parser);
     options.output = outputOf(parser);
 
     if (options.action != Action::Export && (parser.isSet(formatOption) || parser.isSet(outputOption)))
-        throw UsageError(Localization::text(u"--format и --output есть только у history export."_s));
+        throw UsageError(Localization::text(u"--format и --output есть только у history export."));
     if (options.action != Action::List)
         options.id = recordIn(words.mid(1));
     if (options.action == Action::Rename && options.title.isEmpty())
-        throw UsageError(Localization::text(u"Укажите новое название записи."_s));
+        throw UsageError(Localization::text(u"Укажите новое название записи."));
     refuseMoreThan(options.action == Action::List ? 1 : options.action == Action::Rename ? 3 : 2, words);
     return options;
 }
@@ -211,7 +211,7 @@ Command parseText(TextCommand::Action action, const QStringList &arguments)
     if (action == TextCommand::Action::Ask) {
         options.question = words.value(0).trimmed();
         if (options.question.isEmpty())
-            throw UsageError(Localization::text(u"Задайте вопрос: orvane ask ВОПРОС [ФАЙЛ]"_s));
+            throw UsageError(Localization::text(u"Задайте вопрос: orvane ask ВОПРОС [ФАЙЛ]"));
         words.removeFirst();
     }
     options.record = valueOf(recordOption, parser).value_or(QString());
@@ -236,12 +236,12 @@ Command parseModels(const QStringList &arguments)
     const QStringList words = parser.positionalArguments();
     ModelsCommand::Options options;
     options.action = actionNamed(words.value(0, u"list"_s), actions,
-                                 Localization::text(u"Неизвестное действие с моделями: "_s));
+                                 Localization::text(u"Неизвестное действие с моделями: "));
     options.ids = words.mid(1);
     options.repository = parser.value(repositoryOption);
     const bool needsModel = options.action == Action::Download || options.action == Action::Delete;
     if (needsModel && options.ids.isEmpty())
-        throw UsageError(Localization::text(u"Укажите модель: их названия показывает orvane models list."_s));
+        throw UsageError(Localization::text(u"Укажите модель: их названия показывает orvane models list."));
     if (options.action == Action::List)
         refuseMoreThan(1, words);
     return options;
@@ -263,10 +263,10 @@ std::optional<ControlCommand::Options> parseControl(const QStringList &words)
         return std::nullopt;
     const qsizetype verb = isMeeting ? 1 : 0;
     if (words.size() > verb + 1)
-        throw usageError(Localization::text(u"Лишнее слово в команде: "_s), words[verb + 1]);
+        throw usageError(Localization::text(u"Лишнее слово в команде: "), words[verb + 1]);
     return ControlCommand::Options{actionNamed(words.value(verb, u"status"_s),
                                                isMeeting ? meeting : dictation,
-                                               Localization::text(u"Неизвестное действие с совещанием: "_s))};
+                                               Localization::text(u"Неизвестное действие с совещанием: "))};
 }
 
 } // namespace
@@ -296,7 +296,7 @@ Command parse(const QStringList &arguments)
         return parseModels(rest);
     if (const auto control = parseControl(arguments))
         return *control;
-    throw usageError(Localization::text(u"Неизвестная команда: "_s), name);
+    throw usageError(Localization::text(u"Неизвестная команда: "), name);
 }
 
 } // namespace orvane::CommandLine

@@ -38,7 +38,7 @@ int ControlCommand::run(const Options &options)
     if (answer.type() == QDBusMessage::ErrorMessage) {
         throw Error(answer.errorName() == ControlInterface::refusal
                         ? answer.errorMessage()
-                        : Localization::text(u"Orvane не отвечает: запустите его командой orvane."_s));
+                        : Localization::text(u"Orvane не отвечает: запустите его командой orvane."));
     }
     if (const QString text = answer.arguments().value(0).toString(); !text.isEmpty())
         Output::write(text.toUtf8() + '\n');

@@ -14,12 +14,12 @@ TranscriptRecord recordNamed(const HistoryStore &history, const QString &id)
         if (!uuidText(record.id).startsWith(id, Qt::CaseInsensitive))
             continue;
         if (found && found->id != record.id)
-            throw Error(Localization::text(u"Под это обозначение подходит несколько записей: "_s) + id);
+            throw Error(Localization::text(u"Под это обозначение подходит несколько записей: ") + id);
         if (!found)
             found = &record;
     }
     if (!found)
-        throw Error(Localization::text(u"В истории нет записи "_s) + id);
+        throw Error(Localization::text(u"В истории нет записи ") + id);
     return *found;
 }
 

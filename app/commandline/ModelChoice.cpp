@@ -18,8 +18,8 @@ ModelFile named(const ModelCatalogManager &models, const QString &name)
         return {.id = name, .path = models.localURL(name)};
     if (QFileInfo(name).isFile())
         return ModelFile::atPath(name);
-    throw Error((models.localURL(name).isEmpty() ? Localization::text(u"Нет такой модели: "_s)
-                                                 : Localization::text(u"Эта модель не скачана: "_s)) +
+    throw Error((models.localURL(name).isEmpty() ? Localization::text(u"Нет такой модели: ")
+                                                 : Localization::text(u"Эта модель не скачана: ")) +
                 name);
 }
 
@@ -32,10 +32,9 @@ ModelFile recognitionModel(AppServices &services, const QString &name)
         return named(models, name);
     if (const auto chosen = models.resolved(services.settings().selectedModelID()))
         return {.id = chosen->id, .path = models.localURL(*chosen)};
-    throw Error(
-        Localization::text(
-            u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в папку "_s) +
-        models.modelsDirectory());
+    throw Error(Localization::text(u"Не скачано ни одной модели распознавания. Скачайте её: orvane models "
+                                   u"download base, или положите в папку ") +
+                models.modelsDirectory());
 }
 
 QString languageModelPath(AppServices &services, const QString &name)
@@ -46,7 +45,7 @@ QString languageModelPath(AppServices &services, const QString &name)
     // The engine would only say that it ended.
     QFile file(model.path);
     if (!file.open(QIODevice::ReadOnly) || file.read(4) != "GGUF")
-        throw Error(Localization::text(u"Это не языковая модель в формате GGUF: "_s) + name);
+        throw Error(Localization::text(u"Это не языковая модель в формате GGUF: ") + name);
     return model.path;
 }
 

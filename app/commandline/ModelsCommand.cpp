@@ -39,7 +39,7 @@ QString row(bool isThere, const QString &id, const QString &name, const QString 
 
 QString shownGigabytes(double gigabytes)
 {
-    return u"≈ %1 "_s.arg(gigabytes, 0, 'f', 1) + text(u"ГБ"_s);
+    return u"≈ %1 "_s.arg(gigabytes, 0, 'f', 1) + text(u"ГБ");
 }
 
 } // namespace
@@ -74,22 +74,22 @@ QCoro::Task<int> ModelsCommand::run()
 
 void ModelsCommand::list() const
 {
-    QString lines = text(u"Распознавание речи"_s) + u'\n';
+    QString lines = text(u"Распознавание речи") + u'\n';
     for (const WhisperModel &model : WhisperModel::catalog()) {
         QStringList notes;
         if (!model.multilingual)
-            notes.append(text(u"только английский"_s));
+            notes.append(text(u"только английский"));
         lines += row(m_recognition.downloaded().contains(model.id), model.id, model.displayName,
                      text(model.approxSize), text(model.approxRAM), notes);
     }
 
     const double memoryGB = DeviceSources::ofThisMachine().memory() / bytesPerGigabyte;
     const QString recommended = CorrectionModel::recommendedID(memoryGB, CorrectionModel::Processor::Other);
-    lines += u'\n' + text(u"Обработка текста"_s) + u'\n';
+    lines += u'\n' + text(u"Обработка текста") + u'\n';
     for (const CorrectionModel &model : CorrectionModel::catalog()) {
         QStringList notes = {text(model.strength), text(model.languages)};
         if (model.id == recommended)
-            notes.prepend(text(u"Рекомендуем"_s));
+            notes.prepend(text(u"Рекомендуем"));
         lines += row(m_correction.downloaded().contains(model.id), model.id, model.displayName,
                      shownGigabytes(model.sizeGB), shownGigabytes(model.ramGB), notes);
     }
@@ -122,7 +122,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
 {
     ModelCatalogManager &manager = managerOf(id);
     if (manager.downloaded().contains(id)) {
-        Output::complain(id + u": "_s + text(u"уже скачана"_s));
+        Output::complain(id + u": "_s + text(u"уже скачана"));
         co_return true;
     }
     const auto rate = std::make_shared<TransferRate>();
@@ -132,7 +132,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
         rate->update(size * fraction);
         const QString stage =
             u"%1 % · %2 "_s.arg(100 * fraction, 0, 'f', 1).arg(rate->bytesPerSecond() / 1e6, 0, 'f', 1) +
-            text(u"МБ/с"_s);
+            text(u"МБ/с");
         return ProgressLine::State{.stage = stage, .remainingMs = rate->remainingMs(size * (1 - fraction))};
     };
     try {
@@ -141,7 +141,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
     } catch (const Cancelled &) {
         co_return false;
     } catch (const Error &error) {
-        Output::complain(text(u"Не удалось скачать "_s) + id + u": "_s + error.description());
+        Output::complain(text(u"Не удалось скачать ") + id + u": "_s + error.description());
         co_return false;
     }
     Output::write((manager.localURL(id) + u'\n').toUtf8());
@@ -153,13 +153,13 @@ QCoro::Task<int> ModelsCommand::remove()
     for (const QString &id : m_options.ids) {
         const ModelCatalogManager &manager = managerOf(id);
         if (!manager.downloaded().contains(id) && !manager.isPartlyDownloaded(id))
-            throw Error(text(u"Эта модель не скачана: "_s) + id);
+            throw Error(text(u"Эта модель не скачана: ") + id);
     }
     for (const QString &id : m_options.ids) {
         ModelCatalogManager &manager = managerOf(id);
         co_await manager.deleteFile(id);
         if (QFileInfo::exists(manager.localURL(id)) || manager.isPartlyDownloaded(id))
-            throw Error(text(u"Не удалось удалить модель: "_s) + id);
+            throw Error(text(u"Не удалось удалить модель: ") + id);
     }
     co_return ExitStatus::success;
 }
@@ -170,7 +170,7 @@ ModelCatalogManager &ModelsCommand::managerOf(const QString &id) const
         return m_recognition;
     if (!m_correction.localURL(id).isEmpty())
         return m_correction;
-    throw Error(text(u"Нет такой модели: "_s) + id);
+    throw Error(text(u"Нет такой модели: ") + id);
 }
 
 } // namespace orvane

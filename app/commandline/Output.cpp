@@ -55,7 +55,7 @@ void write(const QByteArray &bytes)
     const size_t written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
     if (written == size_t(bytes.size()) && std::fflush(stdout) == 0)
         return;
-    throw Error(Localization::text(u"Не удалось записать результат: "_s) + qt_error_string(errno));
+    throw Error(Localization::text(u"Не удалось записать результат: ") + qt_error_string(errno));
 }
 
 void write(const QByteArray &bytes, const QString &destination)
@@ -68,7 +68,7 @@ void write(const QByteArray &bytes, const QString &destination)
     const bool isDevice = present.exists() && !present.isFile();
     const QString failure = isDevice ? writeInPlace(bytes, destination) : replaceFile(bytes, destination);
     if (!failure.isEmpty())
-        throw Error(Localization::text(u"Не удалось записать файл"_s) +
+        throw Error(Localization::text(u"Не удалось записать файл") +
                     u" «%1»: %2"_s.arg(destination, failure));
 }
 
@@ -82,7 +82,7 @@ void requireWritable(const QString &destination)
         return; // written to where it is: its folder may belong to another user
     const QFileInfo folder(present.isDir() ? destination : present.absolutePath());
     if (!folder.isDir() || !folder.isWritable())
-        throw Error(Localization::text(u"В эту папку нельзя записать результат: "_s) + folder.filePath());
+        throw Error(Localization::text(u"В эту папку нельзя записать результат: ") + folder.filePath());
 }
 
 void complain(const QString &sentence)

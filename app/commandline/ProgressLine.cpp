@@ -57,7 +57,7 @@ void ProgressLine::paint()
     const State state = m_state();
     QString line = u"%1 · %2 · %3"_s.arg(timecodeOf(m_elapsed.elapsed()), m_title, state.stage);
     if (state.remainingMs >= 0)
-        line += u" · "_s + Localization::text(u"осталось ≈ "_s) + timecodeOf(state.remainingMs);
+        line += u" · "_s + Localization::text(u"осталось ≈ ") + timecodeOf(state.remainingMs);
     const qsizetype columns = std::max<qsizetype>(terminalColumns() - 1, 1); // a full last column would wrap
     if (line.size() > columns)
         line = line.first(columns - 1) + u'…';

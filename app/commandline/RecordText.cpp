@@ -17,13 +17,13 @@ QString name(RecordEvent::Kind kind)
 {
     switch (kind) {
     case RecordEvent::Kind::Transcription:
-        return Localization::text(u"Расшифровка"_s);
+        return Localization::text(u"Расшифровка");
     case RecordEvent::Kind::Correction:
-        return Localization::text(u"Исправление текста"_s);
+        return Localization::text(u"Исправление текста");
     case RecordEvent::Kind::Summary:
-        return Localization::text(u"Протокол"_s);
+        return Localization::text(u"Протокол");
     case RecordEvent::Kind::Prompt:
-        return Localization::text(u"Вопрос"_s);
+        return Localization::text(u"Вопрос");
     }
     Q_UNREACHABLE();
 }
@@ -73,13 +73,13 @@ QString readable(const TranscriptRecord &record)
         text += *record.sourceFilePath + u'\n';
     text += u'\n' + transcript(record);
     if (record.corrected)
-        text += section(Localization::text(u"Исправленный текст"_s), *record.corrected);
+        text += section(Localization::text(u"Исправленный текст"), *record.corrected);
     if (record.summary)
-        text += section(Localization::text(u"Протокол"_s), *record.summary);
+        text += section(Localization::text(u"Протокол"), *record.summary);
     const QList<RecordEvent> events = record.events.value_or(QList<RecordEvent>());
     text += questions(events);
     if (events.size() > 1)
-        text += section(Localization::text(u"Что сделано"_s), log(events));
+        text += section(Localization::text(u"Что сделано"), log(events));
     return text;
 }
 

@@ -49,7 +49,7 @@ QCoro::Task<int> RetranscribeCommand::run()
     RecordProcessor::Text text;
     {
         const ProgressLine progress(record.title, [] {
-            return ProgressLine::State{.stage = Localization::text(u"Распознавание речи"_s)};
+            return ProgressLine::State{.stage = Localization::text(u"Распознавание речи")};
         });
         text = co_await processor.transcribeAnew(record.id, recognition);
     }
@@ -59,7 +59,7 @@ QCoro::Task<int> RetranscribeCommand::run()
     if (!text)
         throw Error(processor.error());
     if (text->trimmed().isEmpty())
-        Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена"_s)));
+        Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена")));
     Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text));
     co_await HistoryAccess::untilSaved(&history); // last, so that a full disk costs nobody the text
     co_return ExitStatus::success;

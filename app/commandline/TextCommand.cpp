@@ -27,7 +27,7 @@ std::function<ProgressLine::State()> stateOf(const TextCorrectionService &correc
     time.start();
     return [&corrector, time] {
         const double done = corrector.progress();
-        const QString stage = Localization::text(u"Обработка текста"_s);
+        const QString stage = Localization::text(u"Обработка текста");
         if (done <= 0)
             return ProgressLine::State{.stage = stage};
         return ProgressLine::State{.stage = u"%1 · %2 %"_s.arg(stage).arg(100 * done, 0, 'f', 0),
@@ -46,14 +46,14 @@ TextCommand::TextCommand(AppServices &services, Options options)
     const QFileInfo output(m_options.output);
     if (output.isDir())
         throw UsageError(
-            Localization::text(u"Для этой команды --output должен указывать файл, а не папку: "_s) +
+            Localization::text(u"Для этой команды --output должен указывать файл, а не папку: ") +
             m_options.output);
     const bool isItsOwnResult = m_options.record.isEmpty() && output.isFile() &&
                                 m_options.input != TextInput::standardInput &&
                                 QFileInfo(m_options.input) == output;
     if (isItsOwnResult)
-        throw UsageError(Localization::text(
-            u"Результат перезаписал бы исходный файл: укажите для --output другой путь."_s));
+        throw UsageError(
+            Localization::text(u"Результат перезаписал бы исходный файл: укажите для --output другой путь."));
 }
 
 QCoro::Task<int> TextCommand::run()
@@ -100,7 +100,7 @@ QCoro::Task<QString> TextCommand::result()
     co_await m_services.corrector().local().stopAndWait();
     throwIfCancelled(stop);
     if (!outcome.text || outcome.text->trimmed().isEmpty()) {
-        throw Error(outcome.error.isEmpty() ? Localization::text(u"Модель ничего не ответила."_s)
+        throw Error(outcome.error.isEmpty() ? Localization::text(u"Модель ничего не ответила.")
                                             : outcome.error);
     }
     co_return *outcome.text;
@@ -150,8 +150,8 @@ void TextCommand::requireModel() const
         return; // the service itself says that it is turned off
     if (corrector.local().findBinary().isEmpty())
         throw Error(corrector.localAvailability().message);
-    throw Error(Localization::text(
-        u"Не скачано ни одной языковой модели. Скачайте её (orvane models download ИМЯ) или укажите файл: --model ПУТЬ"_s));
+    throw Error(Localization::text(u"Не скачано ни одной языковой модели. Скачайте её (orvane models "
+                                   u"download ИМЯ) или укажите файл: --model ПУТЬ"));
 }
 
 void TextCommand::interrupt()

@@ -10,8 +10,6 @@
 #include <QSocketNotifier>
 #include <QStringDecoder>
 
-#include <QCoroSignal>
-
 #include <array>
 #include <cerrno>
 
@@ -29,7 +27,7 @@ constexpr qsizetype mostMebibytes = 16;
 
 Error notRead(const QString &source)
 {
-    return Error(Localization::text(u"Не удалось прочитать файл"_s) +
+    return Error(Localization::text(u"Не удалось прочитать файл") +
                  u" «%1»: %2"_s.arg(title(source), qt_error_string(errno)));
 }
 
@@ -43,15 +41,11 @@ QCoro::Task<> untilReadable(int descriptor, std::stop_token stop)
 {
     const std::shared_ptr<OneTimeEvent> readable = OneTimeEvent::create();
     QSocketNotifier notifier(descriptor, QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, readable.get(), [&notifier, &readable] {
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier, readable] {
         notifier.setEnabled(false);
-        Q_EMIT readable->happened();
+        readable->happen();
     });
-    const std::stop_callback wake(stop, [&readable] {
-        QMetaObject::invokeMethod(readable.get(), &OneTimeEvent::happened, Qt::QueuedConnection);
-    });
-    co_await qCoro(readable.get(), &OneTimeEvent::happened);
-    throwIfCancelled(stop);
+    co_await readable->wait(stop);
 }
 
 QCoro::Task<QByteArray> bytesOf(int descriptor, QString source, std::stop_token stop)
@@ -68,15 +62,14 @@ QCoro::Task<QByteArray> bytesOf(int descriptor, QString source, std::stop_token 
         else if (errno != EAGAIN && errno != EINTR)
             throw notRead(source);
     }
-    throw unusable(source,
-                   Localization::text(u"текст больше %1 МБ, это слишком много."_s).arg(mostMebibytes));
+    throw unusable(source, Localization::text(u"текст больше %1 МБ, это слишком много.").arg(mostMebibytes));
 }
 
 } // namespace
 
 QString title(const QString &source)
 {
-    return source == standardInput ? Localization::text(u"стандартный ввод"_s) : QFileInfo(source).fileName();
+    return source == standardInput ? Localization::text(u"стандартный ввод") : QFileInfo(source).fileName();
 }
 
 QCoro::Task<QString> read(QString source, std::stop_token stop)
@@ -93,9 +86,9 @@ QCoro::Task<QString> read(QString source, std::stop_token stop)
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     if (decoder.hasError())
-        throw unusable(source, Localization::text(u"это не текст в кодировке UTF-8."_s));
+        throw unusable(source, Localization::text(u"это не текст в кодировке UTF-8."));
     if (text.trimmed().isEmpty())
-        throw unusable(source, Localization::text(u"текста нет."_s));
+        throw unusable(source, Localization::text(u"текста нет."));
     co_return text;
 }
 

@@ -40,25 +40,25 @@ TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
         return QFileInfo(file).isFile() && QFileInfo(file) == QFileInfo(destination(file));
     };
     if (std::ranges::any_of(m_options.files, isItsOwnResult))
-        throw UsageError(Localization::text(
-            u"Результат перезаписал бы исходный файл: укажите для --output другой путь."_s));
+        throw UsageError(
+            Localization::text(u"Результат перезаписал бы исходный файл: укажите для --output другой путь."));
     if (m_options.files.size() < 2)
         return;
     if (m_options.output == Output::standardOutput) {
         if (m_options.format == OutputFormat::SubRip)
-            throw UsageError(Localization::text(
-                u"Субтитры нескольких файлов не поместятся в один вывод: укажите папку параметром --output."_s));
+            throw UsageError(Localization::text(u"Субтитры нескольких файлов не поместятся в один вывод: "
+                                                u"укажите папку параметром --output."));
         return;
     }
     if (!isFolder(m_options.output))
         throw UsageError(
-            Localization::text(u"Для нескольких файлов --output должен указывать существующую папку."_s));
+            Localization::text(u"Для нескольких файлов --output должен указывать существующую папку."));
     QSet<QString> destinations;
     for (const QString &file : m_options.files)
         destinations.insert(destination(file));
     if (destinations.size() < m_options.files.size())
         throw UsageError(Localization::text(
-            u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно."_s));
+            u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно."));
 }
 
 QCoro::Task<int> TranscribeCommand::run()
@@ -148,7 +148,7 @@ TranscriptRecord TranscribeCommand::resultOf(const TranscriptionService::Request
 void TranscribeCommand::writeResult(const QString &file, const TranscriptRecord &record) const
 {
     if (record.text.trimmed().isEmpty())
-        Output::complain(u"%1: %2"_s.arg(fileName(file), Localization::text(u"речь не найдена"_s)));
+        Output::complain(u"%1: %2"_s.arg(fileName(file), Localization::text(u"речь не найдена")));
     const QString target = destination(file);
     const bool needsHeading = m_options.files.size() > 1 && m_options.format == OutputFormat::Text &&
                               target == Output::standardOutput;

@@ -39,7 +39,7 @@ void ControlService::Toggle()
         return;
     const State state = m_dictation->state();
     if (state != State::Idle && state != State::Recording)
-        refuse(Localization::text(u"Предыдущая диктовка ещё обрабатывается."_s));
+        refuse(Localization::text(u"Предыдущая диктовка ещё обрабатывается."));
     else
         m_dictation->toggle();
 }
@@ -49,7 +49,7 @@ void ControlService::Start()
     if (!hasDictation())
         return;
     if (m_dictation->state() != State::Idle)
-        refuse(Localization::text(u"Диктовка уже идёт."_s));
+        refuse(Localization::text(u"Диктовка уже идёт."));
     else
         m_dictation->start();
 }
@@ -59,7 +59,7 @@ void ControlService::Stop()
     if (!hasDictation())
         return;
     if (m_dictation->state() != State::Recording)
-        refuse(Localization::text(u"Диктовка сейчас не записывается."_s));
+        refuse(Localization::text(u"Диктовка сейчас не записывается."));
     else
         m_dictation->stop();
 }
@@ -69,7 +69,7 @@ void ControlService::Cancel()
     if (!hasDictation())
         return;
     if (!m_dictation->interceptsEscape()) // one that is about to begin cannot be taken back either
-        refuse(Localization::text(u"Отменять нечего: диктовка не идёт."_s));
+        refuse(Localization::text(u"Отменять нечего: диктовка не идёт."));
     else
         m_dictation->cancel();
 }
@@ -144,7 +144,7 @@ void ControlService::TranscribeMeeting()
 void ControlService::DismissMeeting()
 {
     if (m_meeting.leftovers().isEmpty())
-        refuse(Localization::text(u"Нерасшифрованных записей нет."_s));
+        refuse(Localization::text(u"Нерасшифрованных записей нет."));
     else
         m_meeting.dismissLeftover(m_meeting.leftovers().constFirst().audioFileName);
 }
@@ -157,7 +157,7 @@ void ControlService::Quit()
 bool ControlService::hasDictation()
 {
     if (!m_dictation)
-        refuse(Localization::text(u"Orvane работает без экрана, диктовать здесь некуда."_s));
+        refuse(Localization::text(u"Orvane работает без экрана, диктовать здесь некуда."));
     return m_dictation != nullptr;
 }
 

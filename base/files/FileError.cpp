@@ -20,12 +20,12 @@ QString sentence(const QString &what, const QFileDevice &file)
 
 FileError FileError::notRead(const QFileDevice &file)
 {
-    return FileError(sentence(Localization::text(u"Не удалось прочитать файл"_s), file));
+    return FileError(sentence(Localization::text(u"Не удалось прочитать файл"), file));
 }
 
 FileError FileError::notWritten(const QFileDevice &file)
 {
-    return FileError(sentence(Localization::text(u"Не удалось записать файл"_s), file));
+    return FileError(sentence(Localization::text(u"Не удалось записать файл"), file));
 }
 
 } // namespace orvane

@@ -1,7 +1,7 @@
 #include "base/localization/Localization.h"
 
-#include "base/localization/LocalizationTable.h"
-
+#include <algorithm>
+#include <array>
 #include <atomic>
 
 using namespace Qt::StringLiterals;
@@ -12,20 +12,47 @@ namespace {
 
 std::atomic<bool> s_english = false;
 
-QHash<QString, QString> makeTwins()
+/// Placeholders and the blanks at the ends: either text has to fit where it is used.
+constexpr bool isFormedAlike(const TextPair &pair)
 {
-    QHash<QString, QString> twins;
-    twins.reserve(qsizetype(table().size()));
-    for (const TextPair &pair : table())
-        twins.insert(pair.russian.toString(), pair.english.toString());
-    return twins;
+    const auto count = [](std::u16string_view text, std::u16string_view piece) {
+        int found = 0;
+        for (auto at = text.find(piece); at != text.npos; at = text.find(piece, at + 1))
+            ++found;
+        return found;
+    };
+    const auto isBlank = [](char16_t c) { return c == u' ' || c == u'\n'; };
+    for (const std::u16string_view placeholder : {u"%1", u"%2", u"%3"}) {
+        if (count(pair.russian, placeholder) != count(pair.english, placeholder))
+            return false;
+    }
+    return !pair.english.empty() && isBlank(pair.russian.front()) == isBlank(pair.english.front()) &&
+           isBlank(pair.russian.back()) == isBlank(pair.english.back());
+}
+
+consteval bool isEachTextThereOnce()
+{
+    std::array<std::u16string_view, std::size(table)> texts;
+    std::ranges::transform(table, texts.begin(), &TextPair::russian);
+    std::ranges::sort(texts, [](std::u16string_view one, std::u16string_view other) {
+        return one.size() != other.size() ? one.size() < other.size() : one < other;
+    });
+    return std::ranges::adjacent_find(texts) == texts.end();
+}
+
+static_assert(std::ranges::all_of(table, isFormedAlike));
+static_assert(isEachTextThereOnce());
+
+QString stringOf(std::u16string_view text)
+{
+    return QString::fromRawData(reinterpret_cast<const QChar *>(text.data()), qsizetype(text.size()));
 }
 
 } // namespace
 
 void setLanguage(const QString &code)
 {
-    s_english = code == u"en"_s;
+    s_english = code == "en"_L1;
 }
 
 bool isEnglish()
@@ -33,15 +60,14 @@ bool isEnglish()
     return s_english;
 }
 
-QString text(const QString &russian)
+QString Text::toString() const
 {
-    return isEnglish() ? en().value(russian, russian) : russian;
+    return stringOf(isEnglish() ? m_pair->english : m_pair->russian);
 }
 
-const QHash<QString, QString> &en()
+QString text(Text text)
 {
-    static const QHash<QString, QString> twins = makeTwins();
-    return twins;
+    return text.toString();
 }
 
 } // namespace orvane::Localization

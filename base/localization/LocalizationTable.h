@@ -1,20 +1,525 @@
 #pragma once
 
-#include <QStringView>
-
-#include <span>
+#include <string_view>
 
 namespace orvane::Localization {
 
-/// A text of the program and its English twin. Both have the same placeholders and the same blanks at
-/// their ends, so that either fits where it is used.
+/// A text of the program and its English translation.
 struct TextPair
 {
-    QStringView russian;
-    QStringView english;
+    std::u16string_view russian;
+    std::u16string_view english;
 };
 
-/// Every pair, grouped by the area that shows it; no Russian text stands twice.
-[[nodiscard]] std::span<const TextPair> table();
+/// Every pair, grouped by the area that shows it.
+inline constexpr TextPair table[] = {
+    // Dictation keys
+    {u"правый Ctrl", u"right Ctrl"},
+    {u"правый Alt", u"right Alt"},
+    {u"правый ⌘", u"right ⌘"},
+    {u"правый ⌥", u"right ⌥"},
+
+    // Dictation: the modes and the indicator
+    {u"Исправить", u"Correct"},
+    {u"Письмо", u"Email"},
+    {u"Промпт", u"Prompt"},
+    {u"Исправляю…", u"Correcting…"},
+    {u"Составляю письмо…", u"Composing the email…"},
+    {u"Выполняю запрос…", u"Running the request…"},
+    {u"Исправить: модель чинит пунктуацию и грамматику надиктованного.",
+     u"Correct: the model fixes the punctuation and grammar of what you dictated."},
+    {u"Письмо: модель оформляет надиктованное как готовый email.",
+     u"Email: the model turns what you dictated into a ready email."},
+    {u"Промпт: надиктованное выполняется моделью как запрос; вставляется результат.",
+     u"Prompt: the model runs what you dictated as a request; the result is inserted."},
+    {u"Готов", u"Ready"},
+    {u"Слушаю…", u"Listening…"},
+    {u"Дважды", u"Double-press"},
+    {u"готово · Esc — отмена", u"to finish · Esc to cancel"},
+    {u"Нет звука с микрофона — проверьте его", u"No sound from the microphone — check it"},
+    {u"Распознаю…", u"Recognizing…"},
+    {u"Подождите немного", u"Just a moment"},
+    {u"Обрабатываю…", u"Processing…"},
+    {u"Пунктуация и грамматика", u"Punctuation and grammar"},
+    {u"Оформляю как письмо", u"Composing an email"},
+    {u"Выполняю как запрос", u"Running as a request"},
+
+    // Languages of speech: all but this one are called the same in every interface
+    {u"Автоопределение", u"Auto-detect"},
+
+    // Dictation
+    {u"Нет модели", u"No model"},
+    {u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».",
+     u"First download a Whisper model: Orvane menu → “Model settings…”."},
+    {u"Не удалось начать запись", u"Couldn’t start recording"},
+    {u"Нужна модель для этого режима", u"This mode needs a model"},
+    {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → "
+     u"«Коррекция». "
+     u"Сейчас вставлен распознанный текст без обработки.",
+     u"The Email and Prompt modes process speech with a language model. Set it up in Settings → "
+     u"“Correction”. "
+     u"For now the recognized text was inserted without processing."},
+    {u"Текст в буфере обмена — вставьте его: Ctrl+V", u"The text is on the clipboard — paste it: Ctrl+V"},
+    {u"Языковая модель занята — вставлен распознанный текст без обработки.",
+     u"The language model is busy — the recognized text was inserted without processing."},
+
+    // The menu in the tray
+    {u"Начать диктовку", u"Start dictation"},
+    {u"Завершить диктовку", u"Finish dictation"},
+    {u"Отменить диктовку", u"Cancel dictation"},
+    {u"Модель распознавания", u"Recognition model"},
+    {u"Нет скачанных моделей", u"No models downloaded"},
+    {u"Клавиша диктовки", u"Dictation key"},
+    {u"Язык распознавания", u"Recognition language"},
+    {u"Режим диктовки", u"Dictation mode"},
+    {u"Перехват клавиш: ✅ активен", u"Key capture: ✅ active"},
+    {u"Перехват клавиш: ⚠️ нет доступа", u"Key capture: ⚠️ no access"},
+    {u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой",
+     u"Key capture: ⚠️ another program keeps F5 or Esc"},
+    {u"Выдать «Универсальный доступ»…", u"Grant Accessibility…"},
+    {u"Клавиши диктовки здесь недоступны", u"The dictation keys don’t work here"},
+    {u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание клавиш для "
+     u"команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит.",
+     u"This desktop does not let programs listen to keys. In its settings, bind a key to the command “orvane "
+     u"toggle”: the first press starts a dictation, the second finishes it."},
+    {u"Доступна версия ", u"Version available: "},
+    {u"Завершить Orvane", u"Quit Orvane"},
+
+    {u"Начать запись совещания", u"Start recording a meeting"},
+    {u"Завершить запись совещания", u"Finish recording the meeting"},
+    {u"Прервать расшифровку — аудиозапись совещания останется на диске",
+     u"Abandon the transcription — the meeting’s audio stays on disk"},
+    {u"Запись совещания не расшифрована", u"A meeting is not transcribed"},
+    {u"Расшифровать", u"Transcribe"},
+    {u"Не сейчас", u"Not now"},
+
+    // What the running application answers to the command line
+    {u"Неизвестное действие с совещанием: ", u"Unknown action for meetings: "},
+    {u"Нерасшифрованных записей нет.", u"There are no recordings left to transcribe."},
+    {u"Предыдущая диктовка ещё обрабатывается.", u"The previous dictation is still being processed."},
+    {u"Диктовка уже идёт.", u"A dictation is already running."},
+    {u"Диктовка сейчас не записывается.", u"No dictation is being recorded."},
+    {u"Отменять нечего: диктовка не идёт.", u"Nothing to cancel: no dictation is running."},
+    {u"Orvane работает без экрана, диктовать здесь некуда.",
+     u"Orvane runs without a display; there is nowhere to dictate to."},
+    {u"Orvane не отвечает: запустите его командой orvane.",
+     u"Orvane does not answer: start it with the command orvane."},
+    {u"Orvane уже работает: его значок — в области уведомлений.",
+     u"Orvane is already running: its icon is in the notification area."},
+
+    // Windows and menus
+    {u"Настройки…", u"Settings…"},
+
+    // Transcribing a file
+    {u"Декодирование аудио…", u"Decoding audio…"},
+    {u"Распознавание речи… (первый запуск движка — несколько секунд)",
+     u"Recognizing speech… (the engine’s first start takes a few seconds)"},
+    {u"Готово · ", u"Done · "},
+    {u" сегментов", u" segments"},
+    {u"Отменено", u"Cancelled"},
+    {u"Ошибка", u"Error"},
+    {u"Не удалось открыть файл: ", u"Could not open the file: "},
+    {u"Ошибка декодирования аудио: ", u"Audio decoding failed: "},
+    {u"не удалось настроить чтение дорожки", u"the audio track could not be set up for reading"},
+    {u"не удалось начать чтение", u"reading could not be started"},
+    {u"ошибка чтения", u"read error"},
+    {u"В файле нет аудиодорожки.", u"The file has no audio track."},
+    {u"В файле не найдено аудиоданных.", u"The file contains no audio data."},
+    {u"файл не найден", u"file not found"},
+    {u"нет доступа", u"access denied"},
+    {u"это папка", u"it is a folder"},
+    {u"это не обычный файл", u"it is not a regular file"},
+    {u"файл пуст", u"the file is empty"},
+    {u"это не аудио и не видео, или файл повреждён", u"it is neither audio nor video, or it is damaged"},
+    {u"в нём только ссылки на другие файлы", u"it only refers to other files"},
+    {u"модуль декодирования не загрузился. ", u"the decoding module could not be loaded. "},
+    {u"формат звука не поддерживается: ", u"unsupported audio format: "},
+    {u"данные повреждены", u"the data is damaged"},
+    {u"не хватило памяти", u"not enough memory"},
+    {u"запись длиннее 37 часов", u"the recording is longer than 37 hours"},
+    {u"Не вся запись поместилась в звуковой файл.", u"Not all of the recording fitted into the audio file."},
+    {u"Дождитесь завершения текущей операции — движок выполняет их по одной",
+     u"Wait until the current operation is done — the engine does them one by one"},
+
+    // Recording sound
+    {u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.",
+     u"No microphone was found. Connect one or choose an input device in the sound settings."},
+    {u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire).",
+     u"The sound service does not answer. Check that it is running (PulseAudio or PipeWire)."},
+    {u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука.",
+     u"The microphone cannot be opened. Connect it again or choose another one in the sound settings."},
+    {u"Модуль записи звука не загрузился. ", u"The sound recording module could not be loaded. "},
+
+    // Meetings
+    {u"Идёт запись…", u"Recording…"},
+    {u"на диске осталось места на %1 мин", u"disk space left for %1 min"},
+    {u"микрофон молчит", u"the microphone is silent"},
+    {u"Идёт запись совещания", u"A meeting is being recorded"},
+    {u"Подготовка записи…", u"Preparing the recording…"},
+    {u"Расшифровка записи (%1:%2)…", u"Transcribing the recording (%1:%2)…"},
+    {u"Совещание сохранено · ", u"Meeting saved · "},
+    {u" сегментов · аудио в истории", u" segments · audio in history"},
+    {u"Готово · речь не распознана (запись сохранена)",
+     u"Done · no speech recognized (the recording is saved)"},
+    {u"Расшифровка отменена · аудиозапись сохранена",
+     u"Transcription cancelled · the audio recording is saved"},
+    {u"Ошибка расшифровки (запись сохранена: ", u"Transcription failed (the recording is saved: "},
+    {u"Запись сохранена частично — возможно, на диске не хватило места.",
+     u"The recording is only partly saved — the disk may have run out of space."},
+    {u"Нет доступа к микрофону. Разрешите его в Системных настройках → Конфиденциальность → Микрофон.",
+     u"No access to the microphone. Allow it in System Settings → Privacy → Microphone."},
+    {u"Не удалось начать запись: ", u"Could not start the recording: "},
+    {u"Модель распознавания недоступна.", u"The recognition model is unavailable."},
+    {u"Запись совещания уже идёт.", u"A meeting is being recorded already."},
+    {u"Запись совещания не идёт.", u"No meeting is being recorded."},
+    {u"Идёт запись: её завершает команда orvane meeting stop.",
+     u"A meeting is being recorded: the command orvane meeting stop ends it."},
+    {u"Расшифровка совещания не идёт.", u"No meeting is being transcribed."},
+    {u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?",
+     u"A recording is not transcribed yet: “%1”, %2. Transcribe it?"},
+
+    // History
+    {u"Файл", u"File"},
+    {u"Совещание", u"Meeting"},
+    {u"Удалить «", u"Delete “"},
+    {u"»?", u"”?"},
+    {u"Текст расшифровки будет удалён без возможности восстановления.",
+     u"The transcript text will be deleted and cannot be recovered."},
+    {u"Текст расшифровки будет удалён без возможности восстановления. Аудиозапись совещания останется на "
+     u"диске.",
+     u"The transcript text will be deleted and cannot be recovered. The meeting’s audio recording will stay "
+     u"on disk."},
+    {u"Удалить расшифровку", u"Delete transcript"},
+    {u"Удалить расшифровку из истории (аудиофайл записи останется на диске)",
+     u"Delete the transcript from history (the recording’s audio file stays on disk)"},
+    {u"Переименовать…", u"Rename…"},
+    {u"Переименовать запись", u"Rename entry"},
+    {u"В записи нет текста.", u"The record has no text."},
+    {u"Аудиофайл этой записи не найден, поэтому расшифровать её заново нельзя.",
+     u"This record’s audio file was not found, so it cannot be transcribed again."},
+
+    // Export
+    {u"Скопировать текст или Markdown с таймкодами/спикерами",
+     u"Copy text or Markdown with timecodes/speakers"},
+    {u"Сохранить как .txt, .md или .srt", u"Save as .txt, .md or .srt"},
+    {u"Сохранить как .txt", u"Save as .txt"},
+    {u"Сохранить как .md (Markdown)", u"Save as .md (Markdown)"},
+    {u"Сохранить как .srt", u"Save as .srt"},
+
+    // Models: sizes in the catalogue, downloads
+    {u"≈ 75 МБ", u"≈ 75 MB"},
+    {u"≈ 142 МБ", u"≈ 142 MB"},
+    {u"≈ 466 МБ", u"≈ 466 MB"},
+    {u"≈ 0.4 ГБ", u"≈ 0.4 GB"},
+    {u"≈ 0.5 ГБ", u"≈ 0.5 GB"},
+    {u"≈ 1.0 ГБ", u"≈ 1.0 GB"},
+    {u"≈ 1.5 ГБ", u"≈ 1.5 GB"},
+    {u"≈ 2.6 ГБ", u"≈ 2.6 GB"},
+    {u"≈ 2.9 ГБ", u"≈ 2.9 GB"},
+    {u"≈ 4.7 ГБ", u"≈ 4.7 GB"},
+    {u"Сервер вернул код ", u"The server returned code "},
+    {u" вместо файла модели (возможно, файл недоступен).",
+     u" instead of the model file (it may be unavailable)."},
+    {u"Файл скачался не полностью (", u"The file was not downloaded completely ("},
+    {u" из ", u" of "},
+    {u" байт). Повторите загрузку.", u" bytes). Try the download again."},
+    {u"Скачанный файл не является корректной моделью. Повторите загрузку.",
+     u"The downloaded file is not a valid model. Try the download again."},
+    {u"Не удалось скачать ", u"Could not download "},
+    {u"Сервер ответил непонятно: неизвестен размер файла модели.",
+     u"The server’s answer is unclear: it does not tell the size of the model file."},
+    {u"Сервер отдаёт не тот файл, что в начале загрузки. Повторите её.",
+     u"The server no longer sends the file it began with. Try the download again."},
+    {u"Недостаточно места на диске: нужно ", u"Not enough disk space: "},
+    {u" МБ, свободно ", u" MB needed, "},
+    {u" МБ.", u" MB free."},
+    {u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится.",
+     u"The disk is full. Free some space and try the download again: it will continue."},
+    {u"Не удаётся записать файл в папку ", u"Could not write the file to the folder "},
+    {u"Этот файл уже скачивается другим окном или командой — дождитесь окончания.",
+     u"This file is already being downloaded by another window or command — wait until it is done."},
+    {u"Адрес хранилища моделей должен начинаться с http:// или https://: ",
+     u"The address of the model repository has to begin with http:// or https://: "},
+    {u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.",
+     u"The address of the model repository is not set: give it when building or on the command line."},
+    {u"Сервер моделей не найден. Проверьте подключение к интернету.",
+     u"The model server was not found. Check your internet connection."},
+    {u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится.",
+     u"The model server stopped responding. Try the download again: it will continue."},
+    {u"Не удалось соединиться с сервером моделей. Повторите загрузку.",
+     u"Could not connect to the model server. Try the download again."},
+    {u"Не удалось установить защищённое соединение с сервером моделей.",
+     u"Could not establish a secure connection to the model server."},
+    {u"Сервер перенаправил загрузку на незащищённый адрес, поэтому она остановлена.",
+     u"The server redirected the download to an insecure address, so it was stopped."},
+    {u"Сервер перенаправляет загрузку по кругу.", u"The server redirects the download in circles."},
+    {u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси.",
+     u"The proxy server does not let the download through. Check the proxy settings."},
+
+    // Correction models and engines
+    {u"Встроенная (Apple)", u"Built-in (Apple)"},
+    {u"Опенсорсная модель", u"Open-source model"},
+    {u"Лёгкая · быстрая", u"Light · fast"},
+    {u"Лёгкая", u"Light"},
+    {u"Сбалансированная", u"Balanced"},
+    {u"Высокая точность", u"High accuracy"},
+    {u"Максимальное качество", u"Maximum quality"},
+    {u"Русский, английский — хорошо. Для слабых Mac (8 ГБ).",
+     u"Russian, English — good. For modest Macs (8 GB)."},
+    {u"Многоязычная (Google). Русский — хорошо.", u"Multilingual (Google). Good Russian."},
+    {u"Русский — отлично. Хороший выбор по умолчанию.", u"Excellent Russian. A solid default."},
+    {u"Английский — отлично, русский — хорошо (Meta).", u"Excellent English, good Russian (Meta)."},
+    {u"Русский, английский — превосходно. Для Mac с 16 ГБ.",
+     u"Superb Russian and English. For Macs with 16 GB."},
+    {u"Сильная многоязычная (Google). Для Mac с 16 ГБ+.",
+     u"Strong multilingual (Google). For Macs with 16 GB+."},
+    {u"Лучшая точность и русский. Нужен мощный Mac (24–32 ГБ).",
+     u"Best accuracy and Russian. Needs a powerful Mac (24–32 GB)."},
+
+    {u"Включите Apple Intelligence в Системных настройках, затем повторите.",
+     u"Enable Apple Intelligence in System Settings, then try again."},
+    {u"Это устройство не поддерживает Apple Intelligence.",
+     u"This device doesn’t support Apple Intelligence."},
+    {u"Языковая модель ещё загружается — попробуйте чуть позже.",
+     u"The language model is still downloading — try again shortly."},
+    {u"Локальная модель сейчас недоступна", u"The local model is currently unavailable"},
+    {u"Apple Intelligence недоступен в этой сборке.", u"Apple Intelligence isn’t available in this build."},
+
+    // Text processing
+    {u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»).",
+     u"AI text processing is turned off in Settings (“Correction”)."},
+    {u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp",
+     u"The llama.cpp engine isn’t installed. In Terminal, run: brew install llama.cpp"},
+    {u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).",
+     u"Download a correction model in Settings (“Correction” tab)."},
+    {u"Выберите модель коррекции в настройках.", u"Choose a correction model in Settings."},
+    {u"Не выбрана модель коррекции.", u"No correction model is selected."},
+    {u"Коррекция недоступна.", u"Correction is unavailable."},
+    {u"Модель недоступна.", u"The model is unavailable."},
+    {u"Документ слишком большой для чата. Сократите его или задайте вопрос по части текста.",
+     u"The document is too large for chat. Shorten it or ask about part of the text."},
+    {u"Модель занята другим текстом — дождитесь, пока она его обработает.",
+     u"The model is busy with another text — wait until it is done."},
+    {u"Модель ничего не ответила.", u"The model gave no answer."},
+
+    // Updates
+    {u"Проверить обновления…", u"Check for updates…"},
+    {u"Не удалось проверить обновления", u"Could not check for updates"},
+    {u"Проверьте подключение к интернету и повторите.", u"Check your internet connection and try again."},
+    {u"У вас последняя версия", u"You are up to date"},
+    {u"Установлена версия", u"Installed version"},
+    {u"Доступно обновление", u"Update available:"},
+    {u"Нажмите «Скачать» — образ с новой версией скачается и откроется, останется перетащить приложение в "
+     u"«Программы».",
+     u"Click “Download” — the disk image with the new version will download and open; just drag the app into "
+     u"Applications."},
+    {u"Скачать", u"Download"},
+    {u"Позже", u"Later"},
+    {u"Скачиваю обновление…", u"Downloading update…"},
+    {u"Скачиваю обновление", u"Downloading update"},
+    {u"Не удалось скачать обновление", u"Could not download the update"},
+    {u"В этой сборке не задан адрес сервера обновлений.",
+     u"This build does not know the address of an update server."},
+    {u"Сервер обновлений не найден. Проверьте подключение к интернету.",
+     u"The update server was not found. Check your internet connection."},
+    {u"Не удалось установить защищённое соединение с сервером обновлений.",
+     u"A secure connection to the update server could not be made."},
+    {u"Сервер обновлений не отвечает. Повторите позже.",
+     u"The update server does not answer. Try again later."},
+    {u"Соединение с сервером обновлений прервалось. Повторите загрузку.",
+     u"The connection to the update server broke off. Try the download again."},
+    {u"Ответ сервера обновлений слишком велик.", u"The update server’s answer is too large."},
+    {u"Не удалось записать файл. Проверьте, есть ли место и доступ к папке ",
+     u"The file could not be written. Check that there is room and access to the folder "},
+    {u"Не удалось открыть обновление", u"Could not open the update"},
+    {u"Откройте скачанный файл сами: ", u"Open the downloaded file yourself: "},
+
+    // Privacy
+    {u"Делиться анонимной статистикой об устройстве", u"Share anonymous device statistics"},
+    {u"Помогает развивать Orvane и сообщать о новых версиях. Раз в сутки отправляются ОС, модель Mac и "
+     u"версия приложения — без имени, почты и содержимого расшифровок. Можно выключить в любой момент.",
+     u"Helps improve Orvane and lets us notify you about new versions. Once a day it sends your OS, Mac "
+     u"model and app version — no name, email, or transcript content. You can turn it off anytime."},
+
+    // What anything may fail with
+    {u"Не хватило памяти.", u"Not enough memory."},
+    {u"Внутренняя ошибка программы.", u"Internal error of the program."},
+
+    // Files
+    {u"Не удалось прочитать файл", u"Could not read the file"},
+    {u"Не удалось записать файл", u"Could not write the file"},
+
+    // Saving
+    {u"Не удалось сохранить запись: ", u"Could not save the record: "},
+    {u"Не удалось удалить запись: ", u"Could not delete the record: "},
+    {u"Не удалось сохранить файл: ", u"Could not save the file: "},
+
+    // Command line
+    {u"Неизвестный параметр: ", u"Unknown option: "},
+    {u"Параметру нужно значение: ", u"The option needs a value: "},
+    {u"Результат перезаписал бы исходный файл: укажите для --output другой путь.",
+     u"The result would overwrite the source file: choose another path for --output."},
+    {u"Параметр не принимает значения: ", u"The option takes no value: "},
+    {u"Неизвестный формат (есть txt, md, srt и json): ",
+     u"Unknown format (there are txt, md, srt and json): "},
+    {u"Неизвестный язык (есть %1): ", u"Unknown language (there are %1): "},
+    {u"Укажите файл для расшифровки: orvane transcribe ФАЙЛ…",
+     u"Name a file to transcribe: orvane transcribe FILE…"},
+    {u"Неизвестное действие с историей: ", u"Unknown history action: "},
+    {u"--format и --output есть только у history export.", u"Only history export has --format and --output."},
+    {u"Укажите запись: её обозначение показывает orvane history list.",
+     u"Name a record: orvane history list shows their ids."},
+    {u"Укажите новое название записи.", u"Give the record's new title."},
+    {u"Задайте вопрос: orvane ask ВОПРОС [ФАЙЛ]", u"Ask a question: orvane ask QUESTION [FILE]"},
+    {u"Лишнее слово в команде: ", u"One word too many: "},
+    {u"Неизвестная команда: ", u"Unknown command: "},
+    {u"Справка: orvane --help", u"Help: orvane --help"},
+    {u"Не удалось записать результат: ", u"Could not write the result: "},
+    {u"осталось ≈ ", u"left ≈ "},
+    {u"Субтитры нескольких файлов не поместятся в один вывод: укажите папку параметром --output.",
+     u"Subtitles of several files do not fit into one output: name a folder with --output."},
+    {u"Для нескольких файлов --output должен указывать существующую папку.",
+     u"For several files --output must name an existing folder."},
+    {u"Результаты файлов с одинаковыми именами перезаписали бы друг друга: обработайте их отдельно.",
+     u"Results of files with equal names would overwrite each other: transcribe them one by one."},
+    {u"речь не найдена", u"no speech found"},
+    {u"Не скачано ни одной модели распознавания. Скачайте её: orvane models download base, или положите в "
+     u"папку ",
+     u"No recognition model is there. Download one: orvane models download base, or put one into the "
+     u"folder "},
+    {u"В эту папку нельзя записать результат: ", u"The result cannot be written to this folder: "},
+    {u"Под это обозначение подходит несколько записей: ", u"Several records match this id: "},
+    {u"В истории нет записи ", u"The history has no record "},
+    {u"Расшифровка", u"Transcription"},
+    {u"Исправление текста", u"Correction"},
+    {u"Протокол", u"Protocol"},
+    {u"Вопрос", u"Question"},
+    {u"Исправленный текст", u"Corrected text"},
+    {u"Что сделано", u"What was done"},
+    {u"стандартный ввод", u"standard input"},
+    {u"текст больше %1 МБ, это слишком много.", u"the text is larger than %1 MB, which is too much."},
+    {u"это не текст в кодировке UTF-8.", u"this is no text in UTF-8."},
+    {u"текста нет.", u"there is no text."},
+    {u"Для этой команды --output должен указывать файл, а не папку: ",
+     u"For this command --output must name a file, not a folder: "},
+    {u"Это не языковая модель в формате GGUF: ", u"This is no language model in GGUF form: "},
+    {u"Не скачано ни одной языковой модели. Скачайте её (orvane models download ИМЯ) или укажите файл: "
+     u"--model "
+     u"ПУТЬ",
+     u"No language model is downloaded. Download one (orvane models download NAME) or name a file: --model "
+     u"PATH"},
+    {u"Orvane уже работает.", u"Orvane is already running."},
+    {u"Неизвестное действие с моделями: ", u"Unknown models action: "},
+    {u"Укажите модель: их названия показывает orvane models list.",
+     u"Name a model: orvane models list shows their ids."},
+    {u"Распознавание речи", u"Speech recognition"},
+    {u"Обработка текста", u"Text processing"},
+    {u"только английский", u"English only"},
+    {u"Рекомендуем", u"Recommended"},
+    {u"ГБ", u"GB"},
+    {u"МБ/с", u"MB/s"},
+    {u"уже скачана", u"is downloaded already"},
+    {u"Эта модель не скачана: ", u"This model is not downloaded: "},
+    {u"Не удалось удалить модель: ", u"Could not delete the model: "},
+    {u"Нет такой модели: ", u"There is no such model: "},
+    {uR"(Orvane превращает речь в текст на вашем компьютере.
+
+  orvane transcribe ФАЙЛ…         расшифровать аудио или видео
+      --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
+      --language КОД              язык речи, например ru или en; auto — определить
+      --speakers                  различать двух говорящих по голосу
+      --format txt|md|srt|json    вид результата (по умолчанию txt)
+      --output ПУТЬ|-             файл или папка для результата (по умолчанию стандартный вывод)
+      --no-history                не сохранять в историю
+
+  orvane correct [ФАЙЛ|-]         исправить в тексте пунктуацию и ошибки распознавания
+  orvane email [ФАЙЛ|-]           составить из текста письмо
+  orvane prompt [ФАЙЛ|-]          выполнить то, о чём просит текст
+  orvane ask ВОПРОС [ФАЙЛ|-]      ответить на вопрос по тексту
+  orvane protocol [ФАЙЛ|-]        составить по тексту протокол совещания
+      --record ID                 взять текст записи; correct, ask и protocol сохранят в ней результат
+      --model ИМЯ|ПУТЬ            языковая модель (по умолчанию выбранная в настройках)
+      --output ПУТЬ|-             файл для результата (по умолчанию стандартный вывод)
+
+  orvane history [list]           показать историю
+  orvane history show ID          показать запись
+  orvane history export ID        выдать запись (--format, --output — как выше)
+  orvane history rename ID ИМЯ    переименовать запись
+  orvane history retranscribe ID  расшифровать запись заново (--model, --language — как выше)
+  orvane history delete ID        удалить запись
+
+  orvane models [list]            показать модели: размер, память, что скачано
+  orvane models download ID…      скачать модели; прерванная загрузка продолжится
+  orvane models delete ID…        удалить модели
+  orvane models path [ID…]        показать, где лежат модели
+      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
+
+  orvane                          открыть программу; с --background — только значок
+  orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
+  orvane status                   показать состояние диктовки
+
+  orvane meeting start            начать запись совещания
+  orvane meeting stop             закончить её и расшифровать
+  orvane meeting cancel           прервать расшифровку; аудиозапись останется
+  orvane meeting [status]         показать, что с совещанием
+  orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
+  orvane meeting dismiss          больше не предлагать её; аудиозапись останется
+
+  orvane --version                показать версию
+  orvane --help                   показать эту справку
+
+Коды завершения: 0 — готово, 1 — не получилось, 2 — ошибка в команде, 130 — прервано.
+)",
+     uR"(Orvane turns speech into text on your computer.
+
+  orvane transcribe FILE…         transcribe audio or video
+      --model NAME|PATH           recognition model (by default the one chosen in the settings)
+      --language CODE             language of the speech, such as ru or en; auto finds out
+      --speakers                  tell two speakers apart by their voices
+      --format txt|md|srt|json    form of the result (txt by default)
+      --output PATH|-             file or folder for the result (standard output by default)
+      --no-history                do not save to the history
+
+  orvane correct [FILE|-]         correct a text's punctuation and slips of the recognition
+  orvane email [FILE|-]           make an e-mail of a text
+  orvane prompt [FILE|-]          do what a text asks for
+  orvane ask QUESTION [FILE|-]    answer a question about a text
+  orvane protocol [FILE|-]        write the protocol of a meeting from its text
+      --record ID                 take a record's text; correct, ask and protocol store what comes of it
+      --model NAME|PATH           language model (by default the one chosen in the settings)
+      --output PATH|-             file for the result (standard output by default)
+
+  orvane history [list]           show the history
+  orvane history show ID          show a record
+  orvane history export ID        give out a record (--format and --output as above)
+  orvane history rename ID NAME   rename a record
+  orvane history retranscribe ID  transcribe a record anew (--model and --language as above)
+  orvane history delete ID        delete a record
+
+  orvane models [list]            show the models: size, memory, what is downloaded
+  orvane models download ID…      download models; an interrupted download goes on
+  orvane models delete ID…        delete models
+  orvane models path [ID…]        show where the models lie
+      --repository ADDRESS        where to download from (by default as the build says)
+
+  orvane                          open the program; with --background only its icon
+  orvane toggle                   start a dictation, or finish it and insert its text
+  orvane start | stop | cancel    the same one by one; cancel inserts nothing
+  orvane status                   show the dictation's state
+
+  orvane meeting start            begin to record a meeting
+  orvane meeting stop             end the recording and transcribe it
+  orvane meeting cancel           abandon the transcription; the audio stays
+  orvane meeting [status]         show what the meeting is at
+  orvane meeting transcribe       transcribe a recording that a crash left behind
+  orvane meeting dismiss          do not offer it any more; the audio stays
+
+  orvane --version                show the version
+  orvane --help                   show this help
+
+Exit status: 0 done, 1 failed, 2 wrong command, 130 interrupted.
+)"},
+};
 
 } // namespace orvane::Localization

@@ -50,21 +50,19 @@ void TestCorrectionModels::recommends()
 
 void TestCorrectionModels::everyModelCanBeShownAndFetched()
 {
-    QSet<CorrectionModel> different;
+    QSet<QString> ids;
     QSet<QString> files;
     Localization::setLanguage(u"en"_s);
     for (const CorrectionModel &model : CorrectionModel::catalog()) {
-        different.insert(model);
+        ids.insert(model.id);
         files.insert(model.fileName);
         QVERIFY(model.repositoryPath.startsWith(u'/'));
         QVERIFY(model.repositoryPath.endsWith(u"/resolve/main/"_s + model.fileName));
-        QVERIFY2(Localization::text(model.strength) != model.strength, qPrintable(model.id));
-        QVERIFY2(Localization::text(model.languages) != model.languages, qPrintable(model.id));
     }
     QCOMPARE(title(CorrectionEngine::Apple), u"Built-in (Apple)"_s);
     Localization::setLanguage(u"ru"_s);
     QCOMPARE(title(CorrectionEngine::Local), u"Опенсорсная модель"_s);
-    QCOMPARE(different.size(), 7);
+    QCOMPARE(ids.size(), 7);
     QCOMPARE(files.size(), 7);
 }
 

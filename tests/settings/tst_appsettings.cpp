@@ -245,7 +245,7 @@ void TestAppSettings::interfaceLanguageSpeaksAtOnce()
 
     QStringList heard;
     connect(&settings, &AppSettings::interfaceLanguageChanged, &settings,
-            [&] { heard << Localization::text(u"правый Alt"_s); });
+            [&] { heard << Localization::text(u"правый Alt"); });
     connect(&settings, &AppSettings::dictationTriggerNameChanged, &settings,
             [&] { heard << settings.dictationTriggerName(); });
     connect(&settings, &AppSettings::languageChanged, &settings,
