@@ -24,6 +24,19 @@ namespace orvane {
 /// else as a warning on standard error, because a service should have published it.
 void spawn(QCoro::Task<> task);
 
+/// The same for a task whose failure is published by who runs it, such as an Operation.
+template <typename Result>
+void spawnPublished(QCoro::Task<Result> task)
+{
+    spawn([](QCoro::Task<Result> published) -> QCoro::Task<> {
+        try {
+            co_await std::move(published);
+        } catch (const Error &) {
+            // the user sees it
+        }
+    }(std::move(task)));
+}
+
 /// Resumes after the duration, never synchronously; throws Cancelled as soon as stop is requested.
 /// Call and stop on the same thread.
 [[nodiscard]] QCoro::Task<> sleepFor(std::chrono::milliseconds duration, std::stop_token stop = {});

@@ -38,11 +38,10 @@ std::stop_token Operation::begin()
     return stop;
 }
 
-void Operation::end(const std::optional<QString> &failure)
+void Operation::end(const QString &failure)
 {
     std::stop_source run = m_run; // this object may be destroyed by whom it tells
-    if (failure)
-        setError(*failure);
+    setError(failure);
     setRunning(false);
     run.request_stop();
 }
@@ -54,6 +53,12 @@ void Operation::cancel()
     std::stop_source run = m_run;
     setRunning(false);
     run.request_stop();
+}
+
+void Operation::cancel(const std::stop_token &run)
+{
+    if (m_run.get_token() == run)
+        cancel();
 }
 
 void Operation::setRunning(bool running)

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <type_traits>
 
 namespace orvane {
 
@@ -70,28 +71,37 @@ public:
     /// What went wrong last, one sentence; empty when nothing has since the last start.
     [[nodiscard]] QString error() const { return m_error; }
 
-    /// Runs the work, which was made for this run, and publishes how it goes. Never throws: returns none when
-    /// it failed, with error() then, and none when it was cancelled. Not while one runs.
+    /// Runs the work, which was made for this run, and publishes how it goes. Ends as the work does: with its
+    /// result, with an Error whose description is error() now, or with Cancelled, by cancel() or by `stop`.
+    /// Not while one runs.
     template <typename Result>
-    QCoro::Task<std::optional<Result>> run(Work<Result> work)
+    QCoro::Task<Result> run(Work<Result> work, std::stop_token stop = {})
     {
-        const std::stop_token stop = begin();
-        std::optional<Result> result;
-        std::optional<QString> failure;
+        const std::stop_token run = begin();
+        const std::stop_callback cancelThis(stop, [this, run] { cancel(run); });
+        QString failure;
         try {
-            result = co_await m_scope(work(Progress(this, stop), stop), stop);
+            if constexpr (std::is_void_v<Result>) {
+                co_await m_scope(work(Progress(this, run), run), run);
+                end({});
+                co_return;
+            } else {
+                Result result = co_await m_scope(work(Progress(this, run), run), run);
+                end({});
+                co_return result;
+            }
         } catch (const Cancelled &) {
-            // By cancel(), after which the state is the next run's, or because what it needed was given up.
-            if (stop.stop_requested())
-                co_return std::nullopt;
+            if (!run.stop_requested()) // what the work needed was given up
+                end({});
+            throw;
         } catch (const std::exception &error) {
             failure = descriptionOf(error);
         }
         end(failure);
-        co_return result;
+        throw Error(failure);
     }
 
-    /// Stops the run, which returns none, and is ready for the next at once.
+    /// Ends the run with Cancelled and is ready for the next at once.
     void cancel();
 
     /// For what is refused before it runs, and for how a run ended.
@@ -107,7 +117,8 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] std::stop_token begin();
-    void end(const std::optional<QString> &failure);
+    void end(const QString &failure);
+    void cancel(const std::stop_token &run);
     void setRunning(bool running);
 
     bool m_running = false;

@@ -7,7 +7,7 @@
 #include "base/localization/Localization.h"
 #include "models/CorrectionModelManager.h"
 #include "models/ModelManager.h"
-#include "update/DeviceSources.h"
+#include "base/system/Machine.h"
 
 #include <QFileInfo>
 
@@ -83,7 +83,7 @@ void ModelsCommand::list() const
                      text(model.approxSize), text(model.approxRAM), notes);
     }
 
-    const double memoryGB = DeviceSources::ofThisMachine().memory() / bytesPerGigabyte;
+    const double memoryGB = double(Machine::physicalMemory()) / bytesPerGigabyte;
     const QString recommended = CorrectionModel::recommendedID(memoryGB, CorrectionModel::Processor::Other);
     lines += u'\n' + text(u"Обработка текста") + u'\n';
     for (const CorrectionModel &model : CorrectionModel::catalog()) {

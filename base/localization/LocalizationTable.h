@@ -346,6 +346,11 @@ inline constexpr TextPair table[] = {
     {u"Внутренняя ошибка программы.", u"Internal error of the program."},
 
     // Files
+    {u"ошибка файловой системы", u"file system error"},
+    {u"открыто слишком много файлов", u"too many files are open"},
+    {u"слишком длинное имя", u"the name is too long"},
+    {u"диск доступен только для чтения", u"the disk is read-only"},
+    {u"на диске нет места", u"no space left on the disk"},
     {u"Не удалось прочитать файл", u"Could not read the file"},
     {u"Не удалось записать файл", u"Could not write the file"},
 

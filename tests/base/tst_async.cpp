@@ -74,7 +74,11 @@ QCoro::Task<int> failWith(Failure failure)
 QCoro::Task<> runInto(Operation *operation, Operation::Work<int> work, std::optional<int> *result,
                       bool *ended)
 {
-    *result = co_await operation->run<int>(std::move(work));
+    try {
+        *result = co_await operation->run<int>(std::move(work));
+    } catch (const Error &) {
+        // published
+    }
     *ended = true;
 }
 

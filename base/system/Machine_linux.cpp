@@ -1,15 +1,13 @@
-#include "update/DeviceSources.h"
+#include "base/system/Machine.h"
 
 #include <QFile>
-#include <QLocale>
 #include <QRegularExpression>
-#include <QSysInfo>
 
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
-namespace orvane {
+namespace orvane::Machine {
 
 namespace {
 
@@ -24,7 +22,16 @@ QString firstLineOf(const QString &path)
     return QString::fromUtf8(file.readLine(longestLine)).trimmed();
 }
 
-QString machineId(const QString &root)
+} // namespace
+
+qint64 physicalMemory()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    return pages > 0 && pageSize > 0 ? qint64(pages) * pageSize : 0;
+}
+
+QString identifier(const QString &root)
 {
     // Until the first start is over the file may say "uninitialized".
     static const QRegularExpression form(u"^[0-9a-f]{32}$"_s);
@@ -36,7 +43,6 @@ QString machineId(const QString &root)
     return {};
 }
 
-/// Of the first processor.
 QString processorName(const QString &root)
 {
     QFile file(root + u"/proc/cpuinfo"_s);
@@ -50,27 +56,9 @@ QString processorName(const QString &root)
     return {};
 }
 
-double physicalMemory()
+QString productName(const QString &root)
 {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long pageSize = sysconf(_SC_PAGE_SIZE);
-    return pages > 0 && pageSize > 0 ? double(pages) * double(pageSize) : 0;
+    return firstLineOf(root + u"/sys/class/dmi/id/product_name"_s);
 }
 
-} // namespace
-
-DeviceSources DeviceSources::ofThisMachine(const QString &root)
-{
-    return {.platformUUID = [root] { return machineId(root); },
-            .os =
-                [] {
-                    return u"%1 (%2 %3)"_s.arg(QSysInfo::prettyProductName(), QSysInfo::kernelType(),
-                                               QSysInfo::kernelVersion());
-                },
-            .model = [root] { return firstLineOf(root + u"/sys/class/dmi/id/product_name"_s); },
-            .cpu = [root] { return processorName(root); },
-            .memory = [] { return physicalMemory(); },
-            .locale = [] { return QLocale::system().name(); }};
-}
-
-} // namespace orvane
+} // namespace orvane::Machine

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace orvane {
+
+/// A lock on a file, held while this lives and given up however the process ends. It keeps out other
+/// processes and other locks of this one, on the same machine.
+class FileLock
+{
+public:
+    /// None when another holds it, or when the file cannot be opened. Makes the file if it is not there, for
+    /// its owner alone; it stays there afterwards.
+    [[nodiscard]] static std::optional<FileLock> tryLock(const QString &path);
+
+    FileLock(FileLock &&other) noexcept;
+    FileLock &operator=(FileLock &&other) noexcept;
+    FileLock(const FileLock &) = delete;
+    FileLock &operator=(const FileLock &) = delete;
+    ~FileLock();
+
+private:
+    explicit FileLock(int descriptor) : m_descriptor(descriptor) {}
+
+    int m_descriptor;
+};
+
+} // namespace orvane
