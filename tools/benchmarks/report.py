@@ -39,8 +39,11 @@ def configured(name):
 
 def fixture_environment():
     """The environment in which programs of the tests find the real engine, models and recordings."""
-    names = ("ORVANE_TEST_FIXTURES", "ORVANE_TEST_MODELS", "ORVANE_TEST_ENGINE")
-    return {**os.environ, **{name: str(configured(name)) for name in names}}
+    fixtures = configured("ORVANE_TEST_FIXTURES")
+    return {**os.environ,
+            "ORVANE_TEST_FIXTURES": str(fixtures),
+            "ORVANE_TEST_MODELS": str(fixtures / "models"),
+            "ORVANE_TEST_ENGINE": str(BUILD / "lib/orvane/engine/whisper-server")}
 
 
 def program(name):
