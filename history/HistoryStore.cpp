@@ -36,12 +36,11 @@ HistoryStore::HistoryStore(const StandardFolders &folders, QObject *parent)
     m_rescanDelay.setSingleShot(true);
     m_rescanDelay.setInterval(rescanDelay);
     connect(&m_rescanDelay, &QTimer::timeout, this, [this] { spawn(refresh()); });
-    spawn(load());
 }
 
 HistoryStore::~HistoryStore()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     waitForDone(m_pool);
     if (!m_waiting.isEmpty()) {
         const QSignalBlocker quiet(this);
@@ -50,15 +49,18 @@ HistoryStore::~HistoryStore()
     }
 }
 
+void HistoryStore::startLoading()
+{
+    if (!std::exchange(m_isLoading, true))
+        spawn(load());
+}
+
 QCoro::Task<> HistoryStore::load()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    QList<TranscriptRecord> records = co_await offMainThread(&m_pool, [folder = &m_folder] {
+    publish(co_await m_scope(offMainThread(&m_pool, [folder = &m_folder] {
         folder->prepare();
         return folder->load();
-    });
-    throwIfCancelled(lifetime);
-    publish(std::move(records));
+    })));
 }
 
 void HistoryStore::publish(QList<TranscriptRecord> records)
@@ -75,8 +77,8 @@ QCoro::Task<> HistoryStore::whenLoaded()
 {
     if (m_loaded)
         co_return;
-    // Loading was asked for first and the pool keeps the order.
-    co_await offMainThread(&m_pool, [] {});
+    startLoading();
+    co_await offMainThread(&m_pool, [] {}); // the pool keeps the order
 }
 
 std::optional<TranscriptRecord> HistoryStore::record(const QUuid &id) const
@@ -87,10 +89,12 @@ std::optional<TranscriptRecord> HistoryStore::record(const QUuid &id) const
 
 void HistoryStore::whenReady(std::function<void()> change)
 {
-    if (m_loaded)
+    if (m_loaded) {
         change();
-    else
-        m_waiting.append(std::move(change));
+        return;
+    }
+    m_waiting.append(std::move(change));
+    startLoading();
 }
 
 void HistoryStore::change(const QUuid &id, const std::function<void(TranscriptRecord &)> &change)
@@ -181,16 +185,15 @@ void HistoryStore::save(const TranscriptRecord &record)
 
 QCoro::Task<> HistoryStore::write(QUuid id, std::function<void()> work)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     ++m_pendingWrites[id];
     QString failure;
     try {
-        co_await offMainThread(&m_pool, std::move(work));
-    } catch (const Error &error) {
-        failure = error.description();
+        co_await m_scope(offMainThread(&m_pool, std::move(work)));
+    } catch (const Gone &) {
+        throw;
+    } catch (const std::exception &error) {
+        failure = descriptionOf(error);
     }
-    throwIfCancelled(lifetime);
-
     if (--m_pendingWrites[id] == 0)
         m_pendingWrites.remove(id);
     noteOutcome(id, failure);
@@ -212,11 +215,18 @@ void HistoryStore::noteOutcome(const QUuid &id, const QString &failure)
 
 QCoro::Task<> HistoryStore::flush()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    co_await whenLoaded();
-    throwIfCancelled(lifetime);
+    if (!m_isLoading)
+        co_return; // nothing was changed
+    co_await m_scope(whenLoaded());
     // Behind every write that was asked for so far.
     co_await offMainThread(&m_pool, [] {});
+}
+
+QCoro::Task<> HistoryStore::whenSaved(QUuid id)
+{
+    co_await m_scope(flush());
+    if (const auto failure = m_failures.constFind(id); failure != m_failures.cend())
+        throw Error(*failure);
 }
 
 void HistoryStore::watch()
@@ -233,18 +243,17 @@ void HistoryStore::watch()
 
 QCoro::Task<> HistoryStore::followWhenLoaded()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    co_await whenLoaded(); // loading makes the folder
-    throwIfCancelled(lifetime);
+    co_await m_scope(whenLoaded()); // loading makes the folder
     followFolder();
 }
 
 QCoro::Task<> HistoryStore::refresh()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    const auto changes = co_await offMainThread(&m_pool, [folder = &m_folder] { return folder->rescan(); });
-    throwIfCancelled(lifetime);
-    takeOver(changes);
+    if (!m_isLoading) {
+        co_await whenLoaded();
+        co_return;
+    }
+    takeOver(co_await m_scope(offMainThread(&m_pool, [folder = &m_folder] { return folder->rescan(); })));
 }
 
 // Also after the folder was deleted and made again. What happened before it was watched is looked for.

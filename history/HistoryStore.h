@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "base/StandardFolders.h"
 #include "history/HistoryFolder.h"
 #include "history/TranscriptRecord.h"
@@ -15,7 +16,6 @@
 
 #include <functional>
 #include <optional>
-#include <stop_token>
 
 namespace orvane {
 
@@ -23,7 +23,8 @@ namespace orvane {
 /// counts; a change whose file could not be written lives until the process ends. Main thread; nothing
 /// here waits for the disk but the destructor, which lets the last writes end.
 ///
-/// The records load in the background. Changes made before that are taken up when they are there.
+/// The records load in the background on first use: when they are awaited, watched or changed. Changes made
+/// before that are taken up when they are there.
 class HistoryStore : public QObject
 {
     Q_OBJECT
@@ -64,6 +65,9 @@ public:
 
     /// Ends when every change made so far is on disk or in `lastError`.
     [[nodiscard]] QCoro::Task<> flush();
+    /// Ends when that record is on disk as it stands here, or gone from it as from here. Throws Error, one
+    /// sentence, when the last attempt has failed; also for a record that was saved long ago.
+    [[nodiscard]] QCoro::Task<> whenSaved(QUuid id);
 
     /// Ends when what other processes have done in the history folder so far appears here.
     [[nodiscard]] QCoro::Task<> refresh();
@@ -77,6 +81,7 @@ Q_SIGNALS:
     void lastErrorChanged();
 
 private:
+    void startLoading();
     QCoro::Task<> load();
     void publish(QList<TranscriptRecord> records);
     /// Runs the change now, or once the records are loaded.
@@ -94,6 +99,7 @@ private:
 
     const QString m_directory;
     QList<TranscriptRecord> m_records;
+    bool m_isLoading = false;
     bool m_loaded = false;
     QList<std::function<void()>> m_waiting;
 
@@ -108,7 +114,7 @@ private:
 
     QFileSystemWatcher *m_watcher = nullptr;
     QTimer m_rescanDelay;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

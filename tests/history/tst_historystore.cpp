@@ -3,6 +3,7 @@
 #include "base/localization/Localization.h"
 #include "history/FileRecordSaver.h"
 #include "tests/history/Samples.h"
+#include "tests/support/TaskResult.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -28,6 +29,12 @@ QStringList titles(const HistoryStore &store)
 TranscriptRecord recordIn(const HistoryStore &store, const QUuid &id)
 {
     return store.record(id).value_or(TranscriptRecord());
+}
+
+QString failureOf(QCoro::Task<> task)
+{
+    const TaskResult result(std::move(task));
+    return QTest::qWaitFor([&] { return result.isDone(); }) ? result.error() : u"it does not end"_s;
 }
 
 QList<RecordEvent> eventsOf(const TranscriptRecord &record)
@@ -323,6 +330,8 @@ void TestHistoryStore::failedWriteIsToldAndMended()
     QVERIFY2(store->lastError().startsWith(u"Не удалось сохранить запись: "_s),
              qPrintable(store->lastError()));
     QCOMPARE(titles(*store), QStringList({u"b"_s, u"a"_s}));
+    QCOMPARE(failureOf(store->whenSaved(record.id)), store->lastError());
+    QCOMPARE(failureOf(store->whenSaved(store->records().first().id)), QString());
 
     QVERIFY(QDir(path).removeRecursively());
     store->rename(record.id, u"c"_s);

@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QTest>
 
+#include <QCoroTask>
+
 #include <random>
 
 using namespace Qt::StringLiterals;
@@ -112,7 +114,7 @@ void TestMeetingSoak::survivesKills()
     QCOMPARE(next.exitCode(), 0);
 
     MeetingHome home(folder.path(), engine.resources());
-    QTRY_VERIFY(home.history().isLoaded());
+    QCoro::waitFor(home.history().whenLoaded());
     QStringList recorded;
     for (const TranscriptRecord &record : home.history().records())
         recorded.append(record.audioFileName.value_or(QString()));
