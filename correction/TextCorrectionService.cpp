@@ -252,7 +252,7 @@ QString TextCorrectionService::localModelPath() const
     if (!m_modelFile.isEmpty())
         return m_modelFile;
     const std::optional<CorrectionModel> model = resolvedLocalModel();
-    return model ? m_models.localURL(*model) : QString();
+    return model ? m_models.localPath(*model) : QString();
 }
 
 QString TextCorrectionService::correctionSystemPrompt() const

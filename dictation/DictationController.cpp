@@ -243,7 +243,7 @@ void DictationController::notifyModelNeededOnce()
 QString DictationController::modelFile() const
 {
     const auto model = m_with.models.resolved(m_with.settings.selectedModelID());
-    return model ? m_with.models.localURL(*model) : QString();
+    return model ? m_with.models.localPath(*model) : QString();
 }
 
 void DictationController::setState(State state)

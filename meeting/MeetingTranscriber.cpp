@@ -265,7 +265,7 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
     using Speakers = TranscriptionService::SpeakerDetection;
     co_return co_await m_pipeline.run(
         {.audioPath = m_recordings.audioPath(*meeting),
-         .model = {.id = model->id, .path = m_models.localURL(*model)},
+         .model = {.id = model->id, .path = m_models.localPath(*model)},
          .language = meeting->languageCode,
          .speakers = m_settings.detectSpeakers() ? Speakers::On : Speakers::Off},
         stop);

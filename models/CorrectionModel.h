@@ -14,8 +14,8 @@ struct CorrectionModel
     QString id;
     QString displayName;
     QString fileName;
-    /// Path of the file in the model repository.
-    QString repositoryPath;
+    /// Name of the model's own repository.
+    QString repository;
     /// Size of the download and memory needed, in gigabytes.
     double sizeGB = 0;
     double ramGB = 0;
@@ -27,6 +27,11 @@ struct CorrectionModel
 
     /// The models the user may download, in the order of every list.
     [[nodiscard]] static const QList<CorrectionModel> &catalog();
+    /// What every file begins with.
+    [[nodiscard]] static QByteArray magic() { return "GGUF"; }
+
+    /// Path of the file in the model repository.
+    [[nodiscard]] QString repositoryPath() const;
 
     enum class Processor { AppleSilicon, Other };
     /// Id of the largest model that such a machine runs well; the smallest model when none does.

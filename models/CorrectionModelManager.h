@@ -1,12 +1,12 @@
 #pragma once
 
 #include "models/CorrectionModel.h"
-#include "models/ModelCatalogManager.h"
+#include "models/ModelCatalog.h"
 
 namespace orvane {
 
 /// The correction models in the user's folder of them. Main thread.
-class CorrectionModelManager : public ModelCatalogManager
+class CorrectionModelManager : public ModelCatalog<CorrectionModel>
 {
     Q_OBJECT
 
@@ -15,12 +15,6 @@ public:
     explicit CorrectionModelManager(const QString &directory,
                                     ModelRepository repository = ModelRepository::ofBuild(),
                                     QObject *parent = nullptr);
-
-    /// What is downloaded, in catalogue order.
-    [[nodiscard]] QList<CorrectionModel> downloadedModels() const;
-
-    using ModelCatalogManager::localURL;
-    [[nodiscard]] QString localURL(const CorrectionModel &model) const;
 };
 
 } // namespace orvane

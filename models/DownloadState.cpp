@@ -20,10 +20,10 @@ constexpr auto reportInterval = 16ms;
 
 } // namespace
 
-DownloadState::DownloadState(DownloadMeta meta, QString metaURL, Progress progress)
+DownloadState::DownloadState(DownloadMeta meta, QString recordPath, Progress progress)
     : m_meta(std::move(meta)),
       m_writtenBefore(m_meta.written),
-      m_metaURL(std::move(metaURL)),
+      m_recordPath(std::move(recordPath)),
       m_progress(std::move(progress)),
       m_nextSave(saveInterval),
       m_totalWritten(m_meta.totalWritten())
@@ -68,7 +68,7 @@ void DownloadState::save(Bytes bytes)
     m_nextSave.setRemainingTime(saveInterval);
 
     // Not QSaveFile: it waits for the disk, here behind everything downloaded in the last second.
-    const QString draft = PartFile::draftOf(m_metaURL);
+    const QString draft = PartFile::draftOf(m_recordPath);
     const QByteArray record = m_meta.toJson();
     QFile file(draft);
     const bool isWritten = file.open(QFile::WriteOnly) && file.write(record) == record.size() && file.flush();
@@ -79,7 +79,7 @@ void DownloadState::save(Bytes bytes)
     }
 
     std::error_code failure;
-    std::filesystem::rename(QFile::encodeName(draft).constData(), QFile::encodeName(m_metaURL).constData(),
+    std::filesystem::rename(QFile::encodeName(draft).constData(), QFile::encodeName(m_recordPath).constData(),
                             failure);
 }
 

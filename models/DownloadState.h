@@ -17,7 +17,7 @@ public:
     /// than a window can show it.
     using Progress = std::function<void(double)>;
 
-    DownloadState(DownloadMeta meta, QString metaURL, Progress progress);
+    DownloadState(DownloadMeta meta, QString recordPath, Progress progress);
 
     [[nodiscard]] const DownloadMeta &meta() const { return m_meta; }
 
@@ -39,7 +39,7 @@ public:
 private:
     DownloadMeta m_meta;
     const QList<qint64> m_writtenBefore;
-    const QString m_metaURL;
+    const QString m_recordPath;
     const Progress m_progress;
     QDeadlineTimer m_nextSave;
     QDeadlineTimer m_nextReport;

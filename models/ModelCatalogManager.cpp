@@ -52,7 +52,7 @@ ModelCatalogManager::~ModelCatalogManager()
     for (auto [id, download] : m_downloads.asKeyValueRange()) {
         download->downloader.interruptAndWait();
         if (download->isDiscarded)
-            PartFile::discard(localURL(id));
+            PartFile::discard(localPath(id));
     }
 }
 
@@ -68,7 +68,7 @@ const DownloadableModel *ModelCatalogManager::find(const QString &id) const
     return found == m_models.end() ? nullptr : &*found;
 }
 
-QString ModelCatalogManager::localURL(const QString &id) const
+QString ModelCatalogManager::localPath(const QString &id) const
 {
     const DownloadableModel *model = find(id);
     return model ? m_directory + u'/' + model->fileName : QString();
@@ -89,7 +89,7 @@ QUrl ModelCatalogManager::source(const DownloadableModel &model) const
 
 bool ModelCatalogManager::isPartlyDownloaded(const QString &id) const
 {
-    const QString file = localURL(id);
+    const QString file = localPath(id);
     return !file.isEmpty() && QFileInfo::exists(PartFile::pathFor(file));
 }
 
@@ -97,7 +97,7 @@ void ModelCatalogManager::refresh()
 {
     QSet<QString> found;
     for (const DownloadableModel &model : m_models) {
-        if (QFileInfo(localURL(model.id)).isFile())
+        if (QFileInfo(localPath(model.id)).isFile())
             found.insert(model.id);
     }
     if (found == m_downloaded)
@@ -137,7 +137,7 @@ void ModelCatalogManager::remove(const QString &id)
 QCoro::Task<> ModelCatalogManager::deleteFile(QString id)
 {
     const std::stop_token lifetime = m_lifetime.get_token();
-    const QString file = localURL(id);
+    const QString file = localPath(id);
     if (file.isEmpty())
         co_return;
     // Freeing gigabytes takes a disk its time.
@@ -188,7 +188,7 @@ QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
     throwIfCancelled(lifetime);
 
     if (download->isDiscarded) {
-        const auto discard = [destination = localURL(id)] { PartFile::discard(destination); };
+        const auto discard = [destination = localPath(id)] { PartFile::discard(destination); };
         co_await offMainThread(discard);
         throwIfCancelled(lifetime);
     }
@@ -205,7 +205,7 @@ QCoro::Task<> ModelCatalogManager::transfer(DownloadableModel model, std::shared
     const std::stop_token stop = download->stop.get_token();
     // Called on the main thread, and not after a stop request, which the destructor makes.
     const auto progress = [this, id = model.id](double fraction) { setProgress(id, fraction); };
-    co_await download->downloader.download(source(model), localURL(model.id), m_magic, progress, stop);
+    co_await download->downloader.download(source(model), localPath(model.id), m_magic, progress, stop);
 }
 
 void ModelCatalogManager::setProgress(const QString &id, double fraction)

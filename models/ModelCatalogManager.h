@@ -60,7 +60,7 @@ public:
     [[nodiscard]] qint64 downloadSize(const QString &id) const;
 
     /// Where the model's file lies, or would; empty for an id that is not in the catalogue.
-    [[nodiscard]] QString localURL(const QString &id) const;
+    [[nodiscard]] QString localPath(const QString &id) const;
 
     /// Whether a download of the model runs, here or elsewhere, or was interrupted and can be gone on with.
     [[nodiscard]] bool isPartlyDownloaded(const QString &id) const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/ModelCatalogManager.h"
+#include "models/ModelCatalog.h"
 #include "models/WhisperModel.h"
 
 #include <optional>
@@ -8,25 +8,21 @@
 namespace orvane {
 
 /// The recognition models in the user's models folder, and which of them to use. Main thread.
-class ModelManager : public ModelCatalogManager
+class ModelManager : public ModelCatalog<WhisperModel>
 {
     Q_OBJECT
 
 public:
     /// The folder need not exist; nothing is downloaded then.
     explicit ModelManager(const QString &modelsDirectory,
-                          ModelRepository repository = ModelRepository::ofBuild(), QObject *parent = nullptr);
+                          ModelRepository repository = ModelRepository::ofBuild(), QObject *parent = nullptr)
+        : ModelCatalog(modelsDirectory, std::move(repository), parent)
+    {}
 
     [[nodiscard]] QString modelsDirectory() const { return directory(); }
 
-    /// What is downloaded, in catalogue order.
-    [[nodiscard]] QList<WhisperModel> downloadedModels() const;
-
     /// The downloaded model with that id, else the first downloaded one; none when nothing is downloaded.
     [[nodiscard]] std::optional<WhisperModel> resolved(const QString &selectedID) const;
-
-    using ModelCatalogManager::localURL;
-    [[nodiscard]] QString localURL(const WhisperModel &model) const;
 };
 
 } // namespace orvane

@@ -24,4 +24,9 @@ const QList<WhisperModel> &WhisperModel::catalog()
     return models;
 }
 
+QString WhisperModel::repositoryPath() const
+{
+    return u"/vantrel/whisper.cpp/resolve/main/"_s + fileName;
+}
+
 } // namespace orvane

@@ -21,6 +21,11 @@ struct WhisperModel
 
     /// The models the user may download, in the order of every list and of the fallback choice.
     [[nodiscard]] static const QList<WhisperModel> &catalog();
+    /// What every file begins with: the ggml form's magic number, little-endian.
+    [[nodiscard]] static QByteArray magic() { return "lmgg"; }
+
+    /// Path of the file in the model repository.
+    [[nodiscard]] QString repositoryPath() const;
 
     bool operator==(const WhisperModel &) const = default;
 };

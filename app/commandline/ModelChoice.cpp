@@ -15,10 +15,10 @@ namespace {
 ModelFile named(const ModelCatalogManager &models, const QString &name)
 {
     if (models.downloaded().contains(name))
-        return {.id = name, .path = models.localURL(name)};
+        return {.id = name, .path = models.localPath(name)};
     if (QFileInfo(name).isFile())
         return ModelFile::atPath(name);
-    throw Error((models.localURL(name).isEmpty() ? Localization::text(u"Нет такой модели: ")
+    throw Error((models.localPath(name).isEmpty() ? Localization::text(u"Нет такой модели: ")
                                                  : Localization::text(u"Эта модель не скачана: ")) +
                 name);
 }
@@ -31,7 +31,7 @@ ModelFile recognitionModel(AppServices &services, const QString &name)
     if (!name.isEmpty())
         return named(models, name);
     if (const auto chosen = models.resolved(services.settings().selectedModelID()))
-        return {.id = chosen->id, .path = models.localURL(*chosen)};
+        return {.id = chosen->id, .path = models.localPath(*chosen)};
     throw Error(Localization::text(u"Не скачано ни одной модели распознавания. Скачайте её: orvane models "
                                    u"download base, или положите в папку ") +
                 models.modelsDirectory());

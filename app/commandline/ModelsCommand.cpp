@@ -100,7 +100,7 @@ void ModelsCommand::showPaths() const
 {
     QStringList paths;
     for (const QString &id : m_options.ids)
-        paths.append(managerOf(id).localURL(id));
+        paths.append(managerOf(id).localPath(id));
     if (paths.isEmpty())
         paths = {m_recognition.directory(), m_correction.directory()};
     Output::write((paths.join(u'\n') + u'\n').toUtf8());
@@ -144,7 +144,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
         Output::complain(text(u"Не удалось скачать ") + id + u": "_s + error.description());
         co_return false;
     }
-    Output::write((manager.localURL(id) + u'\n').toUtf8());
+    Output::write((manager.localPath(id) + u'\n').toUtf8());
     co_return true;
 }
 
@@ -158,7 +158,7 @@ QCoro::Task<int> ModelsCommand::remove()
     for (const QString &id : m_options.ids) {
         ModelCatalogManager &manager = managerOf(id);
         co_await manager.deleteFile(id);
-        if (QFileInfo::exists(manager.localURL(id)) || manager.isPartlyDownloaded(id))
+        if (QFileInfo::exists(manager.localPath(id)) || manager.isPartlyDownloaded(id))
             throw Error(text(u"Не удалось удалить модель: ") + id);
     }
     co_return ExitStatus::success;
@@ -166,9 +166,9 @@ QCoro::Task<int> ModelsCommand::remove()
 
 ModelCatalogManager &ModelsCommand::managerOf(const QString &id) const
 {
-    if (!m_recognition.localURL(id).isEmpty())
+    if (!m_recognition.localPath(id).isEmpty())
         return m_recognition;
-    if (!m_correction.localURL(id).isEmpty())
+    if (!m_correction.localPath(id).isEmpty())
         return m_correction;
     throw Error(text(u"Нет такой модели: ") + id);
 }

@@ -61,7 +61,7 @@ private Q_SLOTS:
         const QString completions = u"/v1/chat/completions"_s;
         engine.behave({.answers = {{u"/health"_s, {{.status = 200}}}, {completions, {FakeAnswer::never()}}}});
         auto services = make(engine.resources());
-        const QString model = services->correctionModels().localURL(CorrectionModel::catalog().first());
+        const QString model = services->correctionModels().localPath(CorrectionModel::catalog().first());
         QVERIFY(QFile(model).open(QIODevice::WriteOnly));
         services->correctionModels().refresh();
         const TaskResult result(services->corrector().correct(u"текст"_s));

@@ -144,7 +144,7 @@ void TestTextCorrectionService::cleanup()
 
 void TestTextCorrectionService::installModel(int index) const
 {
-    QFile file(m_models->localURL(CorrectionModel::catalog().at(index)));
+    QFile file(m_models->localPath(CorrectionModel::catalog().at(index)));
     QVERIFY(file.open(QFile::WriteOnly));
     file.close();
     m_models->refresh();
@@ -261,7 +261,7 @@ void TestTextCorrectionService::choosesModel()
     QStringList loaded;
     for (const FakeEngineHome::Launch &launch : m_home->launches())
         loaded.append(launch.arguments.value(1));
-    QCOMPARE(loaded, (QStringList{u"/models/own.gguf"_s, m_models->localURL(u"qwen2.5-3b"_s)}));
+    QCOMPARE(loaded, (QStringList{u"/models/own.gguf"_s, m_models->localPath(u"qwen2.5-3b"_s)}));
 }
 
 void TestTextCorrectionService::promptKeepsTheSafeguard()
@@ -403,7 +403,7 @@ void TestTextCorrectionService::modelVanishes()
 {
     useLocalEngine();
     const Result result(m_service->correct(u"текст"_s));
-    QVERIFY(QFile::remove(m_models->localURL(CorrectionModel::catalog().first())));
+    QVERIFY(QFile::remove(m_models->localPath(CorrectionModel::catalog().first())));
     m_models->refresh();
     QTRY_VERIFY(result.isDone());
     QCOMPARE(result.value(), std::nullopt);

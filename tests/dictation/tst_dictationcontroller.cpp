@@ -70,7 +70,7 @@ private:
     void install(const QString &path) const;
     void installLanguageModel() const
     {
-        install(m_correctionModels->localURL(CorrectionModel::catalog().first().id));
+        install(m_correctionModels->localPath(CorrectionModel::catalog().first().id));
     }
     void makeController();
     /// Until more than a slip has been recorded.
@@ -117,7 +117,7 @@ void TestDictationController::init()
     m_corrector = std::make_unique<TextCorrectionService>(
         *m_settings, *m_correctionModels, std::make_unique<LocalLLMEngine>(search, *m_registry),
         BuiltInModel::ofThisSystem());
-    install(m_models->localURL(WhisperModel::catalog().first().id));
+    install(m_models->localPath(WhisperModel::catalog().first().id));
     m_models->refresh();
     makeController();
 }
@@ -268,7 +268,7 @@ void TestDictationController::saysWhatFailed()
         QVERIFY(QFile::remove(m_home->executable()));
     record();
     if (status < 0) {
-        QVERIFY(QFile::remove(m_models->localURL(WhisperModel::catalog().first().id)));
+        QVERIFY(QFile::remove(m_models->localPath(WhisperModel::catalog().first().id)));
         m_models->refresh();
     }
     m_dictation->stop();
@@ -295,7 +295,7 @@ void TestDictationController::guidesBeforeRecording()
     if (hasModel)
         m_sound->unplug(microphone);
     else
-        QVERIFY(QFile::remove(m_models->localURL(WhisperModel::catalog().first().id)));
+        QVERIFY(QFile::remove(m_models->localPath(WhisperModel::catalog().first().id)));
     m_models->refresh();
 
     m_dictation->start();

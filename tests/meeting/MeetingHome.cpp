@@ -47,7 +47,7 @@ MeetingHome::MeetingHome(const QString &folder, const QString &engineFolder)
 void MeetingHome::installModel(const QString &id)
 {
     QDir().mkpath(m_folders.models());
-    QFile model(m_models.localURL(id));
+    QFile model(m_models.localPath(id));
     if (!model.open(QFile::WriteOnly))
         qFatal("cannot make %s", qPrintable(model.fileName()));
     model.write("lmgg");

@@ -187,7 +187,7 @@ void TestMeetingTranscriber::keepsWhatWasChosenAtTheStart()
     QTRY_COMPARE(meeting().statusText(), saved);
     QCOMPARE(m_home->history().records().first().modelID, u"small"_s);
     QCOMPARE(m_home->history().records().first().languageCode, u"en"_s);
-    QVERIFY(m_engine->launches().first().arguments.contains(m_home->models().localURL(u"small"_s)));
+    QVERIFY(m_engine->launches().first().arguments.contains(m_home->models().localPath(u"small"_s)));
 }
 
 void TestMeetingTranscriber::withoutSpeech()
@@ -276,7 +276,7 @@ void TestMeetingTranscriber::failures()
     record(1);
     const QString name = m_home->audio().value(0);
     const QString gone = what == u"engine"  ? m_engine->executable()
-                         : what == u"model" ? m_home->models().localURL(u"base"_s)
+                         : what == u"model" ? m_home->models().localPath(u"base"_s)
                                             : QString();
     if (!gone.isEmpty())
         QVERIFY(QFile::rename(gone, gone + u".gone"_s));
@@ -386,7 +386,7 @@ void TestMeetingTranscriber::refusesWhatDoesNotFit()
     QVERIFY(meeting().segments().isEmpty() && meeting().lastRecordID().isNull());
     QCOMPARE(meeting().elapsed(), 0.0);
 
-    QVERIFY(QFile::remove(m_home->models().localURL(u"base"_s)));
+    QVERIFY(QFile::remove(m_home->models().localPath(u"base"_s)));
     m_home->models().refresh();
     QCOMPARE(meeting().startRefusal(), u"Модель распознавания недоступна."_s);
 }

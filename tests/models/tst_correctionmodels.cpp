@@ -56,8 +56,8 @@ void TestCorrectionModels::everyModelCanBeShownAndFetched()
     for (const CorrectionModel &model : CorrectionModel::catalog()) {
         ids.insert(model.id);
         files.insert(model.fileName);
-        QVERIFY(model.repositoryPath.startsWith(u'/'));
-        QVERIFY(model.repositoryPath.endsWith(u"/resolve/main/"_s + model.fileName));
+        QVERIFY(model.repositoryPath().startsWith(u'/'));
+        QVERIFY(model.repositoryPath().endsWith(u"/resolve/main/"_s + model.fileName));
     }
     QCOMPARE(title(CorrectionEngine::Apple), u"Built-in (Apple)"_s);
     Localization::setLanguage(u"ru"_s);
@@ -77,8 +77,8 @@ void TestCorrectionModels::downloadsIntoItsFolder()
     const CorrectionModel &model = CorrectionModel::catalog().at(1);
     models.download(model.id);
     QTRY_COMPARE(models.downloadedModels(), QList{model});
-    QVERIFY(QFile::exists(models.localURL(model)));
-    QCOMPARE(server.served().last().request.path, model.repositoryPath.toUtf8());
+    QVERIFY(QFile::exists(models.localPath(model)));
+    QCOMPARE(server.served().last().request.path, model.repositoryPath().toUtf8());
 
     server.setContent("lmgg: of the other kind", "\"v2\"");
     models.download(u"qwen2.5-3b"_s);

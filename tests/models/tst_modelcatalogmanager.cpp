@@ -103,7 +103,7 @@ void TestModelCatalogManager::downloadsSeveralAtOnce()
     QVERIFY(!downloadedChanged.isEmpty());
     QCOMPARE(models->lastError(), QString());
     QCOMPARE(files(), (QStringList{u"ggml-base.bin"_s, u"ggml-tiny.en.bin"_s}));
-    QVERIFY(fileContent(models->localURL(u"base"_s)) == model());
+    QVERIFY(fileContent(models->localPath(u"base"_s)) == model());
 
     QMap<QByteArray, int> requests;
     for (const auto &one : m_server->served())
@@ -161,7 +161,7 @@ void TestModelCatalogManager::goesOnAfterAFailure()
     models->download(u"base"_s);
     QCOMPARE(models->lastError(), QString());
     QTRY_VERIFY(models->downloaded().contains(u"base"_s));
-    QVERIFY(fileContent(models->localURL(u"base"_s)) == model());
+    QVERIFY(fileContent(models->localPath(u"base"_s)) == model());
     QVERIFY(m_server->served().last().request.range->start > mebibyte);
 }
 

@@ -59,7 +59,7 @@ private Q_SLOTS:
         const auto model = models.resolved(selected);
         QCOMPARE(model ? model->id : QString(), id);
         if (model)
-            QVERIFY(QFile::exists(models.localURL(*model)));
+            QVERIFY(QFile::exists(models.localPath(*model)));
     }
 
     void folderNeedNotExist()

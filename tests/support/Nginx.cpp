@@ -8,6 +8,7 @@
 #include <QTcpServer>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -16,7 +17,7 @@ namespace orvane::test {
 namespace {
 
 const QString configuration = uR"(
-daemon off; worker_processes 1; pid %1/pid; error_log %1/error.log;
+%3 daemon off; worker_processes 1; pid %1/pid; error_log %1/error.log;
 events {}
 http {
     log_format requests "$uri $status $http_range $body_bytes_sent";
@@ -50,8 +51,6 @@ void write(const QString &path, const QByteArray &bytes)
 Nginx::Nginx()
 {
     require(m_folder.isValid(), "no temporary folder");
-    // When root runs the tests, the worker is another user.
-    QFile::setPermissions(m_folder.path(), QFile::Permissions(0x7755));
     QDir(m_folder.path()).mkdir(u"served"_s);
 
     // The port is ours before nginx runs, and it inherits the open socket, as from an earlier nginx that
@@ -63,7 +62,9 @@ Nginx::Nginx()
     const int socket = int(listener.socketDescriptor());
 
     const QString file = m_folder.filePath(u"nginx.conf"_s);
-    write(file, configuration.arg(m_folder.path()).arg(m_port).toUtf8());
+    // Root's worker would be another user, who may not enter a folder of root's.
+    const QString user = ::geteuid() == 0 ? u"user root;"_s : QString();
+    write(file, configuration.arg(m_folder.path()).arg(m_port).arg(user).toUtf8());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"NGINX"_s, u"%1;"_s.arg(socket));
     m_process.setProcessEnvironment(environment);

@@ -157,7 +157,7 @@ void TestMenuBarController::choosesModel()
     QDir().mkpath(m_services->models().modelsDirectory());
     const QList<WhisperModel> &catalog = WhisperModel::catalog();
     for (const WhisperModel &model : {catalog[0], catalog[1]})
-        QVERIFY(QFile(m_services->models().localURL(model)).open(QFile::WriteOnly));
+        QVERIFY(QFile(m_services->models().localPath(model)).open(QFile::WriteOnly));
     m_services->models().refresh();
     models = entry(opened(), u"Модель распознавания"_s)->menu();
     QCOMPARE(texts(*models), (QStringList{catalog[0].displayName, catalog[1].displayName}));
