@@ -1,5 +1,6 @@
 #include "audio/AudioDecoder.h"
 
+#include "audio/AudioDecoderError.h"
 #include "audio/MediaFile.h"
 #include "audio/SampleBuffer.h"
 #include "audio/decoding/AudioDecoderModule.h"
@@ -12,8 +13,6 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 namespace {
-
-using AudioDecoderError = AudioDecoder::AudioDecoderError;
 
 [[noreturn]] void throwFailure(const DecodingResult &result, bool isTooLong)
 {
@@ -48,26 +47,6 @@ using AudioDecoderError = AudioDecoder::AudioDecoderError;
 }
 
 } // namespace
-
-AudioDecoderError AudioDecoderError::couldNotOpen(const QString &reason)
-{
-    return {Kind::couldNotOpen, Localization::text(u"Не удалось открыть файл: ") + reason};
-}
-
-AudioDecoderError AudioDecoderError::conversionFailed(const QString &reason)
-{
-    return {Kind::conversionFailed, Localization::text(u"Ошибка декодирования аудио: ") + reason};
-}
-
-AudioDecoderError AudioDecoderError::noAudioTrack()
-{
-    return {Kind::noAudioTrack, Localization::text(u"В файле нет аудиодорожки.")};
-}
-
-AudioDecoderError AudioDecoderError::noSamples()
-{
-    return {Kind::noSamples, Localization::text(u"В файле не найдено аудиоданных.")};
-}
 
 AudioDecoder::AudioDecoder(const QString &moduleFolder) : m_moduleFile(moduleFolder + u"/orvane-decoder"_s) {}
 
@@ -111,12 +90,11 @@ const AudioDecoderModule &AudioDecoder::loadedModule() const
     if (const AudioDecoderModule *loaded = m_module)
         return *loaded;
     // Loading twice at the same time gives the same module; it stays for the life of the program.
-    QLibrary library(m_moduleFile);
-    const auto entry =
-        reinterpret_cast<AudioDecoderModuleEntry *>(library.resolve(audioDecoderModuleEntryName));
+    const auto entry = reinterpret_cast<AudioDecoderModuleEntry *>(
+        QLibrary::resolve(m_moduleFile, audioDecoderModuleEntryName));
     if (!entry) {
-        throw AudioDecoderError::couldNotOpen(Localization::text(u"модуль декодирования не загрузился. ") +
-                                              library.errorString());
+        throw AudioDecoderError::couldNotOpen(
+            Localization::text(u"модуль декодирования не загрузился; переустановите программу"));
     }
     m_module = entry();
     return *m_module;

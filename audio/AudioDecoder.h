@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/Error.h"
-
 #include <QString>
 
 #include <atomic>
@@ -20,25 +18,6 @@ class AudioDecoderModule;
 class AudioDecoder
 {
 public:
-    class AudioDecoderError : public Error
-    {
-    public:
-        enum class Kind { couldNotOpen, conversionFailed, noAudioTrack, noSamples };
-
-        /// The first two with their reason, a text in the interface language.
-        [[nodiscard]] static AudioDecoderError couldNotOpen(const QString &reason);
-        [[nodiscard]] static AudioDecoderError conversionFailed(const QString &reason);
-        [[nodiscard]] static AudioDecoderError noAudioTrack();
-        [[nodiscard]] static AudioDecoderError noSamples();
-
-        [[nodiscard]] Kind kind() const { return m_kind; }
-
-    private:
-        AudioDecoderError(Kind kind, const QString &description) : Error(description), m_kind(kind) {}
-
-        Kind m_kind;
-    };
-
     /// The module "orvane-decoder" lies in that folder.
     explicit AudioDecoder(const QString &moduleFolder);
     Q_DISABLE_COPY_MOVE(AudioDecoder)

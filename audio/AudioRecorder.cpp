@@ -1,14 +1,12 @@
 #include "audio/AudioRecorder.h"
 
+#include "audio/CaptureError.h"
 #include "audio/CaptureSession.h"
 #include "audio/CapturedSamples.h"
 #include "base/Async.h"
 #include "base/OneTimeEvent.h"
-#include "base/localization/Localization.h"
 
-#include <QCoroSignal>
-
-#include <exception>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -26,31 +24,22 @@ QList<float> noWaveform()
 
 } // namespace
 
-using CaptureError = AudioRecorder::CaptureError;
-
-CaptureError CaptureError::noInputDevice()
-{
-    return {Kind::noInputDevice,
-            Localization::text(
-                u"Микрофон не найден. Подключите его или выберите устройство ввода в настройках звука.")};
-}
-
-CaptureError CaptureError::deviceFailed(const QString &description)
-{
-    return {Kind::deviceFailed, description};
-}
-
 /// What those share who wait for one recording, with or without the recorder.
 struct AudioRecorder::Recording
 {
     std::shared_ptr<CaptureSession> session;
-    const std::shared_ptr<OneTimeEvent> opened = OneTimeEvent::create(); // or ended
+    const std::shared_ptr<OneTimeEvent> openedOrEnded = OneTimeEvent::create();
     const std::shared_ptr<OneTimeEvent> ended = OneTimeEvent::create();
     bool hasOpened = false;
     bool isStopped = false;
-    bool hasEnded = false;
-    std::exception_ptr failure;
-    std::vector<float> samples;
+    CaptureSession::Result result; // once it has ended
+
+    void end(CaptureSession::Result with)
+    {
+        result = std::move(with);
+        openedOrEnded->happen();
+        ended->happen();
+    }
 };
 
 AudioRecorder::AudioRecorder(const QString &moduleFolder, QObject *parent)
@@ -66,69 +55,89 @@ AudioRecorder::AudioRecorder(const QString &moduleFolder, QObject *parent)
 
 AudioRecorder::~AudioRecorder()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     waitForDone(m_audioThread); // what drops its rest ends at once
 }
 
 QCoro::Task<> AudioRecorder::start()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
+    if (m_recording && m_recording->ended->hasHappened())
+        discard();
     if (!m_recording) {
         m_recording = std::make_shared<Recording>();
         m_recording->session = std::make_shared<CaptureSession>(m_samples, [this] { takeNews(); });
         spawn(record(m_recording));
     }
     const std::shared_ptr<Recording> recording = m_recording;
-    if (!recording->hasOpened)
-        co_await recording->opened->wait();
-    throwIfCancelled(lifetime);
-    if (recording->failure)
-        std::rethrow_exception(recording->failure);
+    co_await m_scope(recording->openedOrEnded->wait());
     if (recording->isStopped)
         throw Cancelled();
+    if (!recording->hasOpened && recording->result.failure)
+        throw CaptureError(*recording->result.failure);
 }
 
 QCoro::Task<> AudioRecorder::record(std::shared_ptr<Recording> recording)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    const std::stop_callback drop(lifetime, [session = recording->session] {
+    const std::stop_callback drop(m_scope.stop(), [session = recording->session] {
         session->detach();
         session->end(CaptureRest::Drop);
     });
+    CaptureSession::Result result;
     try {
-        recording->samples =
-            co_await offMainThread(&m_audioThread, [session = recording->session, file = m_moduleFile] {
+        result = co_await m_scope(
+            offMainThread(&m_audioThread, [session = recording->session, file = m_moduleFile] {
                 return session->run(file);
-            });
-    } catch (...) {
-        recording->failure = std::current_exception();
+            }));
+    } catch (const Gone &) {
+        recording->end({}); // who waits for it finds the recorder gone
+        throw;
     }
-    recording->hasEnded = true;
-    if (!lifetime.stop_requested() && m_recording == recording)
-        detach();
-    recording->opened->happen();
-    recording->ended->happen();
+    recording->end(std::move(result));
+    if (m_recording != recording)
+        co_return;
+    recording->session->detach();
+    if (!recording->hasOpened)
+        m_recording.reset(); // start() reports it
+    showNothing();
+    if (m_recording == recording && recording->result.failure)
+        Q_EMIT endedByItself(recording->result.failure->description());
 }
 
 QCoro::Task<std::vector<float>> AudioRecorder::stop()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
-    const std::shared_ptr<Recording> recording = m_recording;
+    const std::shared_ptr<Recording> recording = letGo(CaptureRest::Keep);
     if (!recording)
         co_return {};
-    recording->isStopped = true;
-    recording->session->end(CaptureRest::Keep);
-    detach();
-    if (!recording->hasEnded)
-        co_await recording->ended->wait();
-    throwIfCancelled(lifetime);
-    std::vector<float> samples = std::move(recording->samples);
+    co_await m_scope(recording->ended->wait());
+    std::vector<float> samples = std::move(recording->result.samples);
     co_return samples;
+}
+
+void AudioRecorder::discard()
+{
+    letGo(CaptureRest::Drop);
+}
+
+std::shared_ptr<AudioRecorder::Recording> AudioRecorder::letGo(CaptureRest rest)
+{
+    std::shared_ptr<Recording> recording = std::exchange(m_recording, nullptr);
+    if (!recording)
+        return nullptr;
+    recording->isStopped = true;
+    recording->session->end(rest);
+    recording->session->detach();
+    showNothing();
+    return recording;
 }
 
 void AudioRecorder::setChunks(double seconds, ChunkHandler handler)
 {
     m_samples->setChunks(seconds, std::move(handler));
+}
+
+void AudioRecorder::flushChunk()
+{
+    m_samples->flushChunk();
 }
 
 std::vector<float> AudioRecorder::drainPendingChunk()
@@ -143,7 +152,7 @@ void AudioRecorder::takeNews()
     if (news.opened) {
         m_isRunning = true;
         recording->hasOpened = true;
-        recording->opened->happen();
+        recording->openedOrEnded->happen();
     }
     if (news.opened || news.heardAgain)
         m_silenceCheck.start(silenceLimit);
@@ -172,10 +181,8 @@ void AudioRecorder::setDeviceIsSilent(bool silent)
         Q_EMIT deviceIsSilentChanged();
 }
 
-void AudioRecorder::detach()
+void AudioRecorder::showNothing()
 {
-    m_recording->session->detach();
-    m_recording.reset();
     m_isRunning = false;
     m_silenceCheck.stop();
     m_waveform = noWaveform();

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "base/Error.h"
+#include "audio/LevelMeter.h"
+#include "audio/capture/CaptureModule.h"
+#include "base/Scope.h"
 
 #include <QList>
 #include <QObject>
@@ -11,7 +13,6 @@
 
 #include <functional>
 #include <memory>
-#include <stop_token>
 #include <vector>
 
 namespace orvane {
@@ -30,27 +31,10 @@ class AudioRecorder : public QObject
     Q_PROPERTY(bool deviceIsSilent READ deviceIsSilent NOTIFY deviceIsSilentChanged)
 
 public:
-    static constexpr int sampleRate = 16'000;
-    static constexpr int waveformSize = 48;
+    static constexpr int waveformSize = LevelMeter::waveformSize;
 
-    class CaptureError : public Error
-    {
-    public:
-        enum class Kind { noInputDevice, deviceFailed };
-
-        [[nodiscard]] static CaptureError noInputDevice();
-        /// The description tells what failed and what to do, a text in the interface language.
-        [[nodiscard]] static CaptureError deviceFailed(const QString &description);
-
-        [[nodiscard]] Kind kind() const { return m_kind; }
-
-    private:
-        CaptureError(Kind kind, const QString &description) : Error(description), m_kind(kind) {}
-
-        Kind m_kind;
-    };
-
-    /// Called on the audio thread. May be called once more while setChunks() replaces it. Must not throw.
+    /// Called on the audio thread, or by flushChunk(). May be called once more while setChunks() replaces it.
+    /// Must not throw or take long.
     using ChunkHandler = std::function<void(std::vector<float>)>;
 
     /// The module "orvane-capture" lies in that folder.
@@ -64,18 +48,26 @@ public:
     [[nodiscard]] QCoro::Task<> start();
 
     /// Ends it and resumes with the samples in −1…1 since start(), including those that the device held
-    /// back; none when they went into chunks or nothing was being recorded. May be followed by start() at
-    /// once.
+    /// back; none when they went into chunks or nothing was being recorded. Of a recording that ended by
+    /// itself, what was recorded until then. May be followed by start() at once.
     [[nodiscard]] QCoro::Task<std::vector<float>> stop();
+
+    /// Ends it at once and forgets its samples: the next start() need not wait for them.
+    void discard();
 
     /// From the next samples on: hands out what is recorded in chunks of at least so many seconds, or,
     /// without a handler, keeps it for drainPendingChunk(). 0 and {} for stop() to return it, as at first.
     void setChunks(double seconds, ChunkHandler handler);
 
-    /// What no chunk has held yet, up to the last samples once stop() has resumed; empties it.
+    /// Hands what is recorded so far and was in no chunk yet to the handler, in its order with all other
+    /// chunks, before this returns.
+    void flushChunk();
+
+    /// What no chunk has held yet, up to the last samples once stop() has resumed; empties it. Unlike
+    /// flushChunk() it says nothing about the order with a chunk that is being handed out meanwhile.
     [[nodiscard]] std::vector<float> drainPendingChunk();
 
-    /// From the resuming of start() to the call of stop().
+    /// From the resuming of start() to the end of the recording.
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// What the indicator shows, 0…1; 0 when not running.
     [[nodiscard]] float level() const { return m_waveform.constLast(); }
@@ -85,6 +77,8 @@ public:
     [[nodiscard]] bool deviceIsSilent() const { return m_deviceIsSilent; }
 
 Q_SIGNALS:
+    /// The recording cannot go on, for a reason in the interface language. stop() gives what there is.
+    void endedByItself(const QString &reason);
     void levelChanged();
     void deviceIsSilentChanged();
 
@@ -95,16 +89,17 @@ private:
     void takeNews();
     void checkSilence();
     void setDeviceIsSilent(bool silent);
-    void detach();
+    std::shared_ptr<Recording> letGo(CaptureRest rest);
+    void showNothing();
 
     const QString m_moduleFile;
     const std::shared_ptr<CapturedSamples> m_samples;
-    std::shared_ptr<Recording> m_recording; // from start() to stop(), or to its failure
+    std::shared_ptr<Recording> m_recording; // from start() to stop(), or to its failure to start
     bool m_isRunning = false;
     bool m_deviceIsSilent = false;
     QList<float> m_waveform;
     QTimer m_silenceCheck;
-    std::stop_source m_lifetime;
+    Scope m_scope;
     QThreadPool m_audioThread; // one: a recording begins when the one before it has ended
 };
 

@@ -1,6 +1,5 @@
 #include "audio/CaptureSession.h"
 
-#include "audio/AudioRecorder.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 
@@ -15,16 +14,15 @@ namespace orvane {
 
 namespace {
 
-using CaptureError = AudioRecorder::CaptureError;
-
 const CaptureModule &loadedModule(const QString &file)
 {
     // Loading it again gives the same module; it stays for the life of the program.
-    QLibrary library(file);
-    const auto entry = reinterpret_cast<CaptureModuleEntry *>(library.resolve(captureModuleEntryName));
-    if (!entry)
-        throw CaptureError::deviceFailed(Localization::text(u"Модуль записи звука не загрузился. ") +
-                                         library.errorString());
+    const auto entry =
+        reinterpret_cast<CaptureModuleEntry *>(QLibrary::resolve(file, captureModuleEntryName));
+    if (!entry) {
+        throw CaptureError::deviceFailed(
+            Localization::text(u"Модуль записи звука не загрузился. Переустановите программу."));
+    }
     return *entry();
 }
 
@@ -36,11 +34,16 @@ void throwIfFailed(CaptureOutcome outcome)
     case CaptureOutcome::NoService:
         throw CaptureError::deviceFailed(Localization::text(
             u"Звуковая служба не отвечает. Проверьте, запущена ли она (PulseAudio или PipeWire)."));
+    case CaptureOutcome::AccessRefused:
+        throw CaptureError::accessRefused();
     case CaptureOutcome::NoDevice:
         throw CaptureError::noInputDevice();
     case CaptureOutcome::NotOpened:
         throw CaptureError::deviceFailed(Localization::text(
             u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука."));
+    case CaptureOutcome::Broken:
+        throw CaptureError::deviceFailed(
+            Localization::text(u"Звуковая система отказала, запись закончилась раньше времени."));
     }
 }
 
@@ -51,11 +54,17 @@ CaptureSession::CaptureSession(std::shared_ptr<CapturedSamples> samples, std::fu
       m_hasNews(std::move(hasNews))
 {}
 
-std::vector<float> CaptureSession::run(const QString &moduleFile)
+CaptureSession::Result CaptureSession::run(const QString &moduleFile)
 {
     m_samples->clear();
-    throwIfFailed(capture(loadedModule(moduleFile)));
-    return m_samples->takeAll();
+    Result result;
+    try {
+        throwIfFailed(capture(loadedModule(moduleFile)));
+    } catch (const CaptureError &error) {
+        result.failure = error;
+    }
+    result.samples = m_samples->takeAll();
+    return result;
 }
 
 CaptureOutcome CaptureSession::capture(const CaptureModule &module)
@@ -129,7 +138,7 @@ void CaptureSession::deliver(const float *samples, std::size_t count) noexcept
         m_meter.add(fresh, [&](float level) {
             isNews = true;
             // When the main thread is slow, what would have left the waveform meanwhile is not kept.
-            if (m_news.levels.size() == AudioRecorder::waveformSize)
+            if (m_news.levels.size() == LevelMeter::waveformSize)
                 m_news.levels.erase(m_news.levels.begin());
             m_news.levels.push_back(level);
         });

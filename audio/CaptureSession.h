@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audio/CaptureError.h"
 #include "audio/CapturedSamples.h"
 #include "audio/LevelMeter.h"
 #include "audio/capture/CaptureModule.h"
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace orvane {
@@ -34,9 +36,15 @@ public:
     CaptureSession(const CaptureSession &) = delete;
     CaptureSession &operator=(const CaptureSession &) = delete;
 
-    /// Records until end(); the samples that were kept. On the audio thread, which it makes of the calling
-    /// one. Throws AudioRecorder::CaptureError when nothing could be opened.
-    [[nodiscard]] std::vector<float> run(const QString &moduleFile);
+    /// What was kept of a recording, and why it could not begin or ended by itself.
+    struct Result
+    {
+        std::vector<float> samples;
+        std::optional<CaptureError> failure;
+    };
+
+    /// Records until end(). On the audio thread, which it makes of the calling one.
+    [[nodiscard]] Result run(const QString &moduleFile);
 
     /// Makes run() return soon; before it, at once. Any thread. Once dropped, the rest stays dropped.
     void end(CaptureRest rest);

@@ -1,15 +1,11 @@
 #include "audio/CapturedSamples.h"
 
+#include "audio/SampleRate.h"
+
 #include <new>
 #include <utility>
 
 namespace orvane {
-
-namespace {
-
-constexpr double sampleRate = 16000;
-
-} // namespace
 
 void CapturedSamples::setChunks(double seconds, ChunkHandler handler)
 {
@@ -22,11 +18,30 @@ void CapturedSamples::setChunks(double seconds, ChunkHandler handler)
 
 void CapturedSamples::add(std::span<const float> samples) noexcept
 {
+    size_t leastSize = 0;
     try {
-        std::unique_lock lock(m_mutex);
+        const std::lock_guard lock(m_mutex);
         std::vector<float> &target = m_chunkSize > 0 ? m_chunk : m_all;
         target.insert(target.end(), samples.begin(), samples.end());
-        if (m_chunkSize == 0 || !m_handler || m_chunk.size() < m_chunkSize)
+        leastSize = m_chunkSize;
+    } catch (const std::bad_alloc &) {
+        return; // What is there stays; there may be memory for the next ones.
+    }
+    if (leastSize > 0)
+        handOut(leastSize);
+}
+
+void CapturedSamples::flushChunk() noexcept
+{
+    handOut(1);
+}
+
+void CapturedSamples::handOut(size_t leastSize) noexcept
+{
+    try {
+        const std::lock_guard order(m_order);
+        std::unique_lock lock(m_mutex);
+        if (!m_handler || m_chunk.size() < leastSize)
             return;
         // A copy of the right size goes out; the room stays for the next chunk.
         std::vector<float> chunk(m_chunk);
@@ -35,7 +50,7 @@ void CapturedSamples::add(std::span<const float> samples) noexcept
         lock.unlock();
         (*handler)(std::move(chunk));
     } catch (const std::bad_alloc &) {
-        // What is there stays; there may be memory for the next ones.
+        // They stay for the next chunk.
     }
 }
 

@@ -17,8 +17,13 @@ public:
     /// See AudioRecorder::setChunks.
     void setChunks(double seconds, ChunkHandler handler);
 
-    /// The handler is called on this thread, outside the lock. Without memory the samples are lost.
+    /// The handler is called on this thread with each chunk that is full. Without memory the samples are
+    /// lost.
     void add(std::span<const float> samples) noexcept;
+
+    /// Hands out now, on this thread, what no chunk has held yet, in its order with all other chunks. Not
+    /// from within the handler.
+    void flushChunk() noexcept;
 
     /// Forgets everything that was added.
     void clear();
@@ -29,7 +34,10 @@ public:
     [[nodiscard]] std::vector<float> takePendingChunk();
 
 private:
-    std::mutex m_mutex;
+    void handOut(size_t leastSize) noexcept;
+
+    std::mutex m_order;     // held while a chunk is taken and handed out, so that none overtakes another
+    std::mutex m_mutex;     // guards everything below
     size_t m_chunkSize = 0; // 0: no chunks
     std::shared_ptr<const ChunkHandler> m_handler;
     std::vector<float> m_all;

@@ -11,6 +11,8 @@ class LevelMeter
 public:
     /// Samples at 16 kHz in one level: 85 ms.
     static constexpr size_t blockSize = 4096 / 3;
+    /// Levels that an indicator shows beside each other.
+    static constexpr size_t waveformSize = 48;
 
     /// Calls `measured` with the level after each block that the samples complete, of whatever number
     /// they come.

@@ -1,6 +1,6 @@
 #include "audio/MediaFile.h"
 
-#include "audio/AudioDecoder.h"
+#include "audio/AudioDecoderError.h"
 #include "base/localization/Localization.h"
 
 #include <QFile>
@@ -18,8 +18,6 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 namespace {
-
-using AudioDecoderError = AudioDecoder::AudioDecoderError;
 
 QByteArray plainSuffix(const QString &path)
 {

@@ -1,5 +1,7 @@
 #include "audio/SampleBuffer.h"
 
+#include "audio/SampleRate.h"
+
 #include <algorithm>
 #include <new>
 #include <span>
@@ -11,7 +13,7 @@ namespace {
 
 constexpr size_t blockSamples = 1 << 18;
 // A length told in whole seconds, or without the last packet, still fits.
-constexpr std::int64_t spareSamples = 2 * 16000;
+constexpr std::int64_t spareSamples = 2 * sampleRate;
 
 // Without a branch, so that the compiler treats several samples at once.
 float inRange(float sample)

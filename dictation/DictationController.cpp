@@ -1,5 +1,6 @@
 #include "dictation/DictationController.h"
 
+#include "audio/SampleRate.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
@@ -19,7 +20,7 @@ namespace orvane {
 namespace {
 
 /// What is not longer than 0.3 s is a slip of the keys, not speech.
-constexpr size_t mostOfASlip = AudioRecorder::sampleRate * 3 / 10;
+constexpr size_t mostOfASlip = sampleRate * 3 / 10;
 /// Until the screen is as it was before the indicator, and the focus where the text is to go.
 constexpr auto settlingTime = 80ms;
 /// Dictations are in any language, whatever the files are in.

@@ -1,8 +1,10 @@
 #include "meeting/MicrophoneSource.h"
 
+#include "audio/SampleRate.h"
+
 namespace orvane {
 
-static_assert(AudioRecorder::sampleRate == MeetingSource::sampleRate);
+static_assert(orvane::sampleRate == MeetingSource::sampleRate);
 
 MicrophoneSource::MicrophoneSource(const QString &moduleFolder) : m_recorder(moduleFolder)
 {

@@ -22,10 +22,13 @@ protected:
 enum class CaptureOutcome {
     /// As it was told to.
     Ended,
-    // These before opened() only: whatever happens afterwards, the capture goes on as soon as it can.
+    // The next ones before opened() only: without a device or a service the capture then waits for one.
     NoService,
+    AccessRefused,
     NoDevice,
     NotOpened,
+    /// After opened(): it cannot go on, whatever the devices do.
+    Broken,
 };
 
 /// What happens to samples that the device has recorded but not delivered yet.
@@ -59,6 +62,6 @@ protected:
 
 /// The module's one exported function. Its name changes with what stands above.
 using CaptureModuleEntry = const CaptureModule *();
-inline constexpr char captureModuleEntryName[] = "orvaneCaptureModule1";
+inline constexpr char captureModuleEntryName[] = "orvaneCaptureModule2";
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "audio/capture/InputConverter.h"
 
+#include "audio/SampleRate.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <new>
@@ -8,8 +10,6 @@
 namespace orvane {
 
 namespace {
-
-constexpr int outputRate = 16000;
 
 // The filter may swing over the limits; a float device may give anything.
 float inRange(float sample)
@@ -25,7 +25,7 @@ InputConverter::InputConverter(int rate, int channels) : m_channels(channels)
     AVChannelLayout mono{};
     av_channel_layout_default(&mono, 1);
     SwrContext *made = nullptr;
-    const int set = swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_FLT, outputRate, &mono, AV_SAMPLE_FMT_FLT,
+    const int set = swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_FLT, sampleRate, &mono, AV_SAMPLE_FMT_FLT,
                                         rate, 0, nullptr);
     m_context.reset(made);
     if (set < 0 || swr_init(made) < 0)

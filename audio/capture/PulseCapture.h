@@ -31,10 +31,12 @@ private:
 
     void iterate();
     void heedRequest();
+    void loopFailed();
 
     void connect();
     void contextChanged();
     void contextLost();
+    [[nodiscard]] bool isRefused() const;
     void findSource();
     void sourceFound(const pa_source_info &source);
     void searchEnded();

@@ -53,12 +53,17 @@ void PulseCapture::iterate()
 {
     // Preparing forgets earlier wakings, so the request is looked at after it.
     if (pa_mainloop_prepare(m_loop.get(), -1) < 0)
-        return fail(CaptureOutcome::NotOpened);
+        return loopFailed();
     heedRequest();
     if (m_outcome)
         return;
     if (pa_mainloop_poll(m_loop.get()) < 0 || pa_mainloop_dispatch(m_loop.get()) < 0)
-        fail(CaptureOutcome::NotOpened);
+        loopFailed();
+}
+
+void PulseCapture::loopFailed()
+{
+    fail(m_opened ? CaptureOutcome::Broken : CaptureOutcome::NotOpened);
 }
 
 void PulseCapture::heedRequest()
@@ -115,12 +120,17 @@ void PulseCapture::contextChanged()
 void PulseCapture::contextLost()
 {
     if (!m_opened)
-        return fail(CaptureOutcome::NoService);
+        return fail(isRefused() ? CaptureOutcome::AccessRefused : CaptureOutcome::NoService);
     closeStream();
     m_searching.reset();
     m_subscribing.reset();
     m_context.reset();
     wake(retryInterval);
+}
+
+bool PulseCapture::isRefused() const
+{
+    return m_context && pa_context_errno(m_context.get()) == PA_ERR_ACCESS;
 }
 
 void PulseCapture::findSource()
@@ -199,7 +209,7 @@ void PulseCapture::streamChanged()
 void PulseCapture::streamEnded()
 {
     if (!m_opened)
-        return fail(CaptureOutcome::NotOpened);
+        return fail(isRefused() ? CaptureOutcome::AccessRefused : CaptureOutcome::NotOpened);
     closeStream();
     // Unplugged: its successor is told by the server. Or opening failed, and may not the next time.
     wake(retryInterval);
@@ -264,7 +274,7 @@ public:
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const orvane::CaptureModule *orvaneCaptureModule1()
+extern "C" __attribute__((visibility("default"))) const orvane::CaptureModule *orvaneCaptureModule2()
 {
     static const PulseCaptureModule module;
     return &module;

@@ -1,3 +1,4 @@
+#include "audio/SampleRate.h"
 #include "audio/decoding/FFmpegTrackDecoder.h"
 
 #include <new>
@@ -18,7 +19,7 @@ public:
             FFmpegInput input(source);
             const AVStream &track = input.selectAudioTrack();
             if (const auto length = input.duration(track); length && input.isDurationTold())
-                sink.expect(*length * 16);
+                sink.expect(*length * sampleRate / 1000);
             FFmpegTrackDecoder(input, track, sink).run();
             return {};
         } catch (const DecodingFailure &failure) {

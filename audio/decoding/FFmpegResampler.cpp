@@ -1,5 +1,7 @@
 #include "audio/decoding/FFmpegResampler.h"
 
+#include "audio/SampleRate.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 }
@@ -11,7 +13,6 @@ namespace orvane {
 
 namespace {
 
-constexpr int outputRate = 16000;
 // What audio can have; outside, a damaged header speaks. The upper end is DSD512 as its decoder gives it.
 constexpr int lowestRate = 1000;
 constexpr int highestRate = 2'822'400;
@@ -90,7 +91,7 @@ FFmpegHandle<SwrContext> FFmpegResampler::make(Matrix matrix)
     // Planar, though there is one channel: the filter then writes into the sink without a copy.
     SwrContext *made = nullptr;
     const int set =
-        swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_FLTP, outputRate, isKnown ? &m_layout : &guessed,
+        swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_FLTP, sampleRate, isKnown ? &m_layout : &guessed,
                             static_cast<AVSampleFormat>(m_format), m_rate, 0, nullptr);
     av_channel_layout_uninit(&guessed);
     FFmpegHandle<SwrContext> context(made);

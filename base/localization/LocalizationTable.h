@@ -132,7 +132,8 @@ inline constexpr TextPair table[] = {
     {u"файл пуст", u"the file is empty"},
     {u"это не аудио и не видео, или файл повреждён", u"it is neither audio nor video, or it is damaged"},
     {u"в нём только ссылки на другие файлы", u"it only refers to other files"},
-    {u"модуль декодирования не загрузился. ", u"the decoding module could not be loaded. "},
+    {u"модуль декодирования не загрузился; переустановите программу",
+     u"the decoding module could not be loaded; reinstall the program"},
     {u"формат звука не поддерживается: ", u"unsupported audio format: "},
     {u"данные повреждены", u"the data is damaged"},
     {u"не хватило памяти", u"not enough memory"},
@@ -148,7 +149,10 @@ inline constexpr TextPair table[] = {
      u"The sound service does not answer. Check that it is running (PulseAudio or PipeWire)."},
     {u"Микрофон не открывается. Подключите его заново или выберите другой в настройках звука.",
      u"The microphone cannot be opened. Connect it again or choose another one in the sound settings."},
-    {u"Модуль записи звука не загрузился. ", u"The sound recording module could not be loaded. "},
+    {u"Модуль записи звука не загрузился. Переустановите программу.",
+     u"The sound recording module could not be loaded. Reinstall the program."},
+    {u"Звуковая система отказала, запись закончилась раньше времени.",
+     u"The sound system failed, the recording ended early."},
 
     // Meetings
     {u"Идёт запись…", u"Recording…"},

@@ -1,6 +1,7 @@
 #include "recognition/labelling/SpeakerDiarizer.h"
 
 #include "audio/AudioDecoder.h"
+#include "audio/AudioDecoderError.h"
 #include "base/AllCores.h"
 #include "base/Async.h"
 #include "recognition/labelling/VoiceClusters.h"
@@ -62,7 +63,7 @@ QCoro::Task<QList<DisplaySegment>> assignByVoice(QList<DisplaySegment> segments,
         try {
             const std::vector<float> samples = decoder->decode(audioPath, stop);
             return assignByVoice(segments, samples, decodedRate, maxSpeakers);
-        } catch (const AudioDecoder::AudioDecoderError &) {
+        } catch (const AudioDecoderError &) {
             return assignSingle(segments); // the transcript is worth more than the numbers
         }
     };

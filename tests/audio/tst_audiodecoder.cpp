@@ -1,6 +1,7 @@
 #include "FailingReads.h"
 
 #include "audio/AudioDecoder.h"
+#include "audio/AudioDecoderError.h"
 #include "base/localization/Localization.h"
 #include "tests/support/Tone.h"
 
@@ -25,8 +26,6 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace orvane;
-
-using AudioDecoderError = AudioDecoder::AudioDecoderError;
 using Kind = AudioDecoderError::Kind;
 
 namespace {
@@ -631,7 +630,7 @@ void TestAudioDecoder::withoutModule()
     } catch (const AudioDecoderError &error) {
         QCOMPARE(error.kind(), Kind::couldNotOpen);
         QVERIFY(error.description().startsWith(
-            u"Не удалось открыть файл: модуль декодирования не загрузился. "_s));
+            u"Не удалось открыть файл: модуль декодирования не загрузился; переустановите"_s));
         QVERIFY(error.description().contains(u"orvane-decoder"_s));
     }
 }

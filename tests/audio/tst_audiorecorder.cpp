@@ -1,5 +1,8 @@
 #include "audio/AudioRecorder.h"
+#include "audio/CaptureError.h"
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
+#include "engine/PortReservation.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/TaskResult.h"
 #include "tests/support/Tone.h"
@@ -15,16 +18,15 @@
 #include <numbers>
 
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
 using orvane::test::SoundServer;
 
-using CaptureError = AudioRecorder::CaptureError;
-
 namespace {
 
-constexpr int rate = AudioRecorder::sampleRate;
+constexpr int rate = sampleRate;
 constexpr double loud = 0.5;
 constexpr int patience = 20'000; // ms, on a busy machine
 
@@ -75,6 +77,15 @@ class TestAudioRecorder : public QObject
     const QTemporaryDir m_folder;
     std::unique_ptr<SoundServer> m_server;
 
+    /// From here on this program reaches the server through a door that is closed to it.
+    void refuseToThisProgram()
+    {
+        const quint16 port = orvaneReserveFreePort(0);
+        m_server->control({u"load-module"_s, u"module-native-protocol-tcp"_s, u"listen=127.0.0.1"_s,
+                           u"port=%1"_s.arg(port), u"auth-cookie="_s + m_folder.filePath(u"other-cookie"_s)});
+        qputenv("PULSE_SERVER", u"tcp:127.0.0.1:%1"_s.arg(port).toUtf8());
+    }
+
     // A sine of half the full level.
     [[nodiscard]] QString tone(int frequency, double seconds) const
     {
@@ -114,6 +125,8 @@ private Q_SLOTS:
     void cannotStart();
     void startsAndStopsInAnyOrder();
     void endsWithItsRecorder();
+    void endsByItself();
+    void discards();
 };
 
 void TestAudioRecorder::records_data()
@@ -307,7 +320,9 @@ void TestAudioRecorder::cannotStart_data()
     QTest::newRow("no server") << u"server"_s << CaptureError::Kind::deviceFailed
                                << u"Звуковая служба не отвечает. "_s;
     QTest::newRow("no module") << u"module"_s << CaptureError::Kind::deviceFailed
-                               << u"Модуль записи звука не загрузился. "_s;
+                               << u"Модуль записи звука не загрузился. Переустановите программу."_s;
+    QTest::newRow("refused") << u"refusal"_s << CaptureError::Kind::accessRefused
+                             << u"Нет доступа к микрофону. "_s;
 }
 
 void TestAudioRecorder::cannotStart()
@@ -319,6 +334,8 @@ void TestAudioRecorder::cannotStart()
         m_server->crash();
     if (reason == u"monitor")
         m_server->control({u"load-module"_s, u"module-null-sink"_s});
+    if (reason == u"refusal")
+        refuseToThisProgram();
     AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
     const TaskResult started(recorder.start());
     QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
@@ -383,6 +400,58 @@ void TestAudioRecorder::endsWithItsRecorder()
         if (stopped)
             QTRY_VERIFY_WITH_TIMEOUT(stopped->isCancelled(), patience);
     }
+}
+
+void TestAudioRecorder::endsByItself()
+{
+    m_server->plugIn(u"microphone"_s);
+    AudioRecorder recorder(m_modules);
+    const QSignalSpy ended(&recorder, &AudioRecorder::endedByItself);
+    const TaskResult started(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+    m_server->speak(u"microphone"_s, tone(440, 0.5));
+
+    // The audio thread waits for more files than that.
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit few{.rlim_cur = 1, .rlim_max = files.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    QThread::msleep(500);
+    setrlimit(RLIMIT_NOFILE, &files);
+    QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, patience);
+    QVERIFY(ended.first().first().toString().startsWith(u"Звуковая система отказала"));
+    QVERIFY(!recorder.isRunning());
+
+    const TaskResult stopped(recorder.stop());
+    QTRY_VERIFY_WITH_TIMEOUT(stopped.succeeded(), patience);
+    const auto first =
+        std::ranges::find_if(stopped.value(), [](float value) { return std::abs(value) > 0.1F; });
+    QVERIFY(stopped.value().end() - first > rate * 4 / 10);
+    const TaskResult again(recorder.start());
+    QTRY_VERIFY_WITH_TIMEOUT(again.isDone(), patience);
+    QCOMPARE(again.error(), QString());
+}
+
+void TestAudioRecorder::discards()
+{
+    // A device that gives nothing keeps whoever wants its rest waiting for 250 ms.
+    m_server->control({u"load-module"_s, u"module-pipe-source"_s, u"source_name=pipe"_s,
+                       u"file="_s + m_folder.filePath(u"p"_s)});
+    m_server->setDefault(u"pipe"_s);
+    AudioRecorder recorder(m_modules);
+    qint64 fastest = patience;
+    for (int round = 0; round < 5; ++round) {
+        const TaskResult started(recorder.start());
+        QTRY_VERIFY_WITH_TIMEOUT(started.succeeded(), patience);
+        QElapsedTimer timer;
+        timer.start();
+        recorder.discard();
+        const TaskResult next(recorder.start());
+        QTRY_VERIFY_WITH_TIMEOUT(next.succeeded(), patience);
+        fastest = std::min(fastest, timer.elapsed());
+        recorder.discard();
+    }
+    QVERIFY2(fastest < 200, qPrintable(QString::number(fastest)));
 }
 
 QTEST_GUILESS_MAIN(TestAudioRecorder)

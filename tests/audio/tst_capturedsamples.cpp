@@ -3,7 +3,9 @@
 
 #include <QTest>
 
+#include <atomic>
 #include <numeric>
+#include <thread>
 
 using namespace orvane;
 
@@ -15,6 +17,7 @@ private Q_SLOTS:
     void chunksAreTheWhole_data();
     void chunksAreTheWhole();
     void withoutHandler();
+    void flushedInOrder();
     void loudness_data();
     void loudness();
     void smooths();
@@ -80,6 +83,28 @@ void TestCapturedSamples::withoutHandler()
     samples.add(some);
     samples.clear();
     QVERIFY(samples.takeAll().empty());
+}
+
+void TestCapturedSamples::flushedInOrder()
+{
+    std::vector<float> all(2'000'000);
+    std::iota(all.begin(), all.end(), 0.0F);
+    CapturedSamples samples;
+    std::vector<float> handedOut;
+    samples.setChunks(0.01, [&](const std::vector<float> &chunk) {
+        handedOut.insert(handedOut.end(), chunk.begin(), chunk.end());
+    });
+    std::atomic<bool> isDone = false;
+    std::jthread audio([&] {
+        for (std::span<const float> rest(all); !rest.empty(); rest = rest.subspan(50))
+            samples.add(rest.first(50));
+        isDone = true;
+    });
+    while (!isDone)
+        samples.flushChunk(); // as before each sync of a recording
+    audio.join();
+    samples.flushChunk();
+    QVERIFY(handedOut == all);
 }
 
 void TestCapturedSamples::loudness_data()
