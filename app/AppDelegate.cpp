@@ -22,11 +22,6 @@ std::chrono::nanoseconds uptime()
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-KeyTap::TriggerKey keyNamed(const QString &trigger)
-{
-    return trigger == "ropt"_L1 ? KeyTap::TriggerKey::RightOption : KeyTap::TriggerKey::RightCommand;
-}
-
 QCoro::Task<> endInOrder(MeetingTranscriber *meeting)
 {
     co_await meeting->finishForQuit();
@@ -35,7 +30,7 @@ QCoro::Task<> endInOrder(MeetingTranscriber *meeting)
 
 } // namespace
 
-AppDelegate::AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent)
+AppDelegate::AppDelegate(AppServices &services, Guidance *guidance, QObject *parent)
     : QObject(parent),
       m_services(services),
       m_guidance(guidance),
@@ -82,11 +77,10 @@ void AppDelegate::applicationDidFinishLaunching()
 void AppDelegate::installHotkey(DictationController &dictation)
 {
     m_keyTap = KeyTap::forDisplay();
-    connect(m_keyTap.get(), &KeyTap::triggerKeyChanged, this,
-            [this, &dictation](KeyTap::TriggerKey key, bool down) {
-                if (m_trigger.keyChanged(keyNamed(m_services.settings().dictationTrigger()), key, down))
-                    dictation.toggle();
-            });
+    connect(m_keyTap.get(), &KeyTap::triggerKeyChanged, this, [this, &dictation](TriggerKey key, bool down) {
+        if (m_trigger.keyChanged(m_services.settings().dictationTrigger(), key, down))
+            dictation.toggle();
+    });
     connect(m_keyTap.get(), &KeyTap::togglePressed, &dictation, &DictationController::toggle);
     connect(m_keyTap.get(), &KeyTap::escapePressed, &dictation, &DictationController::cancel);
     connect(&dictation, &DictationController::stateChanged, m_keyTap.get(),

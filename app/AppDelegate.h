@@ -3,7 +3,7 @@
 #include "app/control/ControlService.h"
 #include "app/services/AppServices.h"
 #include "dictation/DictationTrigger.h"
-#include "dictation/GuidancePresenter.h"
+#include "dictation/Guidance.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -25,7 +25,7 @@ class AppDelegate : public QObject
 
 public:
     /// Without a display there is no one to guide.
-    AppDelegate(AppServices &services, GuidancePresenter *guidance, QObject *parent = nullptr);
+    AppDelegate(AppServices &services, Guidance *guidance, QObject *parent = nullptr);
     ~AppDelegate() override;
 
     /// Once, when the event loop begins: ends the engines that a crashed run left behind, looks for the
@@ -49,7 +49,7 @@ private:
     void answerSession(QSessionManager &session);
 
     AppServices &m_services;
-    GuidancePresenter *const m_guidance;
+    Guidance *const m_guidance;
     QElapsedTimer m_sinceLaunch;
     bool m_isQuitting = false;
     bool m_isAsking = false;

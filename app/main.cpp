@@ -35,13 +35,13 @@ void write(const QString &text)
 }
 
 /// What shows the program on a display.
-struct Desktop
+struct DesktopParts
 {
     Dialogs dialogs;
     std::unique_ptr<TextInjector> injector = TextInjector::forDisplay();
     DictationPanel indicator{StandardFolders::ofUser().resources};
 
-    [[nodiscard]] AppServices::Windows windows()
+    [[nodiscard]] AppServices::Desktop parts()
     {
         return {.updates = dialogs,
                 .guidance = dialogs,
@@ -64,10 +64,10 @@ int runApplication(CommandLine::RunApplication options)
             ControlCommand::activate();
         return ExitStatus::success;
     }
-    std::optional<Desktop> desktop;
+    std::optional<DesktopParts> desktop;
     AppServices::Environment environment{.role = AppServices::Role::Application};
     if (hasWindows)
-        environment.windows.emplace(desktop.emplace().windows());
+        environment.desktop.emplace(desktop.emplace().parts());
     AppServices services(environment);
     AppDelegate delegate(services, desktop ? &desktop->dialogs : nullptr);
     Interruption interruption;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/StoredChoices.h"
+
 #include <QObject>
 
 #include <memory>
@@ -13,11 +15,6 @@ class KeyTap : public QObject
     Q_OBJECT
 
 public:
-    /// The right-hand modifiers, by their places on the keyboard of the first platform. On Linux the first
-    /// is the right Ctrl or Super, the second the right Alt (AltGr).
-    enum class TriggerKey { RightCommand, RightOption };
-    Q_ENUM(TriggerKey)
-
     /// The tap of this display, never null. Needs the application object.
     [[nodiscard]] static std::unique_ptr<KeyTap> forDisplay();
 
@@ -35,7 +32,7 @@ public:
 
 Q_SIGNALS:
     /// A trigger key went down or up. It reaches the focused application too.
-    void triggerKeyChanged(orvane::KeyTap::TriggerKey key, bool down);
+    void triggerKeyChanged(orvane::TriggerKey key, bool down);
     /// F5 alone was pressed; holding it is one press.
     void togglePressed();
     /// Esc alone was pressed while it is intercepted; holding it is one press.

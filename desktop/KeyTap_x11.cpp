@@ -19,15 +19,15 @@ namespace {
 
 constexpr std::chrono::seconds retryInterval{2};
 
-std::optional<KeyTap::TriggerKey> triggerKey(xkb_keysym_t symbol)
+std::optional<TriggerKey> triggerKey(xkb_keysym_t symbol)
 {
     switch (symbol) {
     case XKB_KEY_Super_R:
     case XKB_KEY_Control_R:
-        return KeyTap::TriggerKey::RightCommand;
+        return TriggerKey::RightCommand;
     case XKB_KEY_Alt_R:
     case XKB_KEY_ISO_Level3_Shift:
-        return KeyTap::TriggerKey::RightOption;
+        return TriggerKey::RightOption;
     default:
         return std::nullopt;
     }

@@ -6,7 +6,7 @@
 #include "correction/TextCorrectionService.h"
 #include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
-#include "dictation/GuidancePresenter.h"
+#include "dictation/Guidance.h"
 #include "models/ModelManager.h"
 #include "recognition/WhisperServerEngine.h"
 #include "settings/AppSettings.h"

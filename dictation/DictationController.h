@@ -17,7 +17,7 @@ namespace orvane {
 
 class AppSettings;
 class DictationIndicator;
-class GuidancePresenter;
+class Guidance;
 class ModelManager;
 class TextCorrectionService;
 class TextInjector;
@@ -46,7 +46,7 @@ public:
         WhisperServerEngine &engine;
         TextInjector &injector;
         DictationIndicator &indicator;
-        GuidancePresenter &guidance;
+        Guidance &guidance;
     };
 
     /// The module that records lies in `moduleFolder`. The references outlive this.

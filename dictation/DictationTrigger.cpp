@@ -6,7 +6,7 @@ namespace orvane {
 
 DictationTrigger::DictationTrigger(Clock clock) : m_clock(std::move(clock)) {}
 
-bool DictationTrigger::keyChanged(KeyTap::TriggerKey trigger, KeyTap::TriggerKey key, bool down)
+bool DictationTrigger::keyChanged(TriggerKey trigger, TriggerKey key, bool down)
 {
     if (key != trigger) {
         m_firstPress.reset();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/KeyTap.h"
+#include "settings/StoredChoices.h"
 
 #include <chrono>
 #include <functional>
@@ -22,7 +22,7 @@ public:
 
     /// Takes what the key tap reports, whichever key it is; `trigger` is the one that counts now. True when
     /// this completes a double press; the next press then is the first of a new pair.
-    bool keyChanged(KeyTap::TriggerKey trigger, KeyTap::TriggerKey key, bool down);
+    bool keyChanged(TriggerKey trigger, TriggerKey key, bool down);
 
 private:
     Clock m_clock;

@@ -45,7 +45,7 @@ AppSettings::AppSettings(UserDefaults &defaults, QObject *parent)
       m_textCorrectionEnabled(defaults.boolean(Key::textCorrectionEnabled).value_or(true)),
       m_correctionEngine(correctionEngineFrom(defaults.string(Key::correctionEngine).value_or(QString()))),
       m_correctionModelID(defaults.string(Key::correctionModelID).value_or(QString())),
-      m_dictationTrigger(defaults.string(Key::dictationTrigger).value_or(u"rcmd"_s)),
+      m_dictationTrigger(triggerKeyFrom(defaults.string(Key::dictationTrigger).value_or(QString()))),
       m_correctDictation(defaults.boolean(Key::correctDictation).value_or(false)),
       m_dictationMode(dictationModeFrom(defaults.string(Key::dictationMode).value_or(QString()))),
       m_shareAnonymousStats(defaults.boolean(Key::shareAnonymousStats).value_or(false)),
@@ -103,9 +103,9 @@ void AppSettings::setCorrectionModelID(const QString &id)
     change(m_correctionModelID, id, Key::correctionModelID, &AppSettings::correctionModelIDChanged);
 }
 
-void AppSettings::setDictationTrigger(const QString &trigger)
+void AppSettings::setDictationTrigger(TriggerKey key)
 {
-    if (change(m_dictationTrigger, trigger, Key::dictationTrigger, &AppSettings::dictationTriggerChanged))
+    if (change(m_dictationTrigger, key, Key::dictationTrigger, &AppSettings::dictationTriggerChanged))
         Q_EMIT dictationTriggerNameChanged();
 }
 

@@ -25,7 +25,7 @@ class AppSettings : public QObject
                    NOTIFY correctionEngineChanged)
     Q_PROPERTY(QString correctionModelID READ correctionModelID WRITE setCorrectionModelID NOTIFY
                    correctionModelIDChanged)
-    Q_PROPERTY(QString dictationTrigger READ dictationTrigger WRITE setDictationTrigger NOTIFY
+    Q_PROPERTY(orvane::TriggerKey dictationTrigger READ dictationTrigger WRITE setDictationTrigger NOTIFY
                    dictationTriggerChanged)
     Q_PROPERTY(
         bool correctDictation READ correctDictation WRITE setCorrectDictation NOTIFY correctDictationChanged)
@@ -53,8 +53,8 @@ public:
     [[nodiscard]] CorrectionEngine correctionEngine() const { return m_correctionEngine; }
     /// The downloaded language model to use; empty leaves the choice to its catalogue.
     [[nodiscard]] QString correctionModelID() const { return m_correctionModelID; }
-    /// "rcmd" or "ropt": the modifier key whose double press starts a dictation.
-    [[nodiscard]] QString dictationTrigger() const { return m_dictationTrigger; }
+    /// The key whose double press starts a dictation.
+    [[nodiscard]] TriggerKey dictationTrigger() const { return m_dictationTrigger; }
     [[nodiscard]] bool correctDictation() const { return m_correctDictation; }
     [[nodiscard]] DictationMode dictationMode() const { return m_dictationMode; }
     [[nodiscard]] bool shareAnonymousStats() const { return m_shareAnonymousStats; }
@@ -69,7 +69,7 @@ public:
     void setTextCorrectionEnabled(bool on);
     void setCorrectionEngine(CorrectionEngine engine);
     void setCorrectionModelID(const QString &id);
-    void setDictationTrigger(const QString &trigger);
+    void setDictationTrigger(TriggerKey key);
     void setCorrectDictation(bool on);
     void setDictationMode(DictationMode mode);
     void setShareAnonymousStats(bool on);
@@ -114,7 +114,7 @@ private:
     bool m_textCorrectionEnabled;
     CorrectionEngine m_correctionEngine;
     QString m_correctionModelID;
-    QString m_dictationTrigger;
+    TriggerKey m_dictationTrigger;
     bool m_correctDictation;
     DictationMode m_dictationMode;
     bool m_shareAnonymousStats;

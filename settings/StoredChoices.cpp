@@ -36,4 +36,14 @@ DictationMode dictationModeFrom(const QString &stored)
     return DictationMode::Correct;
 }
 
+QString storedForm(TriggerKey key)
+{
+    return key == TriggerKey::RightOption ? u"ropt"_s : u"rcmd"_s;
+}
+
+TriggerKey triggerKeyFrom(const QString &stored)
+{
+    return stored == u"ropt"_s ? TriggerKey::RightOption : TriggerKey::RightCommand;
+}
+
 } // namespace orvane

@@ -23,6 +23,14 @@ Q_ENUM_NS(DictationMode)
 inline constexpr std::array dictationModes = {DictationMode::Correct, DictationMode::Email,
                                               DictationMode::Prompt};
 
+/// The modifier keys of which one, pressed twice, starts a dictation, by their places on the keyboard of the
+/// first platform. On Linux the first is the right Ctrl or Super, the second the right Alt (AltGr).
+enum class TriggerKey { RightCommand, RightOption };
+Q_ENUM_NS(TriggerKey)
+
+/// In the order in which they are offered.
+inline constexpr std::array triggerKeys = {TriggerKey::RightCommand, TriggerKey::RightOption};
+
 /// "apple" or "local".
 [[nodiscard]] QString storedForm(CorrectionEngine engine);
 /// Any word but "local" is Apple.
@@ -32,5 +40,10 @@ inline constexpr std::array dictationModes = {DictationMode::Correct, DictationM
 [[nodiscard]] QString storedForm(DictationMode mode);
 /// An unknown word is Correct.
 [[nodiscard]] DictationMode dictationModeFrom(const QString &stored);
+
+/// "rcmd" or "ropt".
+[[nodiscard]] QString storedForm(TriggerKey key);
+/// Any word but "ropt" is RightCommand.
+[[nodiscard]] TriggerKey triggerKeyFrom(const QString &stored);
 
 } // namespace orvane

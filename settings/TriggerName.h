@@ -1,13 +1,11 @@
 #pragma once
 
 #include "base/localization/Localization.h"
-
-#include <QString>
+#include "settings/StoredChoices.h"
 
 namespace orvane {
 
-/// The dictation key of a stored trigger ("rcmd", "ropt") as this platform's keyboards call it;
-/// any other trigger is named like "rcmd".
-[[nodiscard]] Localization::Text triggerName(const QString &trigger);
+/// The key as this platform's keyboards call it.
+[[nodiscard]] Localization::Text triggerName(TriggerKey key);
 
 } // namespace orvane

@@ -1,12 +1,11 @@
 #include "settings/TriggerName.h"
 
-using namespace Qt::StringLiterals;
-
 namespace orvane {
 
-Localization::Text triggerName(const QString &trigger)
+Localization::Text triggerName(TriggerKey key)
 {
-    return trigger == "ropt"_L1 ? Localization::Text(u"правый Alt") : Localization::Text(u"правый Ctrl");
+    return key == TriggerKey::RightOption ? Localization::Text(u"правый Alt")
+                                          : Localization::Text(u"правый Ctrl");
 }
 
 } // namespace orvane

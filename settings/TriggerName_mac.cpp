@@ -1,12 +1,10 @@
 #include "settings/TriggerName.h"
 
-using namespace Qt::StringLiterals;
-
 namespace orvane {
 
-Localization::Text triggerName(const QString &trigger)
+Localization::Text triggerName(TriggerKey key)
 {
-    return trigger == "ropt"_L1 ? Localization::Text(u"правый ⌥") : Localization::Text(u"правый ⌘");
+    return key == TriggerKey::RightOption ? Localization::Text(u"правый ⌥") : Localization::Text(u"правый ⌘");
 }
 
 } // namespace orvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dictation/GuidancePresenter.h"
+#include "dictation/Guidance.h"
 #include "update/UpdatePresenter.h"
 
 #include <QList>
@@ -15,7 +15,7 @@ class ProgressPanel;
 
 /// Shows what needs the user's attention in message dialogs of their own. They block nothing, and none exists
 /// before there is something to show. Needs a QApplication that outlives this.
-class Dialogs : public UpdatePresenter, public GuidancePresenter
+class Dialogs : public UpdatePresenter, public Guidance
 {
 public:
     Dialogs();

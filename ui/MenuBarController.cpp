@@ -241,11 +241,10 @@ void MenuBarController::addTriggers()
 {
     ChoiceMenu choice(m_menu, Localization::text(u"Клавиша диктовки"));
     AppSettings &settings = m_services.settings;
-    const bool isOption = settings.dictationTrigger() == "ropt"_L1;
-    choice.add(triggerName(u"rcmd"_s).toString(), !isOption,
-               [&settings] { settings.setDictationTrigger(u"rcmd"_s); });
-    choice.add(triggerName(u"ropt"_s).toString(), isOption,
-               [&settings] { settings.setDictationTrigger(u"ropt"_s); });
+    for (const TriggerKey key : triggerKeys) {
+        choice.add(triggerName(key).toString(), key == settings.dictationTrigger(),
+                   [&settings, key] { settings.setDictationTrigger(key); });
+    }
 }
 
 void MenuBarController::addLanguages()

@@ -12,7 +12,7 @@ namespace orvane {
 
 AppServices::AppServices(const Environment &environment)
     : m_folders(environment.folders),
-      m_windows(environment.windows),
+      m_desktop(environment.desktop),
       m_defaults(environment.defaultsFile),
       m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
       m_decoder(m_folders.resources)
@@ -21,8 +21,8 @@ AppServices::AppServices(const Environment &environment)
     LegacyMigration::migrateDefaults(m_defaults);
 
     m_settings = std::make_unique<AppSettings>(m_defaults);
-    if (const auto &windows = m_windows) {
-        m_updates = std::make_unique<UpdateChecker>(m_defaults, windows->updates, windows->openFile,
+    if (const auto &desktop = m_desktop) {
+        m_updates = std::make_unique<UpdateChecker>(m_defaults, desktop->updates, desktop->openFile,
                                                     m_folders.temporary, UpdateChecker::Options());
     }
     m_models = std::make_unique<ModelManager>(m_folders.models(), environment.repository);
@@ -94,16 +94,16 @@ RecordProcessor &AppServices::recordProcessor()
 
 DictationController *AppServices::dictation()
 {
-    if (!m_dictation && m_windows) {
+    if (!m_dictation && m_desktop) {
         m_dictation = std::make_unique<DictationController>(
             DictationController::Collaborators{.models = *m_models,
                                                .settings = *m_settings,
                                                .defaults = m_defaults,
                                                .corrector = corrector(),
                                                .engine = *m_whisperEngine,
-                                               .injector = m_windows->injector,
-                                               .indicator = m_windows->indicator,
-                                               .guidance = m_windows->guidance},
+                                               .injector = m_desktop->injector,
+                                               .indicator = m_desktop->indicator,
+                                               .guidance = m_desktop->guidance},
             m_folders.resources);
     }
     return m_dictation.get();

@@ -32,11 +32,12 @@ public:
     /// beside it must neither see nor end the application's engines.
     enum class Role { Application, CommandLine };
 
-    /// What the services show to the user. Only an application with a display has it. Outlives the services.
-    struct Windows
+    /// The user's desktop as the services need it. Only an application with a display has one. Outlives the
+    /// services.
+    struct Desktop
     {
         UpdatePresenter &updates;
-        GuidancePresenter &guidance;
+        Guidance &guidance;
         DictationIndicator &indicator;
         TextInjector &injector;
         UpdateChecker::Opener openFile;
@@ -50,7 +51,7 @@ public:
         QString defaultsFile = UserDefaults::standardFile();
         /// Where models are downloaded from.
         ModelRepository repository = ModelRepository::ofBuild();
-        std::optional<Windows> windows = std::nullopt;
+        std::optional<Desktop> desktop = std::nullopt;
     };
 
     /// Carries over the earlier product's data first, so that every service finds it.
@@ -59,7 +60,7 @@ public:
     Q_DISABLE_COPY_MOVE(AppServices)
 
     [[nodiscard]] AppSettings &settings() { return *m_settings; }
-    /// Null without windows, as every outcome of it is shown.
+    /// Null without a desktop, as every outcome of it is shown.
     [[nodiscard]] UpdateChecker *updates() { return m_updates.get(); }
     [[nodiscard]] ModelManager &models() { return *m_models; }
     [[nodiscard]] HistoryStore &history() { return *m_history; }
@@ -75,7 +76,7 @@ public:
     [[nodiscard]] TextCorrectionService &corrector();
     /// As above.
     [[nodiscard]] RecordProcessor &recordProcessor();
-    /// As above; null without windows, as its text goes into other programs' windows.
+    /// As above; null without a desktop, as its text goes into other programs' windows.
     [[nodiscard]] DictationController *dictation();
     /// As above. The application has it report when the user turns sharing on.
     [[nodiscard]] Telemetry &telemetry();
@@ -86,7 +87,7 @@ private:
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
-    const std::optional<Windows> m_windows;
+    const std::optional<Desktop> m_desktop;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;

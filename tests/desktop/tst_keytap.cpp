@@ -132,18 +132,18 @@ void TestKeyTap::triggerKeys_data()
 {
     QTest::addColumn<Key>("key");
     QTest::addColumn<QString>("layouts");
-    QTest::addColumn<KeyTap::TriggerKey>("expected");
-    QTest::newRow("right Ctrl") << XKeyboard::RightCtrl << u"us"_s << KeyTap::TriggerKey::RightCommand;
-    QTest::newRow("right Super") << XKeyboard::RightSuper << u"us"_s << KeyTap::TriggerKey::RightCommand;
-    QTest::newRow("right Alt") << XKeyboard::RightAlt << u"us"_s << KeyTap::TriggerKey::RightOption;
-    QTest::newRow("AltGr") << XKeyboard::RightAlt << u"de"_s << KeyTap::TriggerKey::RightOption;
+    QTest::addColumn<TriggerKey>("expected");
+    QTest::newRow("right Ctrl") << XKeyboard::RightCtrl << u"us"_s << TriggerKey::RightCommand;
+    QTest::newRow("right Super") << XKeyboard::RightSuper << u"us"_s << TriggerKey::RightCommand;
+    QTest::newRow("right Alt") << XKeyboard::RightAlt << u"us"_s << TriggerKey::RightOption;
+    QTest::newRow("AltGr") << XKeyboard::RightAlt << u"de"_s << TriggerKey::RightOption;
 }
 
 void TestKeyTap::triggerKeys()
 {
     QFETCH(Key, key);
     QFETCH(QString, layouts);
-    QFETCH(KeyTap::TriggerKey, expected);
+    QFETCH(TriggerKey, expected);
     XKeyboard::setLayouts(layouts);
     m_tap->uninstall();
     m_tap->install();
@@ -174,8 +174,8 @@ void TestKeyTap::doublePress()
     DictationTrigger rule([&now] { return now; });
     int toggled = 0;
     int changes = 0;
-    connect(m_tap.get(), &KeyTap::triggerKeyChanged, this, [&](KeyTap::TriggerKey key, bool down) {
-        toggled += rule.keyChanged(KeyTap::TriggerKey::RightCommand, key, down) ? 1 : 0;
+    connect(m_tap.get(), &KeyTap::triggerKeyChanged, this, [&](TriggerKey key, bool down) {
+        toggled += rule.keyChanged(TriggerKey::RightCommand, key, down) ? 1 : 0;
         ++changes;
     });
     m_keyboard->tap(XKeyboard::RightCtrl);

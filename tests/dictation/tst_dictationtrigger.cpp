@@ -5,7 +5,7 @@
 using namespace orvane;
 using namespace std::chrono_literals;
 
-using Key = KeyTap::TriggerKey;
+using Key = TriggerKey;
 
 namespace {
 

@@ -71,7 +71,7 @@ void TestAppSettings::freshInstallation()
     QVERIFY(settings.textCorrectionEnabled());
     QCOMPARE(settings.correctionEngine(), CorrectionEngine::Apple);
     QCOMPARE(settings.correctionModelID(), QString());
-    QCOMPARE(settings.dictationTrigger(), u"rcmd"_s);
+    QCOMPARE(settings.dictationTrigger(), TriggerKey::RightCommand);
     QVERIFY(!settings.correctDictation());
     QCOMPARE(settings.dictationMode(), DictationMode::Correct);
     QVERIFY(!settings.shareAnonymousStats());
@@ -153,7 +153,8 @@ void TestAppSettings::everyPropertyIsStoredAndTold_data()
     QTest::newRow("correctionEngine")
         << u"correctionEngine"_s << QVariant::fromValue(CorrectionEngine::Local) << QJsonValue(u"local"_s);
     text("correctionModelID", u"correctionModelID"_s, u"some-model"_s);
-    text("dictationTrigger", u"dictationTrigger"_s, u"ropt"_s);
+    QTest::newRow("dictationTrigger")
+        << u"dictationTrigger"_s << QVariant::fromValue(TriggerKey::RightOption) << QJsonValue(u"ropt"_s);
     flag("correctDictation", true);
     QTest::newRow("dictationMode") << u"dictationMode"_s << QVariant::fromValue(DictationMode::Prompt)
                                    << QJsonValue(u"prompt"_s);
@@ -253,7 +254,7 @@ void TestAppSettings::interfaceLanguageSpeaksAtOnce()
     settings.setInterfaceLanguage(u"en"_s);
     QCOMPARE(heard, (QStringList{u"right Alt"_s, u"right Ctrl"_s, u"Auto-detect"_s}));
 
-    settings.setDictationTrigger(u"ropt"_s);
+    settings.setDictationTrigger(TriggerKey::RightOption);
     QCOMPARE(heard.last(), u"right Alt"_s);
 
     // The next start speaks the stored language from its first text.

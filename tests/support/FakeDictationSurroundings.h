@@ -2,7 +2,7 @@
 
 #include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
-#include "dictation/GuidancePresenter.h"
+#include "dictation/Guidance.h"
 
 #include <QStringList>
 
@@ -20,7 +20,7 @@ public:
     QStringList notices;
 };
 
-class FakeGuidance : public GuidancePresenter
+class FakeGuidance : public Guidance
 {
 public:
     void guide(const QString &title, const QString & /*detail*/) override { titles.append(title); }

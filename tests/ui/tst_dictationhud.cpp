@@ -98,10 +98,10 @@ void TestDictationHUD::changesOnTheWay()
     hud.setState(State::Recording);
     const QSignalSpy content(&hud, &DictationHUDModel::contentChanged);
     const QSignalSpy chips(&hud, &DictationHUDModel::chipsChanged);
-    m_settings.setDictationTrigger(u"ropt"_s);
+    m_settings.setDictationTrigger(TriggerKey::RightOption);
     QVERIFY(!content.isEmpty());
     QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · Esc — отмена"_s);
-    m_settings.setDictationTrigger(u"rcmd"_s);
+    m_settings.setDictationTrigger(TriggerKey::RightCommand);
     m_settings.setInterfaceLanguage(u"en"_s);
     QVERIFY(!chips.isEmpty());
     const qsizetype before = content.size();

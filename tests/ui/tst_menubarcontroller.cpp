@@ -58,7 +58,7 @@ void TestMenuBarController::init()
     environment.folders = {
         .applicationSupport = m_home->path(), .resources = m_home->path(), .temporary = m_home->path()};
     environment.defaultsFile = m_home->filePath(u"settings.json"_s);
-    environment.windows.emplace(AppServices::Windows{.updates = m_updates,
+    environment.desktop.emplace(AppServices::Desktop{.updates = m_updates,
                                                      .guidance = m_guidance,
                                                      .indicator = m_indicator,
                                                      .injector = m_injector,
@@ -172,7 +172,7 @@ void TestMenuBarController::choosesWhatTheSettingsHold()
 {
     AppSettings &settings = m_services->settings();
     entry(*entry(opened(), u"Клавиша диктовки"_s)->menu(), u"правый Alt"_s)->trigger();
-    QCOMPARE(settings.dictationTrigger(), u"ropt"_s);
+    QCOMPARE(settings.dictationTrigger(), TriggerKey::RightOption);
     QCOMPARE(chosen(*entry(opened(), u"Клавиша диктовки"_s)->menu()), u"правый Alt"_s);
 
     QCOMPARE(chosen(*entry(opened(), u"Язык распознавания"_s)->menu()), u"Русский"_s);
