@@ -5,33 +5,8 @@ ORVANE_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 ORVANE_CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/orvane
 ORVANE_DATA=${XDG_DATA_HOME:-$HOME/.local/share}/Orvane
 
-say() {
-    printf '%s\n' "$*" >&2
-}
-
-fail() {
-    say "error: $1"
-    exit 1
-}
-
-# step TITLE ADVICE COMMAND…: one line for the reader while the command's own output goes to a log. When it fails, the
-# end of the log and the advice are shown and the script ends. Not inside `if` or `||`, where errexit is off.
-step() {
-    local title=$1 advice=$2 log status
-    shift 2
-    say "$title"
-    log=$(mktemp "${TMPDIR:-/tmp}/orvane-setup.XXXXXX.log")
-    set +e
-    (set -e && "$@") >"$log" 2>&1 </dev/null
-    status=$?
-    set -e
-    if ((status != 0)); then
-        tail -n 20 "$log" | sed 's/^/    /' >&2
-        say "The whole output is in $log"
-        fail "$title: failed. $advice"
-    fi
-    rm -f "$log"
-}
+# shellcheck source-path=SCRIPTDIR source=steps.sh
+source "$ORVANE_ROOT/tools/setup/steps.sh"
 
 # locked FILE COMMAND…: only one process of the user at a time is inside, for one FILE.
 locked() {
@@ -88,8 +63,10 @@ install_packages() {
     if ((EUID != 0)) && ! command -v sudo >/dev/null; then
         fail "Packages are missing and there is no sudo. Have an administrator run: apt-get install ${missing[*]}"
     fi
+    say "System packages to install: ${missing[*]}"
+    ((EUID == 0)) || [[ ! -t 0 ]] || sudo --validate # asks for the password, if any, where it can be seen
     locked "$ORVANE_CACHE/packages.lock" \
-        step "Installing system packages: ${missing[*]}" \
+        step "Installing ${#missing[@]} system packages" \
         "Check the network and that Debian 12's main archive is configured for apt, then run this again." \
         apt_install "${missing[@]}"
 }
@@ -101,7 +78,7 @@ apt_install() {
     "${as_root[@]}" apt-get -o DPkg::Lock::Timeout=600 install --yes --no-install-recommends "$@"
 }
 
-# python_with MODULE PACKAGE: prints a Python that can import MODULE, after installing Debian's PACKAGE if none can.
+# python_with MODULE: prints a Python that can import MODULE.
 python_with() {
     local python
     for python in python3 /usr/bin/python3; do
@@ -110,8 +87,21 @@ python_with() {
             return
         fi
     done
-    install_packages python3 "$2"
-    printf '/usr/bin/python3\n'
+    return 1
+}
+
+# What fetches and converts, where the user has nothing that does: Debian's npm cannot stand beside another Node.js.
+packages_of_tools() {
+    command -v npm >/dev/null || printf 'npm\n'
+    python_with pip >/dev/null || printf 'python3-pip\n'
+    python_with numpy >/dev/null || printf 'python3-numpy\n'
+}
+
+# install_all LIST…: in one go what the lists of packages and the set-up's own tools still need.
+install_all() {
+    local packages
+    mapfile -t packages < <(packages_in "$@" && packages_of_tools)
+    install_packages "${packages[@]}"
 }
 
 check_sha256() {
@@ -132,7 +122,9 @@ fetch_npm() {
 # fetch_wheel PYTHON NAME VERSION SHA256 FOLDER: the wheel into FOLDER, from the user's index. The name as in its file.
 fetch_wheel() {
     local python=$1 name=$2 version=$3 sha256=$4 folder=$5
-    "$python" -m pip download --no-deps --only-binary :all: --dest "$folder" "$name==$version"
+    mkdir -p "$folder/tmp" # where its size shows how far it is
+    TMPDIR=$folder/tmp "$python" -m pip download --no-deps --only-binary :all: --dest "$folder" "$name==$version"
+    rm -rf "$folder/tmp"
     check_sha256 "$sha256" "$folder/$name-$version-py3-none-any.whl"
 }
 
