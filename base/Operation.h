@@ -78,7 +78,10 @@ public:
     QCoro::Task<Result> run(Work<Result> work, std::stop_token stop = {})
     {
         const std::stop_token run = begin();
-        const std::stop_callback cancelThis(stop, [this, run] { cancel(run); });
+        const std::stop_callback cancelThis(stop, [self = QPointer(this), run] {
+            if (self)
+                self->cancel(run);
+        });
         QString failure;
         try {
             if constexpr (std::is_void_v<Result>) {

@@ -25,7 +25,7 @@ TranscriptRecord FileTranscript::record() const
     record.title = titleOf(file);
     record.modelID = modelID;
     record.languageCode = languageCode;
-    record.durationMs = segments.isEmpty() ? 0 : segments.last().end;
+    record.durationMs = length ? qint64(length->count()) : segments.isEmpty() ? 0 : segments.last().end;
     record.segments = TranscriptRecord::segmentsFrom(segments);
     record.text = text;
     record.sourceFilePath = file.absoluteFilePath();

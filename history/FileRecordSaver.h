@@ -6,6 +6,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <chrono>
 #include <optional>
 
 namespace orvane {
@@ -21,6 +22,8 @@ struct FileTranscript
     QString text;
     QString modelID;
     QString languageCode;
+    /// Of the medium; none when unknown, and then the end of what was said counts.
+    std::optional<std::chrono::milliseconds> length = std::nullopt;
 
     /// The record for it, made now and not yet in the history.
     [[nodiscard]] TranscriptRecord record() const;

@@ -46,7 +46,7 @@ MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QStrin
       m_makeSource(std::move(collaborators.makeSource)),
       m_requestMicrophone(std::move(collaborators.requestMicrophone)),
       m_freeSpace(std::move(collaborators.freeSpace)),
-      m_pipeline(collaborators.engine, std::move(collaborators.labelSpeakers)),
+      m_pipeline(collaborators.pipeline),
       m_recordings(recordingsFolder, m_history)
 {
     m_elapsedTimer.setInterval(elapsedInterval);
@@ -262,13 +262,15 @@ MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn,
         throw Error(Localization::text(u"Модель распознавания недоступна."));
     meeting->modelID = model->id; // another one where the chosen one is gone
     setStatus(transcribingStatus(elapsed()));
-    using Speakers = TranscriptionService::SpeakerDetection;
-    co_return co_await m_pipeline.run(
-        {.audioPath = m_recordings.audioPath(*meeting),
-         .model = {.id = model->id, .path = m_models.localPath(*model)},
-         .language = meeting->languageCode,
-         .speakers = m_settings.detectSpeakers() ? Speakers::On : Speakers::Off},
-        stop);
+    using Speakers = TranscriptPipeline::SpeakerDetection;
+    const Transcript transcript =
+        co_await m_pipeline.run({.audioPath = m_recordings.audioPath(*meeting),
+                                 .model = {.id = model->id, .path = m_models.localPath(*model)},
+                                 .language = meeting->languageCode,
+                                 .speakers = m_settings.detectSpeakers() ? Speakers::On : Speakers::Off,
+                                 .medium = TranscriptPipeline::Medium::Meeting},
+                                Progress(), stop);
+    co_return transcript.segments;
 }
 
 bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments)

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "engine/EngineTurns.h"
 #include "history/HistoryStore.h"
-#include "meeting/MeetingPipeline.h"
 #include "meeting/MeetingRecorder.h"
 #include "meeting/MeetingRecordings.h"
 #include "meeting/MeetingState.h"
 #include "models/ModelManager.h"
+#include "recognition/TranscriptPipeline.h"
 #include "settings/AppSettings.h"
 
 #include <QElapsedTimer>
@@ -32,9 +33,8 @@ public:
         ModelManager &models;
         const AppSettings &settings;
         HistoryStore &history;
-        WhisperServerEngine &engine;
+        TranscriptPipeline &pipeline;
         const EngineTurns &turns;
-        TranscriptionService::SpeakerLabeller labelSpeakers;
         /// The microphone, for one recording.
         std::function<std::unique_ptr<MeetingSource>()> makeSource;
         /// Empty where the system asks for no permission.
@@ -112,7 +112,7 @@ private:
     const std::function<std::unique_ptr<MeetingSource>()> m_makeSource;
     const AccessRequest m_requestMicrophone;
     const MeetingRecorder::FreeSpace m_freeSpace;
-    const MeetingPipeline m_pipeline;
+    TranscriptPipeline &m_pipeline;
 
     MeetingRecordings m_recordings;
 

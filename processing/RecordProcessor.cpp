@@ -137,8 +137,9 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     request.model = recognition.model;
     request.language = recognition.language;
     request.speakers = recognition.speakers;
-    const QList<DisplaySegment> segments = co_await m_transcriber.transcribeDetached(request, stop);
+    const Transcript transcript = co_await m_transcriber.transcribeDetached(request, stop);
     throwIfCancelled(stop);
+    const QList<DisplaySegment> &segments = transcript.segments;
     const QString text = joinedText(segments);
     co_await requireStill(id, stop);
     m_history.updateTranscription(id, TranscriptRecord::segmentsFrom(segments), text, recognition.model.id,

@@ -105,23 +105,22 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, Q
     request.speakers = m_services.settings().detectSpeakers() ? TranscriptionService::SpeakerDetection::On
                                                               : m_options.speakers;
     request.history = m_options.history;
-    const QUuid savedBefore = transcriber.lastSavedID();
-    {
+    TranscriptionService::Result result;
+    try {
         const ProgressLine progress(fileName(file), [&transcriber] {
             return ProgressLine::State{.stage = transcriber.statusText(),
                                        .remainingMs = transcriber.remainingMs()};
         });
-        co_await transcriber.transcribe(request);
-    }
-    if (m_interrupted)
+        result = co_await transcriber.transcribe(request);
+    } catch (const Cancelled &) {
         co_return false;
-    if (!transcriber.errorText().isEmpty()) {
-        Output::complain(u"%1: %2"_s.arg(fileName(file), transcriber.errorText()));
+    } catch (const Error &error) {
+        Output::complain(u"%1: %2"_s.arg(fileName(file), error.description()));
         co_return false;
     }
 
     try {
-        writeResult(file, resultOf(request, savedBefore));
+        writeResult(file, recordOf(request, result));
     } catch (const Error &error) {
         Output::complain(error.description());
         co_return false;
@@ -129,19 +128,19 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, Q
     co_return true;
 }
 
-TranscriptRecord TranscribeCommand::resultOf(const TranscriptionService::Request &request,
-                                             const QUuid &savedBefore) const
+TranscriptRecord TranscribeCommand::recordOf(const TranscriptionService::Request &request,
+                                             const TranscriptionService::Result &result) const
 {
-    const TranscriptionService &transcriber = m_services.transcriber();
-    if (transcriber.lastSavedID() != savedBefore) {
-        if (const auto stored = m_services.history().record(transcriber.lastSavedID()))
+    if (result.savedID) {
+        if (const auto stored = m_services.history().record(*result.savedID))
             return *stored;
     }
     return FileTranscript{.path = request.audioPath,
-                          .segments = transcriber.segments(),
-                          .text = transcriber.transcript(),
+                          .segments = result.transcript.segments,
+                          .text = joinedText(result.transcript.segments),
                           .modelID = request.model.id,
-                          .languageCode = request.language}
+                          .languageCode = request.language,
+                          .length = result.transcript.length}
         .record();
 }
 

@@ -44,9 +44,9 @@ public:
 
 private:
     QCoro::Task<bool> transcribe(QString file, ModelFile model, QString language);
-    /// The stored record when one was saved since, else one made for the occasion.
-    [[nodiscard]] TranscriptRecord resultOf(const TranscriptionService::Request &request,
-                                            const QUuid &savedBefore) const;
+    /// The stored record when there is one, else one made for the occasion.
+    [[nodiscard]] TranscriptRecord recordOf(const TranscriptionService::Request &request,
+                                            const TranscriptionService::Result &result) const;
     void writeResult(const QString &file, const TranscriptRecord &record) const;
     [[nodiscard]] QString destination(const QString &file) const;
 

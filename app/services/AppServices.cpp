@@ -4,7 +4,6 @@
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
 #include "meeting/MicrophoneSource.h"
-#include "recognition/labelling/SpeakerDiarizer.h"
 
 #include <QThreadPool>
 
@@ -29,6 +28,7 @@ AppServices::AppServices(const Environment &environment)
     m_history = std::make_unique<HistoryStore>(m_folders);
     m_whisperEngine =
         std::make_unique<WhisperServerEngine>(engineSearch(), m_engineProcesses, m_folders.temporary);
+    m_pipeline = std::make_unique<TranscriptPipeline>(*m_whisperEngine, m_decoder);
     m_correctionModels =
         std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
 
@@ -44,27 +44,25 @@ AppServices::~AppServices()
     // They tell their work on other threads to stop; that work uses the decoder until it has.
     m_meeting.reset();
     m_transcriber.reset();
+    m_pipeline.reset();
+    waitForDone(longWorkPool());
     waitForDone(*QThreadPool::globalInstance());
 }
 
 TranscriptionService &AppServices::transcriber()
 {
     if (!m_transcriber) {
-        const auto save = [this](const TranscriptionService::Request &request,
-                                 const QList<DisplaySegment> &segments, const QString &transcript) {
+        const auto save = [this](const TranscriptionService::Request &request, const Transcript &transcript) {
             return FileRecordSaver(*m_history)
                 .save({.path = request.audioPath,
-                       .segments = segments,
-                       .text = transcript,
+                       .segments = transcript.segments,
+                       .text = joinedText(transcript.segments),
                        .modelID = request.model.id,
-                       .languageCode = request.language});
+                       .languageCode = request.language,
+                       .length = transcript.length});
         };
-        m_transcriber = std::make_unique<TranscriptionService>(
-            TranscriptionService::Collaborators{.engine = *m_whisperEngine,
-                                                .decoder = m_decoder,
-                                                .turns = m_turns,
-                                                .saveRecord = save,
-                                                .labelSpeakers = speakerLabeller()});
+        m_transcriber = std::make_unique<TranscriptionService>(TranscriptionService::Collaborators{
+            .engine = *m_whisperEngine, .pipeline = *m_pipeline, .turns = m_turns, .saveRecord = save});
     }
     return *m_transcriber;
 }
@@ -115,25 +113,16 @@ MeetingTranscriber &AppServices::meeting()
         const auto microphone = [modules = m_folders.resources] {
             return std::make_unique<MicrophoneSource>(modules);
         };
-        m_meeting = std::make_unique<MeetingTranscriber>(
-            MeetingTranscriber::Collaborators{.models = *m_models,
-                                              .settings = *m_settings,
-                                              .history = *m_history,
-                                              .engine = *m_whisperEngine,
-                                              .turns = m_turns,
-                                              .labelSpeakers = speakerLabeller(),
-                                              .makeSource = microphone},
-            m_folders.recordings());
+        m_meeting =
+            std::make_unique<MeetingTranscriber>(MeetingTranscriber::Collaborators{.models = *m_models,
+                                                                                   .settings = *m_settings,
+                                                                                   .history = *m_history,
+                                                                                   .pipeline = *m_pipeline,
+                                                                                   .turns = m_turns,
+                                                                                   .makeSource = microphone},
+                                                 m_folders.recordings());
     }
     return *m_meeting;
-}
-
-TranscriptionService::SpeakerLabeller AppServices::speakerLabeller() const
-{
-    return [decoder = &m_decoder](const QString &audioPath, const QList<DisplaySegment> &segments,
-                                  int maxSpeakers, const std::stop_token &stop) {
-        return SpeakerDiarizer::assignByVoice(segments, audioPath, maxSpeakers, decoder, stop);
-    };
 }
 
 Telemetry &AppServices::telemetry()

@@ -83,7 +83,6 @@ public:
 
 private:
     [[nodiscard]] EngineServer::SearchPath engineSearch() const { return {.resources = m_folders.resources}; }
-    [[nodiscard]] TranscriptionService::SpeakerLabeller speakerLabeller() const;
 
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
@@ -97,6 +96,7 @@ private:
     std::unique_ptr<ModelManager> m_models;
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<WhisperServerEngine> m_whisperEngine;
+    std::unique_ptr<TranscriptPipeline> m_pipeline;
     std::unique_ptr<CorrectionModelManager> m_correctionModels;
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;

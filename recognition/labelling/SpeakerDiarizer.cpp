@@ -67,7 +67,7 @@ QCoro::Task<QList<DisplaySegment>> assignByVoice(QList<DisplaySegment> segments,
             return assignSingle(segments); // the transcript is worth more than the numbers
         }
     };
-    co_return co_await offMainThread(std::move(label));
+    co_return co_await offMainThread(&longWorkPool(), std::move(label));
 }
 
 QList<DisplaySegment> assignByVoice(QList<DisplaySegment> segments, std::span<const float> samples,

@@ -23,21 +23,22 @@ MeetingHome::MeetingHome(const QString &folder, const QString &engineFolder)
     : m_folders({.applicationSupport = folder, .resources = engineFolder, .temporary = folder}),
       m_defaults(folder + u"/settings.json"_s),
       m_settings(m_defaults),
-      m_models(m_folders.models())
+      m_models(m_folders.models()),
+      m_decoder(engineFolder)
 {
     installModel(u"base"_s);
     m_history = std::make_unique<HistoryStore>(m_folders);
     m_engine = std::make_unique<WhisperServerEngine>(
         EngineServer::SearchPath{.resources = engineFolder, .folders = {}}, m_registry, folder);
+    m_pipeline = std::make_unique<TranscriptPipeline>(*m_engine, m_decoder);
     MeetingTranscriber::AccessRequest request = [isAllowed = m_isAllowed]() { return answer(*isAllowed); };
     m_meeting = std::make_unique<MeetingTranscriber>(
         MeetingTranscriber::Collaborators{
             .models = m_models,
             .settings = m_settings,
             .history = *m_history,
-            .engine = *m_engine,
+            .pipeline = *m_pipeline,
             .turns = m_turns,
-            .labelSpeakers = {},
             .makeSource = [control = m_control] { return std::make_unique<FakeMeetingSource>(control); },
             .requestMicrophone = request,
             .freeSpace = [freeSpace = m_freeSpace](const QString &) -> qint64 { return *freeSpace; }},

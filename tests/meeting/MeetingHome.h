@@ -1,8 +1,10 @@
 #pragma once
 
+#include "audio/AudioDecoder.h"
 #include "engine/EngineProcessRegistry.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingTranscriber.h"
+#include "recognition/WhisperServerEngine.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "tests/meeting/FakeMeetingSource.h"
@@ -46,12 +48,14 @@ private:
     AppSettings m_settings;
     ModelManager m_models;
     EngineProcessRegistry m_registry{QString()};
+    AudioDecoder m_decoder;
     EngineTurns m_turns;
     std::shared_ptr<FakeMeetingSource::Control> m_control = std::make_shared<FakeMeetingSource::Control>();
     std::shared_ptr<std::atomic<qint64>> m_freeSpace = std::make_shared<std::atomic<qint64>>(1LL << 40);
     std::shared_ptr<bool> m_isAllowed = std::make_shared<bool>(true);
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<WhisperServerEngine> m_engine;
+    std::unique_ptr<TranscriptPipeline> m_pipeline;
     std::unique_ptr<MeetingTranscriber> m_meeting;
 };
 

@@ -3,7 +3,7 @@
 #include "history/TranscriptExporter.h"
 #include "meeting/MeetingTranscriber.h"
 #include "meeting/MicrophoneSource.h"
-#include "recognition/labelling/SpeakerDiarizer.h"
+#include "recognition/WhisperServerEngine.h"
 #include "settings/UserDefaults.h"
 #include "tests/support/Dialogue.h"
 #include "tests/support/SoundServer.h"
@@ -57,17 +57,13 @@ void TestRealMeeting::tellsTwoVoicesApart()
     WhisperServerEngine engine({.resources = {}, .folders = {engineFolder}}, registry, folder.path());
     const EngineTurns turns;
     const AudioDecoder decoder(resources);
-    const auto label = [&decoder](const QString &path, const QList<DisplaySegment> &segments, int most,
-                                  const std::stop_token &stop) {
-        return SpeakerDiarizer::assignByVoice(segments, path, most, &decoder, stop);
-    };
+    TranscriptPipeline pipeline(engine, decoder);
     MeetingTranscriber meeting(
         {.models = models,
          .settings = settings,
          .history = history,
-         .engine = engine,
+         .pipeline = pipeline,
          .turns = turns,
-         .labelSpeakers = label,
          .makeSource = [&resources] { return std::make_unique<MicrophoneSource>(resources); }},
         folders.recordings());
 

@@ -54,8 +54,6 @@ QCoro::Task<qint64> millisecondsOfService(TranscriptionService *service,
     QElapsedTimer timer;
     timer.start();
     co_await service->transcribe(request);
-    if (!service->errorText().isEmpty())
-        throw Error(service->errorText());
     co_return timer.elapsed();
 }
 
@@ -65,8 +63,8 @@ QCoro::Task<> measure(QStringList arguments)
     EngineProcessRegistry registry{QString()};
     ObservableEngine engine({.resources = arguments[3]}, registry, QDir::tempPath());
     const EngineTurns turns;
-    TranscriptionService service(
-        {.engine = engine, .decoder = decoder, .turns = turns, .saveRecord = {}, .labelSpeakers = {}});
+    TranscriptPipeline pipeline(engine, decoder);
+    TranscriptionService service({.engine = engine, .pipeline = pipeline, .turns = turns, .saveRecord = {}});
 
     TranscriptionService::Request request;
     request.audioPath = arguments[1];

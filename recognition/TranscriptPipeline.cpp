@@ -1,0 +1,154 @@
+#include "recognition/TranscriptPipeline.h"
+
+#include "audio/AudioDecoder.h"
+#include "audio/WavFileWriter.h"
+#include "base/Async.h"
+#include "base/localization/Localization.h"
+#include "recognition/EstimatedProgress.h"
+#include "recognition/WhisperServerEngine.h"
+#include "recognition/labelling/SpeakerDiarizer.h"
+#include "transcript/TranscriptSanitizer.h"
+
+#include <QFileInfo>
+#include <QStringList>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orvane {
+
+namespace {
+
+constexpr int maxSpeakers = 2;
+constexpr int sampleRate = 16000;
+
+using Length = std::optional<std::chrono::milliseconds>;
+
+/// Formats that the recognition server reads itself.
+bool isDirectFormat(const QString &path)
+{
+    static const QStringList formats = {u"wav"_s, u"mp3"_s, u"flac"_s, u"ogg"_s};
+    return formats.contains(QFileInfo(path).suffix(), Qt::CaseInsensitive);
+}
+
+/// The recording was stopped before the microphone gave a sample; the engine rejects such a file.
+bool isEmptyRecording(const QString &path)
+{
+    const QFileInfo audio(path);
+    return audio.exists() && audio.size() <= WavFileWriter::headerBytes;
+}
+
+/// "[BLANK_AUDIO]", "(music)", "*coughs*", or nothing.
+bool isWithoutSpeech(const DisplaySegment &segment)
+{
+    const QString text = segment.text.trimmed();
+    const auto stands = [&text](char16_t first, char16_t last) {
+        return text.startsWith(QChar(first)) && text.endsWith(QChar(last));
+    };
+    return text.isEmpty() || stands(u'[', u']') || stands(u'(', u')') || stands(u'*', u'*');
+}
+
+QString recognitionStatus()
+{
+    return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)");
+}
+
+QCoro::Task<Length> lengthOf(const AudioDecoder *decoder, QString path,
+                             std::weak_ptr<EstimatedProgress> shown, std::stop_token stop)
+{
+    const Length length =
+        co_await offMainThread([decoder, path, stop] { return decoder->duration(path, stop); });
+    if (const std::shared_ptr<EstimatedProgress> progress = shown.lock(); progress && length)
+        progress->setLength(*length);
+    co_return length;
+}
+
+} // namespace
+
+TranscriptPipeline::TranscriptPipeline(WhisperServerEngine &engine, const AudioDecoder &decoder)
+    : m_engine(engine),
+      m_decoder(decoder)
+{}
+
+QCoro::Task<Transcript> TranscriptPipeline::run(Request request, Progress progress, std::stop_token stop)
+{
+    const bool isMeeting = request.medium == Medium::Meeting;
+    const auto isNothingThere = [decoder = &m_decoder, path = request.audioPath, isMeeting] {
+        if (isMeeting && isEmptyRecording(path))
+            return true;
+        decoder->requireReadable(path);
+        return false;
+    };
+    if (co_await m_scope(offMainThread(isNothingThere), stop))
+        co_return Transcript();
+
+    Transcript transcript = co_await m_scope(recognise(request, progress, stop), stop);
+    if (isMeeting)
+        transcript.segments.removeIf(isWithoutSpeech);
+    transcript.segments =
+        TranscriptSanitizer::collapseRepeats(transcript.segments, TranscriptSanitizer::keptRepeats);
+    if (request.speakers == SpeakerDetection::On && !transcript.segments.isEmpty()) {
+        transcript.segments =
+            co_await m_scope(SpeakerDiarizer::assignByVoice(transcript.segments, request.audioPath,
+                                                            maxSpeakers, &m_decoder, stop),
+                             stop);
+    }
+    co_return transcript;
+}
+
+QCoro::Task<Transcript> TranscriptPipeline::recognise(Request request, Progress progress,
+                                                      std::stop_token stop)
+{
+    if (isDirectFormat(request.audioPath)) {
+        try {
+            co_return co_await m_scope(recogniseDirectly(request, progress, stop), stop);
+        } catch (const EngineServer::EngineError &error) {
+            if (error.kind() != EngineServer::EngineError::Kind::requestRejected)
+                throw;
+        }
+        // A voice message is Opus in .ogg: the server does not read it, we do.
+    }
+    co_return co_await m_scope(recogniseDecoded(request, progress, stop), stop);
+}
+
+QCoro::Task<Transcript> TranscriptPipeline::recogniseDirectly(Request request, Progress progress,
+                                                              std::stop_token stop)
+{
+    progress.setStatus(recognitionStatus());
+    const auto shown = std::make_shared<EstimatedProgress>(progress, m_estimate, request.model.path);
+    QCoro::Task<Length> length = lengthOf(&m_decoder, request.audioPath, shown, stop); // meanwhile
+    co_await m_scope(m_engine.load(request.model.path, stop), stop);
+    shown->begin();
+    const QList<RawSegment> segments = co_await m_scope(
+        m_engine.infer(request.audioPath, request.language, WhisperServerEngine::NonSpeech::Keep, stop),
+        stop);
+    shown->end();
+    co_return Transcript{.segments = DisplaySegment::from(segments),
+                         .length = co_await m_scope(std::move(length), stop)};
+}
+
+QCoro::Task<Transcript> TranscriptPipeline::recogniseDecoded(Request request, Progress progress,
+                                                             std::stop_token stop)
+{
+    progress.setStatus(Localization::text(u"Декодирование аудио…"));
+    progress.report(0);
+    auto decode = [decoder = &m_decoder, path = request.audioPath, stop] {
+        return decoder->decode(path, stop);
+    };
+    std::vector<float> samples = co_await m_scope(offMainThread(&longWorkPool(), std::move(decode)), stop);
+
+    const auto length = 1ms * (qint64(samples.size()) * 1000 / sampleRate);
+    progress.setStatus(recognitionStatus());
+    co_await m_scope(m_engine.load(request.model.path, stop), stop);
+    EstimatedProgress shown(progress, m_estimate, request.model.path);
+    shown.setLength(length);
+    shown.begin();
+    const QList<RawSegment> segments =
+        co_await m_scope(m_engine.transcribe(std::move(samples), request.model.path, request.language,
+                                             WhisperServerEngine::NonSpeech::Keep, stop),
+                         stop);
+    shown.end();
+    co_return Transcript{.segments = DisplaySegment::from(segments), .length = length};
+}
+
+} // namespace orvane
