@@ -1,5 +1,6 @@
 #include "models/DownloadMeta.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,6 +13,10 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 namespace {
+
+constexpr qint64 mebibyte = 1024 * 1024;
+/// In bytes. A record of six segments has a few hundred.
+constexpr qint64 maxRecordSize = 64 * 1024;
 
 std::optional<qint64> integer(const QJsonValue &value)
 {
@@ -91,6 +96,14 @@ std::optional<DownloadMeta> DownloadMeta::fromJson(const QByteArray &json)
                         .bootID = optionalString(bootID)};
 }
 
+std::optional<DownloadMeta> DownloadMeta::fromFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QFile::ReadOnly))
+        return std::nullopt;
+    return fromJson(file.read(maxRecordSize));
+}
+
 QByteArray DownloadMeta::toJson() const
 {
     QJsonObject record{{u"total"_s, total},
@@ -134,7 +147,7 @@ qint64 DownloadMeta::totalWritten() const
     return std::accumulate(written.begin(), written.end(), qint64(0));
 }
 
-qint64 DownloadMeta::leastFileSize() const
+qint64 DownloadMeta::minFileSize() const
 {
     qint64 size = 0;
     for (qsizetype i = 0; i < segmentCount(); ++i) {
@@ -142,6 +155,19 @@ qint64 DownloadMeta::leastFileSize() const
             size = std::max(size, starts[i] + written[i]);
     }
     return size;
+}
+
+QList<ByteRange> splitSegments(qint64 total)
+{
+    const qint64 count = total < 32 * mebibyte    ? 1
+                         : total < 128 * mebibyte ? 2
+                         : total < 512 * mebibyte ? 4
+                                                  : 6;
+    const qint64 length = total / count;
+    QList<ByteRange> ranges;
+    for (qint64 i = 0; i < count; ++i)
+        ranges.append({i * length, i == count - 1 ? total - 1 : (i + 1) * length - 1});
+    return ranges;
 }
 
 } // namespace orvane

@@ -38,6 +38,7 @@ struct DownloadMeta
 
     /// None when the bytes are not a record. A record may still be inconsistent.
     [[nodiscard]] static std::optional<DownloadMeta> fromJson(const QByteArray &json);
+    [[nodiscard]] static std::optional<DownloadMeta> fromFile(const QString &path);
     [[nodiscard]] QByteArray toJson() const;
 
     /// The lists have the same length, not 0, and each `written` lies within its segment.
@@ -50,9 +51,12 @@ struct DownloadMeta
     [[nodiscard]] ByteRange missing(qsizetype index) const;
     [[nodiscard]] qint64 totalWritten() const;
     /// The size that a partial file holding the written bytes has at least.
-    [[nodiscard]] qint64 leastFileSize() const;
+    [[nodiscard]] qint64 minFileSize() const;
 
     bool operator==(const DownloadMeta &) const = default;
 };
+
+/// The ranges of a file of `total` bytes, at least 1: the larger, the more, up to six.
+[[nodiscard]] QList<ByteRange> splitSegments(qint64 total);
 
 } // namespace orvane

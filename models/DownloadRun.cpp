@@ -1,8 +1,11 @@
 #include "models/DownloadRun.h"
 
-#include "models/ModelDownloader.h"
+#include "models/DiskCheckpoint.h"
+#include "models/DownloadError.h"
+#include "models/NetworkChanges.h"
 #include "models/PartFile.h"
 #include "models/SegmentStream.h"
+#include "models/SystemProxy.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
@@ -18,9 +21,12 @@ namespace orvane {
 
 namespace {
 
-constexpr auto longestDownload = 24h;
-/// A record of six segments has a few hundred bytes.
-constexpr qint64 largestRecord = 64 * 1024;
+constexpr auto maxDuration = 24h;
+/// Names are found a moment after there is a network.
+constexpr auto settlingTime = 15s;
+constexpr std::chrono::milliseconds settlingInterval = 1s;
+/// For a system that does not tell of its networks.
+constexpr std::chrono::milliseconds blindInterval = 1min;
 
 /// Ends the first request when its headers are there.
 struct HeadersSuffice
@@ -46,21 +52,59 @@ private:
     DownloadAnswer m_answer;
 };
 
+QString thisBoot()
+{
+    return QString::fromLatin1(QSysInfo::bootUniqueId());
+}
+
 } // namespace
 
 DownloadRun::DownloadRun(Job job) : m_job(std::move(job)) {}
 
 void DownloadRun::run()
 {
-    throwIfCancelled(m_job.stop);
-    const Probe found = probe();
-    m_job.sizeKnown(found.total);
+    try {
+        download();
+    } catch (...) {
+        if (m_job.discard.stop_requested())
+            PartFile::discard(m_job.to);
+        throw;
+    }
+}
 
+void DownloadRun::download()
+{
+    throwIfCancelled(m_job.stop);
+    Probe found = probeWhenConnected();
     PartFile part(PartFile::pathFor(m_job.to));
-    DownloadMeta meta = begin(found, part);
-    DownloadState state(std::move(meta), PartFile::metaPathFor(m_job.to), m_job.progress);
-    fetch(found, part, state);
+    try {
+        fetch(found, part);
+    } catch (const RangesDiffer &) {
+        found.givesRanges = false; // one answer is one file
+        fetch(found, part);
+    }
     complete(part, found.total);
+}
+
+DownloadRun::Probe DownloadRun::probeWhenConnected()
+{
+    QDeadlineTimer settled(0);
+    for (;;) {
+        const NetworkChanges changes;
+        const bool wasConnected = NetworkChanges::isConnected();
+        try {
+            return probe();
+        } catch (const DownloadError &error) {
+            if (error.kind() != DownloadError::Kind::ConnectionFailed ||
+                SystemProxy::isLoopback(m_job.from) || (wasConnected && settled.hasExpired()))
+                throw;
+        }
+        m_job.report({.isWaitingForNetwork = true});
+        m_session.waitUntilReadable(changes.descriptor(), wasConnected ? settlingInterval : blindInterval,
+                                    m_job.stop);
+        if (!wasConnected)
+            settled.setRemainingTime(settlingTime);
+    }
 }
 
 DownloadRun::Probe DownloadRun::probe()
@@ -88,19 +132,19 @@ DownloadRun::Probe DownloadRun::probe()
 
 std::optional<DownloadMeta> DownloadRun::resumable(const Probe &probe, const PartFile &part) const
 {
-    QFile record(PartFile::metaPathFor(m_job.to));
-    if (!probe.givesRanges || !record.open(QFile::ReadOnly))
+    const auto fits = [&](const DownloadMeta &meta) {
+        return meta.isConsistent() && meta.total == probe.total && meta.etag == probe.etag &&
+               meta.segments() == splitSegments(probe.total) &&
+               meta.bootID.value_or(thisBoot()) == thisBoot() && part.size() >= meta.minFileSize() &&
+               part.size() <= meta.total;
+    };
+    if (!probe.givesRanges)
         return std::nullopt;
-    auto meta = DownloadMeta::fromJson(record.read(largestRecord));
-    if (!meta || !meta->isConsistent() || meta->total != probe.total || meta->etag != probe.etag)
-        return std::nullopt;
-    if (meta->segments() != ModelDownloader::splitSegments(probe.total))
-        return std::nullopt;
-    if (meta->bootID && *meta->bootID != QString::fromLatin1(QSysInfo::bootUniqueId()))
-        return std::nullopt;
-    if (part.size() < meta->leastFileSize() || part.size() > meta->total)
-        return std::nullopt;
-    return meta;
+    for (const QString &record : {PartFile::metaPathFor(m_job.to), PartFile::checkpointPathFor(m_job.to)}) {
+        if (auto meta = DownloadMeta::fromFile(record); meta && fits(*meta))
+            return meta;
+    }
+    return std::nullopt;
 }
 
 DownloadMeta DownloadRun::begin(const Probe &probe, PartFile &part) const
@@ -109,10 +153,10 @@ DownloadMeta DownloadRun::begin(const Probe &probe, PartFile &part) const
         requireSpace(part, probe.total);
         return *std::move(meta);
     }
-    PartFile::removeRecord(m_job.to);
+    PartFile::removeRecords(m_job.to);
     part.clear();
-    const auto segments = probe.givesRanges ? ModelDownloader::splitSegments(probe.total)
-                                            : QList<ByteRange>{{0, probe.total - 1}};
+    const auto segments =
+        probe.givesRanges ? splitSegments(probe.total) : QList<ByteRange>{{0, probe.total - 1}};
     DownloadMeta meta = DownloadMeta::fresh(probe.etag, segments);
     try {
         requireSpace(part, probe.total);
@@ -127,27 +171,44 @@ void DownloadRun::requireSpace(const PartFile &part, qint64 total) const
 {
     const qint64 needed = total - part.allocated();
     const QStorageInfo disk(QFileInfo(m_job.to).path());
-    if (disk.isValid() && disk.bytesAvailable() < needed)
+    // Some file systems do not know and say 0; a full one will refuse the first byte.
+    if (disk.isValid() && disk.bytesAvailable() > 0 && disk.bytesAvailable() < needed)
         throw DownloadError::notEnoughSpace(needed, disk.bytesAvailable());
 }
 
-void DownloadRun::fetch(const Probe &probe, PartFile &part, DownloadState &state)
+void DownloadRun::fetch(const Probe &probe, PartFile &part)
 {
+    DownloadState state(begin(probe, part), PartFile::metaPathFor(m_job.to), m_job.report);
+    DiskCheckpoint checkpoint(part, PartFile::checkpointPathFor(m_job.to), m_job.options.checkpointInterval);
     state.save(DownloadState::Bytes::WithTheSystem);
     try {
-        fetchMissing(probe, part, state);
+        fetchMissing(probe, part, state, checkpoint);
+    } catch (const RangesDiffer &) {
+        throw;
     } catch (...) {
-        state.save(DownloadState::Bytes::WithTheSystem);
-        if (part.flush())
-            state.save(DownloadState::Bytes::OnTheDisk);
+        if (m_job.discard.stop_requested())
+            part.clear(); // the disk need not take what will be deleted
+        else
+            keep(part, state, checkpoint);
         throw;
     }
 }
 
-void DownloadRun::fetchMissing(const Probe &probe, PartFile &part, DownloadState &state)
+void DownloadRun::keep(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint) const
+{
+    state.save(DownloadState::Bytes::WithTheSystem);
+    checkpoint.finish();
+    if (!part.flush())
+        return;
+    state.save(DownloadState::Bytes::OnTheDisk);
+    QFile::remove(PartFile::checkpointPathFor(m_job.to));
+}
+
+void DownloadRun::fetchMissing(const Probe &probe, PartFile &part, DownloadState &state,
+                               DiskCheckpoint &checkpoint)
 {
     const auto answer = probe.givesRanges ? SegmentStream::Answer::Range : SegmentStream::Answer::WholeFile;
-    const QDeadlineTimer latestEnd(longestDownload);
+    const QDeadlineTimer latestEnd(maxDuration);
     std::vector<std::unique_ptr<Transfer>> transfers;
     std::vector<SegmentStream *> streams;
     for (qsizetype i = 0; i < state.meta().segmentCount(); ++i) {
@@ -161,6 +222,7 @@ void DownloadRun::fetchMissing(const Probe &probe, PartFile &part, DownloadState
     m_session.run(transfers, m_job.stop, [&] {
         std::ranges::for_each(streams, &SegmentStream::flush);
         state.report();
+        checkpoint.offer(state.meta());
         if (latestEnd.hasExpired())
             throw DownloadError::truncated(state.meta().totalWritten(), state.meta().total);
     });
@@ -170,8 +232,8 @@ void DownloadRun::complete(PartFile &part, qint64 total) const
 {
     if (part.size() != total)
         throw DownloadError::truncated(part.size(), total);
-    if (!ModelDownloader::hasMagic(PartFile::pathFor(m_job.to), m_job.expectedMagic)) {
-        PartFile::removeRecord(m_job.to);
+    if (!part.beginsWith(m_job.expectedMagic)) {
+        PartFile::removeRecords(m_job.to);
         part.remove();
         throw DownloadError::corruptFile();
     }
@@ -179,7 +241,7 @@ void DownloadRun::complete(PartFile &part, qint64 total) const
     if (!part.flush())
         throw DownloadError::notWritable(QFileInfo(m_job.to).path());
     part.moveTo(m_job.to);
-    PartFile::removeRecord(m_job.to);
+    PartFile::removeRecords(m_job.to);
 }
 
 } // namespace orvane

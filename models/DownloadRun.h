@@ -7,11 +7,11 @@
 #include <QString>
 #include <QUrl>
 
-#include <functional>
 #include <stop_token>
 
 namespace orvane {
 
+class DiskCheckpoint;
 class PartFile;
 
 /// One download from its first request to the file's final name, on the thread that calls run().
@@ -24,17 +24,18 @@ public:
         QString to;
         /// What the file must begin with; empty: anything.
         QByteArray expectedMagic;
-        /// Both are called on the download's thread; the size is in bytes.
-        DownloadState::Progress progress;
-        std::function<void(qint64)> sizeKnown;
+        /// Called on the download's thread.
+        DownloadState::Report report;
         DownloadOptions options;
         std::stop_token stop;
+        /// Stopped besides `stop`: nothing is kept.
+        std::stop_token discard;
     };
 
     explicit DownloadRun(Job job);
 
     /// Throws DownloadError, or Cancelled when stop was requested. The partial file and its record then
-    /// stay for the next attempt, but for a file of the wrong kind.
+    /// stay for the next attempt, but for a file of the wrong kind and a discarded download.
     void run();
 
 private:
@@ -46,14 +47,18 @@ private:
         bool givesRanges;
     };
 
+    void download();
+    /// Waits until there is a network.
+    [[nodiscard]] Probe probeWhenConnected();
     /// Asks for the first byte to learn about the file; its body is never fetched.
     [[nodiscard]] Probe probe();
-    /// How far an earlier attempt has come, when it was for the same file and can be gone on with.
+    /// How far an earlier attempt has come, when it was for the same file and can be resumed.
     [[nodiscard]] std::optional<DownloadMeta> resumable(const Probe &probe, const PartFile &part) const;
     [[nodiscard]] DownloadMeta begin(const Probe &probe, PartFile &part) const;
     void requireSpace(const PartFile &part, qint64 total) const;
-    void fetch(const Probe &probe, PartFile &part, DownloadState &state);
-    void fetchMissing(const Probe &probe, PartFile &part, DownloadState &state);
+    void fetch(const Probe &probe, PartFile &part);
+    void fetchMissing(const Probe &probe, PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint);
+    void keep(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint) const;
     void complete(PartFile &part, qint64 total) const;
 
     const Job m_job;

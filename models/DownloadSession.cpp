@@ -11,7 +11,7 @@ namespace orvane {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestPoll{250};
+constexpr std::chrono::milliseconds maxPoll{250};
 
 CURLM *newMulti()
 {
@@ -43,6 +43,16 @@ void DownloadSession::run(std::span<const std::unique_ptr<Transfer>> transfers, 
         curl_multi_remove_handle(m_multi.get(), transfer->handle());
 }
 
+void DownloadSession::waitUntilReadable(int descriptor, std::chrono::milliseconds limit,
+                                        const std::stop_token &stop)
+{
+    const std::stop_callback wake(stop, [this] { curl_multi_wakeup(m_multi.get()); });
+    throwIfCancelled(stop);
+    curl_waitfd waited{.fd = descriptor, .events = CURL_WAIT_POLLIN, .revents = 0};
+    curl_multi_poll(m_multi.get(), &waited, 1, static_cast<int>(limit.count()), nullptr);
+    throwIfCancelled(stop);
+}
+
 void DownloadSession::runRounds(std::span<const std::unique_ptr<Transfer>> transfers,
                                 const std::stop_token &stop, const std::function<void()> &afterRound)
 {
@@ -56,7 +66,7 @@ void DownloadSession::runRounds(std::span<const std::unique_ptr<Transfer>> trans
             return;
         for (const auto &transfer : transfers)
             transfer->throwIfIdle();
-        curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(longestPoll.count()), nullptr);
+        curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(maxPoll.count()), nullptr);
     }
 }
 

@@ -18,6 +18,8 @@ struct DownloadOptions
     std::chrono::milliseconds probeTimeout{30'000};
     /// How long a connection may bring nothing before the download fails.
     std::chrono::milliseconds idleTimeout{60'000};
+    /// How much of the download a power failure may cost.
+    std::chrono::milliseconds checkpointInterval{10'000};
 };
 
 /// Runs the transfers of one download, each on a connection of its own, on the calling thread.
@@ -33,6 +35,10 @@ public:
     void run(
         std::span<const std::unique_ptr<Transfer>> transfers, const std::stop_token &stop,
         const std::function<void()> &afterRound = [] {});
+
+    /// Returns when the descriptor is readable, or after the limit. Throws Cancelled soon after a stop
+    /// request.
+    void waitUntilReadable(int descriptor, std::chrono::milliseconds limit, const std::stop_token &stop);
 
 private:
     void runRounds(std::span<const std::unique_ptr<Transfer>> transfers, const std::stop_token &stop,

@@ -1,12 +1,11 @@
 #include "models/DownloadState.h"
 
-#include "models/PartFile.h"
+#include "base/files/FileError.h"
+#include "base/files/FileReplacement.h"
 
-#include <QFile>
 #include <QSysInfo>
 
 #include <chrono>
-#include <filesystem>
 
 using namespace std::chrono_literals;
 
@@ -20,15 +19,16 @@ constexpr auto reportInterval = 16ms;
 
 } // namespace
 
-DownloadState::DownloadState(DownloadMeta meta, QString recordPath, Progress progress)
+DownloadState::DownloadState(DownloadMeta meta, QString recordPath, Report report)
     : m_meta(std::move(meta)),
       m_writtenBefore(m_meta.written),
       m_recordPath(std::move(recordPath)),
-      m_progress(std::move(progress)),
+      m_report(std::move(report)),
       m_nextSave(saveInterval),
-      m_totalWritten(m_meta.totalWritten())
+      m_totalWritten(m_meta.totalWritten()),
+      m_rate(m_totalWritten)
 {
-    report();
+    this->report();
 }
 
 void DownloadState::add(qint64 bytes, qsizetype segment)
@@ -57,7 +57,11 @@ void DownloadState::report()
         return;
     m_nextReport.setRemainingTime(reportInterval);
     m_lastReported = fraction;
-    m_progress(fraction);
+    m_rate.update(m_totalWritten);
+    m_report({.receivedBytes = m_totalWritten,
+              .totalBytes = m_meta.total,
+              .bytesPerSecond = m_rate.bytesPerSecond(),
+              .remainingMs = m_rate.remainingMs(m_meta.total - m_totalWritten)});
 }
 
 void DownloadState::save(Bytes bytes)
@@ -67,20 +71,13 @@ void DownloadState::save(Bytes bytes)
         m_meta.bootID = QString::fromLatin1(QSysInfo::bootUniqueId());
     m_nextSave.setRemainingTime(saveInterval);
 
-    // Not QSaveFile: it waits for the disk, here behind everything downloaded in the last second.
-    const QString draft = PartFile::draftOf(m_recordPath);
-    const QByteArray record = m_meta.toJson();
-    QFile file(draft);
-    const bool isWritten = file.open(QFile::WriteOnly) && file.write(record) == record.size() && file.flush();
-    file.close();
-    if (!isWritten) {
-        QFile::remove(draft); // the open file would refuse while it has bytes to write
-        return;
+    try {
+        // Without waiting for the disk, which would be busy with everything downloaded in the last second.
+        replaceFile(m_recordPath, m_meta.toJson(), FileAccess::Usual,
+                    bytes == Bytes::OnTheDisk ? Durability::Flushed : Durability::Unflushed);
+    } catch (const FileError &) {
+        // the last one stays
     }
-
-    std::error_code failure;
-    std::filesystem::rename(QFile::encodeName(draft).constData(), QFile::encodeName(m_recordPath).constData(),
-                            failure);
 }
 
 } // namespace orvane

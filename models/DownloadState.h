@@ -1,6 +1,8 @@
 #pragma once
 
 #include "models/DownloadMeta.h"
+#include "models/DownloadProgress.h"
+#include "models/TransferRate.h"
 
 #include <QDeadlineTimer>
 
@@ -13,21 +15,21 @@ namespace orvane {
 class DownloadState
 {
 public:
-    /// Called with a fraction 0…1: at the end, and before it for 0.001 or more gained, no more often
-    /// than a window can show it.
-    using Progress = std::function<void(double)>;
+    /// Called at the beginning, at the end, and between them for a thousandth of the file or more gained, no
+    /// more often than a window can show it.
+    using Report = std::function<void(const DownloadProgress &)>;
 
-    DownloadState(DownloadMeta meta, QString recordPath, Progress progress);
+    DownloadState(DownloadMeta meta, QString recordPath, Report report);
 
     [[nodiscard]] const DownloadMeta &meta() const { return m_meta; }
 
     /// `bytes` more of the segment lie in the partial file.
     void add(qint64 bytes, qsizetype segment);
-    /// Counts out everything added since the beginning, and what is added yet: the server has proved not
+    /// Counts out everything added since the beginning, and what will be added: the server has proved not
     /// to send the file.
     void distrust();
 
-    /// Reports what is gained and not reported yet, when it is time. For when bytes may not come.
+    /// Reports what is gained and not reported yet, when it is time. Also for when no bytes come.
     void report();
 
     /// Where the bytes counted in the record are: a process may end at any time with both, the power
@@ -40,11 +42,12 @@ private:
     DownloadMeta m_meta;
     const QList<qint64> m_writtenBefore;
     const QString m_recordPath;
-    const Progress m_progress;
+    const Report m_report;
     QDeadlineTimer m_nextSave;
     QDeadlineTimer m_nextReport;
     qint64 m_totalWritten;
-    double m_lastReported = 0;
+    TransferRate m_rate;
+    double m_lastReported = -1;
     bool m_isDistrusted = false;
 };
 

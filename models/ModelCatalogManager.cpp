@@ -1,5 +1,6 @@
 #include "models/ModelCatalogManager.h"
 
+#include "base/AnyStop.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "models/ModelDownloader.h"
@@ -10,6 +11,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -27,9 +29,8 @@ struct ModelCatalogManager::Download
     explicit Download(DownloadOptions options) : downloader(options) {}
 
     ModelDownloader downloader;
-    std::stop_source stop;
-    /// Cancelled by the user: nothing of it is kept.
-    bool isDiscarded = false;
+    /// Stopped when the user cancels: nothing of it is kept.
+    std::stop_source discard;
 };
 
 ModelCatalogManager::ModelCatalogManager(QList<DownloadableModel> models, QByteArray magic,
@@ -39,27 +40,26 @@ ModelCatalogManager::ModelCatalogManager(QList<DownloadableModel> models, QByteA
       m_models(std::move(models)),
       m_magic(std::move(magic)),
       m_directory(directory),
-      m_repository(std::move(repository))
+      m_repository(std::move(repository)),
+      m_watch(directory)
 {
+    connect(&m_watch, &FolderWatch::changed, this, &ModelCatalogManager::refresh);
     refresh();
 }
 
 ModelCatalogManager::~ModelCatalogManager()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     for (const auto &download : std::as_const(m_downloads))
-        download->stop.request_stop();
-    for (auto [id, download] : m_downloads.asKeyValueRange()) {
         download->downloader.interruptAndWait();
-        if (download->isDiscarded)
-            PartFile::discard(localPath(id));
-    }
 }
 
-qint64 ModelCatalogManager::downloadSize(const QString &id) const
+QVariantMap ModelCatalogManager::progress() const
 {
-    const auto download = m_downloads.value(id);
-    return download ? download->downloader.totalBytes() : 0;
+    QVariantMap fractions;
+    for (const auto &[id, progress] : m_progress.asKeyValueRange())
+        fractions.insert(id, progress.fraction());
+    return fractions;
 }
 
 const DownloadableModel *ModelCatalogManager::find(const QString &id) const
@@ -87,23 +87,32 @@ QUrl ModelCatalogManager::source(const DownloadableModel &model) const
     return url;
 }
 
-bool ModelCatalogManager::isPartlyDownloaded(const QString &id) const
-{
-    const QString file = localPath(id);
-    return !file.isEmpty() && QFileInfo::exists(PartFile::pathFor(file));
-}
-
 void ModelCatalogManager::refresh()
 {
-    QSet<QString> found;
+    QSet<QString> downloaded;
+    QSet<QString> partlyDownloaded;
+    QStringList files;
+    QStringList replaced;
     for (const DownloadableModel &model : m_models) {
-        if (QFileInfo(localPath(model.id)).isFile())
-            found.insert(model.id);
+        const QString file = localPath(model.id);
+        if (QFileInfo::exists(PartFile::pathFor(file)))
+            partlyDownloaded.insert(model.id);
+        const auto stamp = FileStamp::of(QFile::encodeName(file));
+        if (!stamp || m_deleting.contains(model.id))
+            continue;
+        downloaded.insert(model.id);
+        files.append(file);
+        if (m_stamps.value(model.id, *stamp) != *stamp)
+            replaced.append(model.id);
+        m_stamps.insert(model.id, *stamp);
     }
-    if (found == m_downloaded)
-        return;
-    m_downloaded = found;
-    Q_EMIT downloadedChanged();
+    m_watch.setFiles(files);
+    if (std::exchange(m_downloaded, downloaded) != downloaded)
+        Q_EMIT downloadedChanged();
+    if (std::exchange(m_partlyDownloaded, partlyDownloaded) != partlyDownloaded)
+        Q_EMIT partlyDownloadedChanged();
+    for (const QString &id : replaced)
+        Q_EMIT fileReplaced(id);
 }
 
 void ModelCatalogManager::download(const QString &id)
@@ -113,20 +122,29 @@ void ModelCatalogManager::download(const QString &id)
     const auto running = m_downloads.value(id);
     if (!running) {
         spawn(publish(id));
-    } else if (running->isDiscarded) {
+    } else if (running->discard.stop_requested()) {
         m_again.insert(id);
-        setProgress(id, 0);
+        setProgress(id, {});
     }
 }
 
 void ModelCatalogManager::cancelDownload(const QString &id)
 {
+    if (!find(id))
+        return;
     m_again.remove(id);
     clearProgress(id);
-    if (const auto running = m_downloads.value(id)) {
-        running->isDiscarded = true;
-        running->stop.request_stop();
-    }
+    if (const auto running = m_downloads.value(id))
+        running->discard.request_stop();
+    else
+        spawn(discardPart(id));
+}
+
+QCoro::Task<> ModelCatalogManager::discardPart(QString id)
+{
+    const auto work = [file = localPath(id)] { PartFile::discard(file); };
+    co_await m_scope(offMainThread(work));
+    refresh();
 }
 
 void ModelCatalogManager::remove(const QString &id)
@@ -136,32 +154,34 @@ void ModelCatalogManager::remove(const QString &id)
 
 QCoro::Task<> ModelCatalogManager::deleteFile(QString id)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     const QString file = localPath(id);
     if (file.isEmpty())
         co_return;
+    m_deleting.insert(id);
+    refresh(); // before the file goes, so that nobody begins to use it
     // Freeing gigabytes takes a disk its time.
     const auto work = [file] {
         QFile::remove(file);
         PartFile::discard(file);
     };
-    co_await offMainThread(work);
-    throwIfCancelled(lifetime);
+    co_await m_scope(offMainThread(work));
+    m_deleting.remove(id);
     refresh();
 }
 
 QCoro::Task<> ModelCatalogManager::publish(QString id)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     do {
         setLastError({});
         QString failure;
         try {
-            co_await fetch(id);
+            co_await m_scope(fetch(id));
+        } catch (const Gone &) {
+            throw;
         } catch (const Cancelled &) {
-            throwIfCancelled(lifetime);
-        } catch (const Error &error) {
-            failure = error.description();
+            // The user knows.
+        } catch (const std::exception &error) {
+            failure = descriptionOf(error);
         }
         if (!failure.isEmpty())
             setLastError(text(u"Не удалось скачать ") + find(id)->displayName + u": "_s + failure);
@@ -170,47 +190,43 @@ QCoro::Task<> ModelCatalogManager::publish(QString id)
 
 QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     if (m_downloads.contains(id))
         throw DownloadError::alreadyRunning();
     const auto download = std::make_shared<Download>(m_repository.options);
     m_downloads.insert(id, download);
-    setProgress(id, 0);
+    setProgress(id, {});
 
-    const auto forward = [source = download->stop]() mutable { source.request_stop(); };
-    const std::stop_callback onStop(stop, forward);
+    const AnyStop any(stop, m_scope.stop());
     std::exception_ptr failure;
     try {
-        co_await transfer(*find(id), download);
+        co_await m_scope(transfer(id, any.token(), download->discard.get_token()));
+    } catch (const Gone &) {
+        throw;
     } catch (...) {
         failure = std::current_exception();
-    }
-    throwIfCancelled(lifetime);
-
-    if (download->isDiscarded) {
-        const auto discard = [destination = localPath(id)] { PartFile::discard(destination); };
-        co_await offMainThread(discard);
-        throwIfCancelled(lifetime);
     }
     m_downloads.remove(id);
     if (!m_again.contains(id))
         clearProgress(id);
     refresh();
+    if (failure && download->discard.stop_requested())
+        throw Cancelled();
     if (failure)
         std::rethrow_exception(failure);
 }
 
-QCoro::Task<> ModelCatalogManager::transfer(DownloadableModel model, std::shared_ptr<Download> download)
+QCoro::Task<> ModelCatalogManager::transfer(QString id, std::stop_token stop, std::stop_token discard)
 {
-    const std::stop_token stop = download->stop.get_token();
+    const DownloadableModel &model = *find(id);
     // Called on the main thread, and not after a stop request, which the destructor makes.
-    const auto progress = [this, id = model.id](double fraction) { setProgress(id, fraction); };
-    co_await download->downloader.download(source(model), localPath(model.id), m_magic, progress, stop);
+    const auto progress = [this, id](const DownloadProgress &reached) { setProgress(id, reached); };
+    ModelDownloader &downloader = m_downloads.value(id)->downloader;
+    return downloader.download(source(model), localPath(id), m_magic, progress, stop, discard);
 }
 
-void ModelCatalogManager::setProgress(const QString &id, double fraction)
+void ModelCatalogManager::setProgress(const QString &id, const DownloadProgress &progress)
 {
-    m_progress[id] = fraction;
+    m_progress[id] = progress;
     Q_EMIT progressChanged();
 }
 

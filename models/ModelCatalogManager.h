@@ -1,8 +1,13 @@
 #pragma once
 
+#include "base/Scope.h"
+#include "base/files/FileStamp.h"
+#include "base/files/FolderWatch.h"
+#include "models/DownloadProgress.h"
 #include "models/DownloadSession.h"
 
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 #include <QUrl>
@@ -36,41 +41,46 @@ struct DownloadableModel
 };
 
 /// Knows which models of a catalogue lie in a folder, downloads and deletes them. A file of the right name
-/// counts, wherever it came from; its content is not looked at. Main thread.
+/// counts, wherever it came from; its content is not looked at. What other programs change is noticed. Main
+/// thread.
 class ModelCatalogManager : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QSet<QString> downloaded READ downloaded NOTIFY downloadedChanged)
+    Q_PROPERTY(QSet<QString> partlyDownloaded READ partlyDownloaded NOTIFY partlyDownloadedChanged)
     Q_PROPERTY(QVariantMap progress READ progress NOTIFY progressChanged)
     Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
 
 public:
-    /// Interrupts what runs and waits until the records are saved; the next download goes on from them.
+    /// Interrupts what runs and waits until the records are saved; the next download resumes from them.
     ~ModelCatalogManager() override;
 
     [[nodiscard]] QString directory() const { return m_directory; }
 
     /// Ids of the catalogue's models whose file exists.
     [[nodiscard]] QSet<QString> downloaded() const { return m_downloaded; }
+    /// Ids of the models of which a download runs, here or elsewhere, or was interrupted and can be resumed.
+    [[nodiscard]] QSet<QString> partlyDownloaded() const { return m_partlyDownloaded; }
     /// The running downloads: id to a fraction 0…1.
-    [[nodiscard]] QVariantMap progress() const { return m_progress; }
+    [[nodiscard]] QVariantMap progress() const;
+    /// The same in full, for one of them; nothing is reached of what does not run.
+    [[nodiscard]] Q_INVOKABLE DownloadProgress downloadProgress(const QString &id) const
+    {
+        return m_progress.value(id);
+    }
     /// Why the last failed download did, as a sentence; empty when the last one started has not failed.
     [[nodiscard]] QString lastError() const { return m_lastError; }
-    /// Size in bytes of the file that is being downloaded; 0 while it is not known.
-    [[nodiscard]] qint64 downloadSize(const QString &id) const;
 
     /// Where the model's file lies, or would; empty for an id that is not in the catalogue.
     [[nodiscard]] QString localPath(const QString &id) const;
 
-    /// Whether a download of the model runs, here or elsewhere, or was interrupted and can be gone on with.
-    [[nodiscard]] bool isPartlyDownloaded(const QString &id) const;
-
-    /// Looks at the folder again.
+    /// Looks at the folder now. It is also looked at a moment after it has changed.
     Q_INVOKABLE void refresh();
 
-    /// Starts or goes on with a download; nothing when it runs already. A failure becomes lastError.
+    /// Starts or resumes a download; nothing when it runs already. A failure becomes lastError.
     Q_INVOKABLE void download(const QString &id);
-    /// Ends the download and throws away what it has brought; a model that was complete before stays.
+    /// Ends the download and throws away what it has brought, also when it was interrupted before; a model
+    /// that was complete before stays.
     Q_INVOKABLE void cancelDownload(const QString &id);
     /// Deletes the model's file, and what an interrupted download of it has left.
     Q_INVOKABLE void remove(const QString &id);
@@ -83,8 +93,11 @@ public:
 
 Q_SIGNALS:
     void downloadedChanged();
+    void partlyDownloadedChanged();
     void progressChanged();
     void lastErrorChanged();
+    /// The model's file is another than when it was last seen.
+    void fileReplaced(const QString &id);
 
 protected:
     /// Every file begins with `magic`. The folder need not exist; it is made for the first download.
@@ -97,8 +110,9 @@ private:
     [[nodiscard]] const DownloadableModel *find(const QString &id) const;
     [[nodiscard]] QUrl source(const DownloadableModel &model) const;
     [[nodiscard]] QCoro::Task<> publish(QString id);
-    [[nodiscard]] QCoro::Task<> transfer(DownloadableModel model, std::shared_ptr<Download> download);
-    void setProgress(const QString &id, double fraction);
+    [[nodiscard]] QCoro::Task<> discardPart(QString id);
+    [[nodiscard]] QCoro::Task<> transfer(QString id, std::stop_token stop, std::stop_token discard);
+    void setProgress(const QString &id, const DownloadProgress &progress);
     void clearProgress(const QString &id);
     void setLastError(const QString &text);
 
@@ -107,12 +121,18 @@ private:
     const QString m_directory;
     const ModelRepository m_repository;
     QSet<QString> m_downloaded;
-    QVariantMap m_progress;
+    QSet<QString> m_partlyDownloaded;
+    /// Of every file seen so far, also of those that have gone.
+    QHash<QString, FileStamp> m_stamps;
+    /// Models whose file is about to go.
+    QSet<QString> m_deleting;
+    FolderWatch m_watch;
+    QMap<QString, DownloadProgress> m_progress;
     QString m_lastError;
     QHash<QString, std::shared_ptr<Download>> m_downloads;
     /// Cancelled downloads that were asked for again before they had come to their end.
     QSet<QString> m_again;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

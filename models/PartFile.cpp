@@ -37,27 +37,31 @@ QString PartFile::metaPathFor(const QString &destination)
     return pathFor(destination) + u".meta"_s;
 }
 
-QString PartFile::draftOf(const QString &metaPath)
+QString PartFile::checkpointPathFor(const QString &destination)
 {
-    return metaPath + u".new"_s;
+    return pathFor(destination) + u".synced"_s;
 }
 
-void PartFile::removeRecord(const QString &destination)
+void PartFile::removeRecords(const QString &destination)
 {
-    const QString record = metaPathFor(destination);
-    QFile::remove(record);
-    QFile::remove(draftOf(record));
+    QFile::remove(metaPathFor(destination));
+    QFile::remove(checkpointPathFor(destination));
+    // What a process was writing when it was killed.
+    const QFileInfo part(pathFor(destination));
+    const QStringList drafts = {part.fileName() + u".*.tmp"_s};
+    for (const QFileInfo &draft : part.dir().entryInfoList(drafts, QDir::Files))
+        QFile::remove(draft.filePath());
 }
 
 void PartFile::discard(const QString &destination)
 {
     if (!QFile::exists(pathFor(destination))) {
-        removeRecord(destination);
+        removeRecords(destination);
         return;
     }
     try {
         PartFile part(pathFor(destination));
-        removeRecord(destination);
+        removeRecords(destination);
         part.remove();
     } catch (const DownloadError &) {
         // Another's now.
@@ -67,6 +71,11 @@ void PartFile::discard(const QString &destination)
 qint64 PartFile::allocated() const
 {
     return FileControl::allocated(m_file.handle());
+}
+
+bool PartFile::beginsWith(const QByteArray &bytes)
+{
+    return m_file.seek(0) && m_file.read(bytes.size()) == bytes;
 }
 
 void PartFile::clear()

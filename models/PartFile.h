@@ -9,7 +9,7 @@ namespace orvane {
 
 /// The ".part" file of one download. While it is open no other process or PartFile can open it: the
 /// lock is on the file itself, so it goes with the process that held it, however that ends.
-/// Throws DownloadError when the disk refuses. One thread at a time.
+/// Throws DownloadError when the disk refuses. One thread at a time, apart from flush().
 class PartFile
 {
 public:
@@ -17,20 +17,21 @@ public:
     /// another has it.
     explicit PartFile(const QString &path);
 
-    /// Where the partial file and the resume record of a destination lie.
+    /// Where the partial file of a destination lies, its resume record, and the record of what of it is on
+    /// the disk for good.
     [[nodiscard]] static QString pathFor(const QString &destination);
     [[nodiscard]] static QString metaPathFor(const QString &destination);
+    [[nodiscard]] static QString checkpointPathFor(const QString &destination);
+    static void removeRecords(const QString &destination);
 
-    /// Where a record is written before it takes the place of the last one.
-    [[nodiscard]] static QString draftOf(const QString &metaPath);
-    static void removeRecord(const QString &destination);
-
-    /// Removes the partial file and the record of a destination, unless another is writing them.
+    /// Removes the partial file and the records of a destination, unless another is writing them.
     static void discard(const QString &destination);
 
     [[nodiscard]] qint64 size() const { return m_file.size(); }
     /// Bytes of the disk that the file has already: less than its size while parts are missing.
     [[nodiscard]] qint64 allocated() const;
+    /// Whether the file begins with these bytes.
+    [[nodiscard]] bool beginsWith(const QByteArray &bytes);
     void clear();
     void write(qint64 offset, std::span<const char> bytes);
 

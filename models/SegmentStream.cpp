@@ -32,11 +32,12 @@ void SegmentStream::answered(const DownloadAnswer &answer)
 {
     if (answer.status != 200 && answer.status != 206)
         throw DownloadError::badStatus(answer.status);
-    if ((answer.etag && answer.etag != m_state.meta().etag) || answer.isEncoded ||
-        answer.contentLength.value_or(m_range.length()) != m_range.length() ||
-        answer.status != (m_answer == Answer::Range ? 206 : 200))
+    if (m_answer == Answer::Range &&
+        (answer.status == 200 || (answer.etag && answer.etag != m_state.meta().etag)))
+        throw RangesDiffer();
+    if (answer.isEncoded || answer.contentLength.value_or(m_range.length()) != m_range.length())
         throw DownloadError::fileChanged();
-    if (m_answer == Answer::WholeFile)
+    if (m_answer == Answer::WholeFile && answer.status == 200)
         return;
     const auto &given = answer.contentRange;
     if (!given || given->range != m_range || given->total != m_state.meta().total)

@@ -9,12 +9,17 @@ namespace orvane {
 class DownloadState;
 class PartFile;
 
+/// The server has answered a request for a range with the whole file, or with a part of a file of another
+/// entity tag, as the mirrors behind one address may: the file cannot be put together from ranges.
+struct RangesDiffer
+{};
+
 /// Brings what is missing of one segment into its place in the partial file. Only bytes of the very range
-/// and file that were asked for are written; anything else throws.
+/// and file that were asked for are written; anything else throws DownloadError or RangesDiffer.
 class SegmentStream : public Transfer
 {
 public:
-    /// `WholeFile` is for a server that gives no ranges: the answer is then the file from its start.
+    /// `WholeFile` is for a server that gives no ranges: the one answer is then the file from its start.
     enum class Answer { Range, WholeFile };
 
     /// The part and the state outlive the stream.

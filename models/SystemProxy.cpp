@@ -11,17 +11,17 @@ namespace orvane::SystemProxy {
 
 namespace {
 
-bool isLoopback(const QUrl &url)
-{
-    return url.host() == u"localhost" || QHostAddress(url.host()).isLoopback();
-}
-
 QString scheme(QNetworkProxy::ProxyType type)
 {
     return type == QNetworkProxy::Socks5Proxy ? u"socks5h"_s : u"http"_s;
 }
 
 } // namespace
+
+bool isLoopback(const QUrl &url)
+{
+    return url.host() == u"localhost" || QHostAddress(url.host()).isLoopback();
+}
 
 void apply(CURL *handle, const QUrl &url)
 {

@@ -17,7 +17,7 @@ using Localization::text;
 
 namespace {
 
-constexpr long mostRedirects = 20;
+constexpr long maxRedirects = 20;
 
 DownloadError timedOut()
 {
@@ -132,7 +132,7 @@ Transfer::Transfer(const QUrl &url, std::optional<ByteRange> range, std::chrono:
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, mostRedirects);
+    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, maxRedirects);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(idleTimeout.count()));
     // Threads and signals do not mix; and a name that resolves slowly must not hold up a stop request.

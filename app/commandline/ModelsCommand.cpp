@@ -3,11 +3,10 @@
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
-#include "app/commandline/TransferRate.h"
 #include "base/localization/Localization.h"
+#include "base/system/Machine.h"
 #include "models/CorrectionModelManager.h"
 #include "models/ModelManager.h"
-#include "base/system/Machine.h"
 
 #include <QFileInfo>
 
@@ -40,6 +39,16 @@ QString row(bool isThere, const QString &id, const QString &name, const QString 
 QString shownGigabytes(double gigabytes)
 {
     return u"≈ %1 "_s.arg(gigabytes, 0, 'f', 1) + text(u"ГБ");
+}
+
+ProgressLine::State shownProgress(const DownloadProgress &reached)
+{
+    if (reached.isWaitingForNetwork)
+        return {.stage = text(u"жду подключения к сети")};
+    const double megabytes = reached.bytesPerSecond / 1e6;
+    return {.stage = u"%1 % · %2 "_s.arg(100 * reached.fraction(), 0, 'f', 1).arg(megabytes, 0, 'f', 1) +
+                     text(u"МБ/с"),
+            .remainingMs = reached.remainingMs};
 }
 
 } // namespace
@@ -125,16 +134,7 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
         Output::complain(id + u": "_s + text(u"уже скачана"));
         co_return true;
     }
-    const auto rate = std::make_shared<TransferRate>();
-    const auto state = [rate, id, &manager] {
-        const auto size = double(manager.downloadSize(id));
-        const double fraction = manager.progress().value(id).toDouble();
-        rate->update(size * fraction);
-        const QString stage =
-            u"%1 % · %2 "_s.arg(100 * fraction, 0, 'f', 1).arg(rate->bytesPerSecond() / 1e6, 0, 'f', 1) +
-            text(u"МБ/с");
-        return ProgressLine::State{.stage = stage, .remainingMs = rate->remainingMs(size * (1 - fraction))};
-    };
+    const auto state = [id, &manager] { return shownProgress(manager.downloadProgress(id)); };
     try {
         const ProgressLine progress(id, state);
         co_await manager.fetch(id, m_stop.get_token());
@@ -152,13 +152,13 @@ QCoro::Task<int> ModelsCommand::remove()
 {
     for (const QString &id : m_options.ids) {
         const ModelCatalogManager &manager = managerOf(id);
-        if (!manager.downloaded().contains(id) && !manager.isPartlyDownloaded(id))
+        if (!manager.downloaded().contains(id) && !manager.partlyDownloaded().contains(id))
             throw Error(text(u"Эта модель не скачана: ") + id);
     }
     for (const QString &id : m_options.ids) {
         ModelCatalogManager &manager = managerOf(id);
         co_await manager.deleteFile(id);
-        if (QFileInfo::exists(manager.localPath(id)) || manager.isPartlyDownloaded(id))
+        if (QFileInfo::exists(manager.localPath(id)) || manager.partlyDownloaded().contains(id))
             throw Error(text(u"Не удалось удалить модель: ") + id);
     }
     co_return ExitStatus::success;

@@ -32,6 +32,15 @@ AppServices::AppServices(const Environment &environment)
     m_correctionModels =
         std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
 
+    // An engine has the old file in memory.
+    QObject::connect(m_models.get(), &ModelManager::fileReplaced, m_models.get(),
+                     [this] { m_whisperEngine->requestRestart(); });
+    QObject::connect(m_correctionModels.get(), &CorrectionModelManager::fileReplaced,
+                     m_correctionModels.get(), [this] {
+                         if (m_corrector)
+                             m_corrector->local().requestRestart();
+                     });
+
     if (environment.role == Role::Application) {
         QObject::connect(m_settings.get(), &AppSettings::shareAnonymousStatsChanged, m_settings.get(),
                          [this] { telemetry().pingIfEnabled(); });

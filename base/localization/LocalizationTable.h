@@ -250,6 +250,7 @@ inline constexpr TextPair table[] = {
      u"The model server was not found. Check your internet connection."},
     {u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится.",
      u"The model server stopped responding. Try the download again: it will continue."},
+    {u"жду подключения к сети", u"waiting for a network"},
     {u"Не удалось соединиться с сервером моделей. Повторите загрузку.",
      u"Could not connect to the model server. Try the download again."},
     {u"Не удалось установить защищённое соединение с сервером моделей.",

@@ -18,6 +18,7 @@ struct DownloadOutcome
     std::optional<DownloadError::Kind> failure;
     QString description;
     QList<double> progress;
+    DownloadProgress last;
     bool reportedElsewhere = false;
 
     [[nodiscard]] bool succeeded() const { return hasEnded && !wasCancelled && !failure; }
@@ -28,8 +29,9 @@ namespace detail {
 inline QCoro::Task<> follow(ModelDownloader *downloader, QUrl from, QString to, QByteArray magic,
                             std::shared_ptr<DownloadOutcome> outcome, std::stop_token stop)
 {
-    const auto progress = [outcome](double fraction) {
-        outcome->progress.append(fraction);
+    const auto progress = [outcome](const DownloadProgress &reached) {
+        outcome->progress.append(reached.fraction());
+        outcome->last = reached;
         outcome->reportedElsewhere |= QThread::currentThread() != QCoreApplication::instance()->thread();
     };
     try {

@@ -1,8 +1,8 @@
 #include "tests/models/DownloadOutcome.h"
+#include "tests/models/Script.h"
 #include "tests/support/FaultServer.h"
 
 #include <QCryptographicHash>
-#include <QProcess>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -12,34 +12,6 @@ using namespace orvane::test;
 namespace {
 
 constexpr qint64 mebibyte = 1024 * 1024;
-
-struct ScriptResult
-{
-    int exitCode = -1;
-    QByteArray output;
-};
-
-/// Runs a shell script with $url, $dir and $download set, while the event loop goes on.
-ScriptResult runScript(const QString &script, const QUrl &url, const QString &folder,
-                       QStringList wrapper = {})
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"url"_s, url.toString());
-    environment.insert(u"dir"_s, folder);
-    environment.insert(u"download"_s, QStringLiteral(DOWNLOAD_FILE));
-    process.setProcessEnvironment(environment);
-    wrapper << u"sh"_s << u"-c"_s << script;
-    process.start(wrapper.takeFirst(), wrapper);
-    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60'000))
-        process.kill();
-    process.waitForFinished();
-    QByteArray output = process.readAllStandardOutput();
-    const QByteArray errors = process.readAllStandardError();
-    if (!errors.isEmpty())
-        qInfo("%s", errors.constData());
-    return {process.exitCode(), std::move(output)};
-}
 
 bool reports(const QByteArray &output, DownloadError::Kind kind)
 {
@@ -62,7 +34,7 @@ private:
 
 void TestDownloadDisk::fullInTheMiddle()
 {
-    const QStringList ownMounts = {u"unshare"_s, u"--user"_s, u"--map-root-user"_s, u"--mount"_s};
+    const QStringList ownMounts = {u"--mount"_s};
     const QTemporaryDir folder;
     FaultServer server(m_content);
     if (runScript(u"mount -t tmpfs none \"$dir\""_s, server.url(), folder.path(), ownMounts).exitCode != 0)

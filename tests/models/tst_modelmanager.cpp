@@ -11,10 +11,10 @@ using namespace orvane;
 
 namespace {
 
-void put(const QString &file)
+void put(const QString &file, const QByteArray &content = {})
 {
     QFile created(file);
-    QVERIFY(created.open(QFile::WriteOnly));
+    QVERIFY(created.open(QFile::WriteOnly) && created.write(content) == content.size());
 }
 
 } // namespace
@@ -33,13 +33,10 @@ private Q_SLOTS:
         const QStringList two = {u"ggml-small.bin"_s, u"ggml-base.bin"_s};
         QTest::newRow("the selected one") << two << u"small"_s << u"small"_s;
         QTest::newRow("selected but not there") << two << u"large-v3"_s << u"base"_s;
-        QTest::newRow("none selected") << two << QString() << u"base"_s;
         QTest::newRow("unknown id") << two << u"BASE"_s << u"base"_s;
         QTest::newRow("English variant") << QStringList{u"ggml-base.en.bin"_s} << u"base"_s << u"base.en"_s;
         QTest::newRow("only a part") << QStringList{u"ggml-base.bin.part"_s} << u"base"_s << QString();
         QTest::newRow("a folder of that name") << QStringList{u"ggml-base.bin/"_s} << u"base"_s << QString();
-        QTest::newRow("foreign files")
-            << QStringList{u"base"_s, u"ggml-medium.gguf"_s} << u"base"_s << QString();
     }
 
     void resolved()
@@ -62,31 +59,37 @@ private Q_SLOTS:
             QVERIFY(QFile::exists(models.localPath(*model)));
     }
 
-    void folderNeedNotExist()
+    void noticesWhatOtherProgramsDo()
     {
-        const ModelManager models(u"/nonexistent/models"_s);
-        QVERIFY(models.downloaded().isEmpty());
-        QVERIFY(!models.resolved(u"base"_s));
-    }
-
-    void refreshTellsWhatChanged()
-    {
-        const QTemporaryDir folder;
-        ModelManager models(folder.path());
+        const QTemporaryDir parent;
+        const QString folder = parent.filePath(u"Orvane/Models"_s);
+        const ModelManager models(folder);
         QSignalSpy changed(&models, &ModelManager::downloadedChanged);
+        QSignalSpy replaced(&models, &ModelManager::fileReplaced);
+        QVERIFY(!models.resolved(u"base"_s));
 
-        put(folder.filePath(u"ggml-tiny.bin"_s));
-        put(folder.filePath(u"ggml-large-v3-turbo.bin"_s));
-        models.refresh();
-        QCOMPARE(models.downloaded(), (QSet{u"large-v3-turbo"_s, u"tiny"_s}));
+        QVERIFY(QDir().mkpath(folder));
+        put(folder + u"/ggml-tiny.bin"_s);
+        put(folder + u"/ggml-large-v3-turbo.bin"_s);
+        QTRY_COMPARE(models.downloaded(), (QSet{u"large-v3-turbo"_s, u"tiny"_s}));
         QCOMPARE(models.downloadedModels().first().id, u"tiny"_s);
-        models.refresh();
-        QCOMPARE(changed.size(), 1);
 
-        QVERIFY(QFile::remove(folder.filePath(u"ggml-tiny.bin"_s)));
-        models.refresh();
-        QCOMPARE(changed.size(), 2);
-        QCOMPARE(models.downloadedModels().size(), 1);
+        QVERIFY(QFile::remove(folder + u"/ggml-tiny.bin"_s));
+        QTRY_COMPARE(models.downloaded(), QSet{u"large-v3-turbo"_s});
+
+        QVERIFY(replaced.isEmpty());
+        put(folder + u"/ggml-large-v3-turbo.bin"_s, "overwritten");
+        QTRY_COMPARE(replaced.size(), 1);
+        QCOMPARE(replaced.first().first(), u"large-v3-turbo"_s);
+        put(folder + u"/ggml-tiny.bin"_s, "another one under the old name");
+        QTRY_COMPARE(replaced.size(), 2);
+
+        QVERIFY(QDir(folder).removeRecursively());
+        QTRY_VERIFY(models.downloaded().isEmpty());
+        QVERIFY(QDir().mkpath(folder));
+        put(folder + u"/ggml-base.bin"_s);
+        QTRY_COMPARE(models.downloaded(), QSet{u"base"_s});
+        QVERIFY(changed.size() >= 4);
     }
 
     void catalogIsConsistent()

@@ -1,4 +1,4 @@
-// Downloads one file and tells what it cost: download_file URL DESTINATION [MAGIC [IDLE_MS]]
+// Downloads one file and says what it cost: download_file URL DESTINATION [MAGIC [IDLE_MS]]
 // Standard output gets one JSON object; the exit code is 0 for a finished file and 1 for a failure.
 
 #include "models/ModelDownloader.h"
@@ -45,21 +45,25 @@ QCoro::Task<> run(ModelDownloader *downloader, QStringList arguments)
 {
     const qint64 memoryBefore = statusKiB("VmRSS");
     const double mainThreadBefore = cpuMilliseconds(RUSAGE_THREAD);
-    QJsonObject told;
+    QJsonObject report;
     int progressCalls = 0;
     try {
         co_await downloader->download(QUrl(arguments[1]), arguments[2], arguments.value(3).toLatin1(),
-                                      [&progressCalls](double) { ++progressCalls; });
+                                      [&progressCalls](const DownloadProgress &reached) {
+                                          ++progressCalls;
+                                          if (reached.isWaitingForNetwork)
+                                              std::fprintf(stderr, "waiting\n");
+                                      });
     } catch (const DownloadError &error) {
-        told[u"kind"_s] = static_cast<int>(error.kind());
-        told[u"error"_s] = error.description();
+        report[u"kind"_s] = static_cast<int>(error.kind());
+        report[u"error"_s] = error.description();
     }
-    told[u"peakGrowthKiB"_s] = statusKiB("VmHWM") - memoryBefore;
-    told[u"mainThreadMs"_s] = cpuMilliseconds(RUSAGE_THREAD) - mainThreadBefore;
-    told[u"cpuMs"_s] = cpuMilliseconds(RUSAGE_SELF);
-    told[u"progressCalls"_s] = progressCalls;
-    std::printf("%s\n", QJsonDocument(told).toJson(QJsonDocument::Compact).constData());
-    QCoreApplication::exit(told.contains(u"error"_s) ? 1 : 0);
+    report[u"peakGrowthKiB"_s] = statusKiB("VmHWM") - memoryBefore;
+    report[u"mainThreadMs"_s] = cpuMilliseconds(RUSAGE_THREAD) - mainThreadBefore;
+    report[u"cpuMs"_s] = cpuMilliseconds(RUSAGE_SELF);
+    report[u"progressCalls"_s] = progressCalls;
+    std::printf("%s\n", QJsonDocument(report).toJson(QJsonDocument::Compact).constData());
+    QCoreApplication::exit(report.contains(u"error"_s) ? 1 : 0);
 }
 
 } // namespace
