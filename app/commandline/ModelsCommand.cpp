@@ -10,7 +10,7 @@
 
 #include <QFileInfo>
 
-#include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -49,6 +49,17 @@ ProgressLine::State shownProgress(const DownloadProgress &reached)
     return {.stage = u"%1 % · %2 "_s.arg(100 * reached.fraction(), 0, 'f', 1).arg(megabytes, 0, 'f', 1) +
                      text(u"МБ/с"),
             .remainingMs = reached.remainingMs};
+}
+
+/// Once, as nothing else would say why nothing happens.
+void sayThatItWaits(const ModelCatalogManager &manager, const QString &id, const QObject *context)
+{
+    const auto say = [&manager, id, said = false]() mutable {
+        const DownloadProgress reached = manager.downloadProgress(id);
+        if (reached.isWaitingForNetwork && !std::exchange(said, true))
+            Output::complain(id + u": "_s + shownProgress(reached).stage);
+    };
+    QObject::connect(&manager, &ModelCatalogManager::progressChanged, context, say);
 }
 
 } // namespace
@@ -137,6 +148,8 @@ QCoro::Task<bool> ModelsCommand::download(QString id)
     const auto state = [id, &manager] { return shownProgress(manager.downloadProgress(id)); };
     try {
         const ProgressLine progress(id, state);
+        if (!progress.isShown())
+            sayThatItWaits(manager, id, &progress);
         co_await manager.fetch(id, m_stop.get_token());
     } catch (const Cancelled &) {
         co_return false;

@@ -27,6 +27,9 @@ public:
     /// Clears the line.
     ~ProgressLine() override;
 
+    /// False when standard error is not a terminal.
+    [[nodiscard]] bool isShown() const { return m_isShown; }
+
 private:
     void paint();
 
