@@ -51,6 +51,7 @@ void Operation::cancel()
     if (!m_running)
         return;
     std::stop_source run = m_run;
+    setProgress(0);
     setRunning(false);
     run.request_stop();
 }

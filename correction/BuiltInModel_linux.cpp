@@ -13,13 +13,13 @@ namespace {
 class NoBuiltInModel : public BuiltInModel
 {
 public:
-    [[nodiscard]] Availability availability() const override
+    [[nodiscard]] ModelAvailability availability() const override
     {
         return {.isReady = false,
                 .message = Localization::text(u"Apple Intelligence недоступен в этой сборке.")};
     }
 
-    [[nodiscard]] QCoro::Task<QString> respond(QString, QString) override
+    [[nodiscard]] QCoro::Task<QString> respond(QString, QString, std::stop_token) override
     {
         throw Error(availability().message);
         co_return {};

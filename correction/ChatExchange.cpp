@@ -10,7 +10,7 @@ namespace orvane::ChatExchange {
 
 namespace {
 
-constexpr int mostTokens = 1536;
+constexpr int maxTokens = 1536;
 
 } // namespace
 
@@ -20,7 +20,7 @@ QByteArray body(const QList<LocalLLMEngine::Message> &messages, double temperatu
     for (const LocalLLMEngine::Message &message : messages)
         list.append(QJsonObject{{u"role"_s, message.role}, {u"content"_s, message.content}});
     const QJsonObject request{
-        {u"messages"_s, list}, {u"temperature"_s, temperature}, {u"max_tokens"_s, mostTokens}};
+        {u"messages"_s, list}, {u"temperature"_s, temperature}, {u"max_tokens"_s, maxTokens}};
     return QJsonDocument(request).toJson(QJsonDocument::Compact);
 }
 

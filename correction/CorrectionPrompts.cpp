@@ -72,12 +72,12 @@ QString question()
            u"на этот текст. Отвечай на языке запроса, по существу, без предисловий."_s;
 }
 
-QString question(const QString &transcript, const QString &instruction)
+QString questionAbout(const QString &transcript, const QString &instruction)
 {
     return u"Текст расшифровки:\n"_s + transcript + u"\n\nЗапрос пользователя: "_s + instruction;
 }
 
-QString removedFrom(const QString &answer)
+QString withoutEcho(const QString &answer)
 {
     const QString unmarked = without(without(answer, openingMarker), closingMarker);
     QString kept;

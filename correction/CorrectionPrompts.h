@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// What language models are told, in Russian whatever the interface language.
+/// The texts that are sent to language models, in Russian whatever the interface language.
 namespace orvane::CorrectionPrompts {
 
 /// Stand around a text that is to be corrected.
@@ -16,14 +16,15 @@ inline const QString closingMarker = QStringLiteral("⟦/ТЕКСТ⟧");
 
 /// A model's answer without the markers, lines that repeat the safeguard and blanks around it. Takes time in
 /// proportion to the answer's length.
-[[nodiscard]] QString removedFrom(const QString &answer);
+[[nodiscard]] QString withoutEcho(const QString &answer);
 
+/// System prompts.
 [[nodiscard]] QString email();
 [[nodiscard]] QString request();
 [[nodiscard]] QString protocol();
-
-/// The system prompt of a question about a transcript, and what goes with it as the user's text.
 [[nodiscard]] QString question();
-[[nodiscard]] QString question(const QString &transcript, const QString &instruction);
+
+/// What goes with the prompt of a question as the user's text.
+[[nodiscard]] QString questionAbout(const QString &transcript, const QString &instruction);
 
 } // namespace orvane::CorrectionPrompts

@@ -1,6 +1,6 @@
 #include "correction/LocalLLMEngine.h"
 
-#include "base/Async.h"
+#include "base/AnyStop.h"
 #include "base/localization/Localization.h"
 #include "correction/ChatExchange.h"
 #include "engine/OneTimeBody.h"
@@ -72,23 +72,23 @@ bool LocalLLMEngine::isReady(int status) const
     return status == ok;
 }
 
-QCoro::Task<QString> LocalLLMEngine::correct(QString text, QString systemPrompt)
+QCoro::Task<QString> LocalLLMEngine::correct(QString text, QString systemPrompt, std::stop_token stop)
 {
     return chat({{.role = u"system"_s, .content = systemPrompt}, {.role = u"user"_s, .content = text}},
-                correctionTemperature);
+                correctionTemperature, stop);
 }
 
-QCoro::Task<QString> LocalLLMEngine::chat(QList<Message> messages, double temperature)
+QCoro::Task<QString> LocalLLMEngine::chat(QList<Message> messages, double temperature, std::stop_token stop)
 {
-    const std::stop_token alive = lifetime();
+    const AnyStop either(lifetime(), stop);
     if (!isRunning())
         throw requestFailed(u"сервер не запущен"_s);
     const InFlight inFlight = beginRequest();
 
-    const HttpAnswer answer = co_await post(ChatExchange::body(messages, temperature));
+    const HttpAnswer answer = co_await post(ChatExchange::body(messages, temperature), either.token());
     if (!answer.transportError.isEmpty()) {
         co_await untilDeathIsKnown();
-        throwIfCancelled(alive);
+        throwIfCancelled(either.token());
         throw EngineError(EngineError::Kind::requestFailed, answer.transportError);
     }
     if (answer.status != ok && ChatExchange::isContextOverflow(answer.body)) {
@@ -111,7 +111,7 @@ QNetworkRequest LocalLLMEngine::authorizedRequestTo(const QString &path) const
     return request;
 }
 
-QCoro::Task<HttpAnswer> LocalLLMEngine::post(QByteArray body)
+QCoro::Task<HttpAnswer> LocalLLMEngine::post(QByteArray body, std::stop_token stop)
 {
     QNetworkRequest request = authorizedRequestTo(u"/v1/chat/completions"_s);
     request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
@@ -119,7 +119,7 @@ QCoro::Task<HttpAnswer> LocalLLMEngine::post(QByteArray body)
     auto device = std::make_unique<BytesBody>(std::move(body));
     std::unique_ptr<QNetworkReply> reply(network().post(request, device.get()));
     device.release()->setParent(reply.get());
-    return answerOf(std::move(reply), lifetime());
+    return answerOf(std::move(reply), stop);
 }
 
 } // namespace orvane

@@ -25,11 +25,12 @@ public:
     LocalLLMEngine(const SearchPath &search, EngineProcessRegistry &registry);
 
     /// The model's answer to a text under a system prompt, as it came. To be called right after load().
-    QCoro::Task<QString> correct(QString text, QString systemPrompt);
+    QCoro::Task<QString> correct(QString text, QString systemPrompt, std::stop_token stop = {});
 
     /// The same for any conversation; the higher the temperature, the freer the answer. Throws EngineError,
-    /// with kind contextOverflow when the conversation is too long for the model.
-    QCoro::Task<QString> chat(QList<Message> messages, double temperature);
+    /// with kind contextOverflow when the conversation is too long for the model; or Cancelled, and then the
+    /// server stops computing at once.
+    QCoro::Task<QString> chat(QList<Message> messages, double temperature, std::stop_token stop = {});
 
 protected:
     [[nodiscard]] QStringList arguments(const QString &executable, const QString &modelPath) const override;
@@ -38,7 +39,7 @@ protected:
 
 private:
     [[nodiscard]] QNetworkRequest authorizedRequestTo(const QString &path) const;
-    QCoro::Task<HttpAnswer> post(QByteArray body);
+    QCoro::Task<HttpAnswer> post(QByteArray body, std::stop_token stop);
 };
 
 } // namespace orvane

@@ -1,12 +1,15 @@
 #include "correction/TextCorrectionService.h"
 
-#include "base/AnyStop.h"
 #include "base/Async.h"
-#include "base/localization/Localization.h"
 #include "correction/CorrectionPrompts.h"
 #include "correction/TextChunks.h"
 
+#include <QElapsedTimer>
+#include <QStringList>
+
 #include <algorithm>
+#include <chrono>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -14,20 +17,30 @@ namespace orvane {
 
 namespace {
 
-constexpr qsizetype longestLocalChunk = 1200;
-constexpr qsizetype longestBuiltInChunk = 1400;
-constexpr qsizetype longestInput = 6000;
+constexpr qsizetype maxLocalChunk = 1200;
+constexpr qsizetype maxBuiltInChunk = 1400;
+constexpr qsizetype maxInput = 6000;
 
-/// The models' files were deleted while an operation was starting.
-class NoModel : public Error
-{
-public:
-    NoModel() : Error(Localization::text(u"Не выбрана модель коррекции.")) {}
-};
+constexpr Localization::Text unavailableModel = u"Модель недоступна.";
+const QString processingFailed = u"Ошибка обработки: "_s;
 
-QString unavailableModel()
+/// What fails in a model is shown with what it was to do.
+template <typename Result>
+QCoro::Task<Result> explained(QCoro::Task<Result> task, QString prefix)
 {
-    return Localization::text(u"Модель недоступна.");
+    try {
+        co_return co_await std::move(task);
+    } catch (const Cancelled &) {
+        throw;
+    } catch (const std::exception &failure) {
+        throw Error(prefix + descriptionOf(failure));
+    }
+}
+
+/// As much longer as was left to do, at the speed so far.
+std::chrono::milliseconds timeLeft(const QElapsedTimer &timer, double done)
+{
+    return std::chrono::milliseconds(qint64(double(timer.elapsed()) * (1 - done) / done));
 }
 
 } // namespace
@@ -42,6 +55,8 @@ struct TextCorrectionService::Job
     };
 
     CorrectionEngine engine;
+    /// Empty for the model that the settings choose.
+    QString modelFile;
     QString system;
     /// Called on another thread, as texts may be long.
     std::function<QStringList()> texts;
@@ -59,6 +74,9 @@ TextCorrectionService::TextCorrectionService(AppSettings &settings, CorrectionMo
       m_local(std::move(local)),
       m_builtIn(std::move(builtIn))
 {
+    connect(&m_operation, &Operation::runningChanged, this, &TextCorrectionService::isCorrectingChanged);
+    connect(&m_operation, &Operation::progressChanged, this, &TextCorrectionService::progressChanged);
+    connect(&m_operation, &Operation::errorChanged, this, &TextCorrectionService::errorChanged);
     connect(&settings, &AppSettings::textCorrectionEnabledChanged, this, [this] {
         if (m_settings.textCorrectionEnabled())
             return;
@@ -69,173 +87,168 @@ TextCorrectionService::TextCorrectionService(AppSettings &settings, CorrectionMo
 
 TextCorrectionService::~TextCorrectionService()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
 }
 
-QCoro::Task<std::optional<QString>> TextCorrectionService::correct(QString text)
+QCoro::Task<QString> TextCorrectionService::correct(QString text, std::stop_token stop, QString modelFile)
 {
     text = text.trimmed();
-    if (text.isEmpty() || !canStart(Localization::text(u"Коррекция недоступна.")))
-        co_return std::nullopt;
-    const CorrectionEngine engine = effectiveEngine();
+    if (text.isEmpty())
+        co_return QString();
+    requireReady(modelFile, u"Коррекция недоступна.");
+    const CorrectionEngine engine = engineFor(modelFile);
     const bool isLocal = engine == CorrectionEngine::Local;
-    const qsizetype longest = isLocal ? longestLocalChunk : longestBuiltInChunk;
+    const qsizetype maxChars = isLocal ? maxLocalChunk : maxBuiltInChunk;
     co_return co_await run({.engine = engine,
+                            .modelFile = modelFile,
                             .system = correctionSystemPrompt(),
-                            .texts = [text, longest] { return split(text, longest); },
+                            .texts = [text, maxChars] { return TextChunks::split(text, maxChars); },
                             .answers = Job::Answers::Corrections,
-                            .errorPrefix = isLocal ? u"Ошибка модели: "_s : u"Ошибка коррекции: "_s});
+                            .errorPrefix = isLocal ? u"Ошибка модели: "_s : u"Ошибка коррекции: "_s},
+                           stop);
 }
 
-QCoro::Task<std::optional<QString>> TextCorrectionService::processDictation(QString text, DictationMode mode)
+QCoro::Task<QString> TextCorrectionService::processDictation(QString text, DictationMode mode,
+                                                             std::stop_token stop, QString modelFile)
 {
     if (mode == DictationMode::Correct)
-        co_return co_await correct(text);
+        co_return co_await correct(text, stop, modelFile);
     text = text.trimmed();
-    if (text.isEmpty() || !canStart(unavailableModel()))
-        co_return std::nullopt;
+    if (text.isEmpty())
+        co_return QString();
+    requireReady(modelFile, unavailableModel);
     const bool isEmail = mode == DictationMode::Email;
-    co_return co_await run({.engine = effectiveEngine(),
+    co_return co_await run({.engine = engineFor(modelFile),
+                            .modelFile = modelFile,
                             .system = isEmail ? CorrectionPrompts::email() : CorrectionPrompts::request(),
-                            .texts = [text] { return QStringList(TextChunks::first(text, longestInput)); },
-                            .errorPrefix = u"Ошибка обработки: "_s});
+                            .texts = [text] { return QStringList(TextChunks::first(text, maxInput)); },
+                            .errorPrefix = processingFailed},
+                           stop);
 }
 
-QCoro::Task<std::optional<QString>> TextCorrectionService::process(QString transcript, QString instruction)
+QCoro::Task<QString> TextCorrectionService::process(QString transcript, QString instruction,
+                                                    std::stop_token stop, QString modelFile)
 {
     transcript = transcript.trimmed();
     instruction = instruction.trimmed();
-    if (transcript.isEmpty() || instruction.isEmpty() || !canStart(unavailableModel()))
-        co_return std::nullopt;
+    if (transcript.isEmpty() || instruction.isEmpty())
+        co_return QString();
+    requireReady(modelFile, unavailableModel);
     const auto question = [transcript, instruction] {
-        return QStringList(
-            CorrectionPrompts::question(TextChunks::first(transcript, longestInput), instruction));
+        const QString beginning = TextChunks::first(transcript, maxInput);
+        return QStringList(CorrectionPrompts::questionAbout(beginning, instruction));
     };
-    co_return co_await run({.engine = effectiveEngine(),
+    co_return co_await run({.engine = engineFor(modelFile),
+                            .modelFile = modelFile,
                             .system = CorrectionPrompts::question(),
                             .texts = question,
-                            .errorPrefix = u"Ошибка обработки: "_s});
+                            .errorPrefix = processingFailed},
+                           stop);
 }
 
-QCoro::Task<std::optional<QString>> TextCorrectionService::summarize(QString text)
+QCoro::Task<QString> TextCorrectionService::summarize(QString text, std::stop_token stop, QString modelFile)
 {
     text = text.trimmed();
-    if (text.isEmpty() || !canStart(unavailableModel()))
-        co_return std::nullopt;
-    co_return co_await run({.engine = effectiveEngine(),
+    if (text.isEmpty())
+        co_return QString();
+    requireReady(modelFile, unavailableModel);
+    co_return co_await run({.engine = engineFor(modelFile),
+                            .modelFile = modelFile,
                             .system = CorrectionPrompts::protocol(),
-                            .texts = [text] { return QStringList(TextChunks::first(text, longestInput)); },
-                            .errorPrefix = u"Ошибка протокола: "_s});
+                            .texts = [text] { return QStringList(TextChunks::first(text, maxInput)); },
+                            .errorPrefix = u"Ошибка протокола: "_s},
+                           stop);
 }
 
-bool TextCorrectionService::canStart(const QString &unavailable)
+void TextCorrectionService::requireReady(const QString &modelFile, Localization::Text unavailable)
 {
-    if (m_isCorrecting)
-        return false;
-    const Status now = status();
-    if (!now.isReady)
-        setError(now.message.isEmpty() ? unavailable : now.message);
-    return now.isReady;
-}
-
-QCoro::Task<std::optional<QString>> TextCorrectionService::run(Job job)
-{
-    const std::stop_token alive = m_lifetime.get_token();
-    m_cancellation = std::stop_source();
-    const AnyStop either(alive, m_cancellation.get_token());
-    setError({});
-    setProgress(0);
-    setCorrecting(true);
-
-    std::optional<QString> result;
-    QString failure;
-    try {
-        result = co_await carryOut(job, either.token());
-    } catch (const Cancelled &) {
-        // The engine was stopped, if it was not this operation.
-    } catch (const NoModel &error) {
-        failure = error.description();
-    } catch (const std::exception &error) {
-        failure = job.errorPrefix + QString::fromUtf8(error.what());
+    if (isCorrecting()) {
+        throw Error(
+            Localization::text(u"Модель занята другим текстом — дождитесь, пока она его обработает."));
     }
-    // From its cancellation on, the state is the next operation's.
-    if (either.token().stop_requested())
-        co_return std::nullopt;
-    setError(failure);
-    setCorrecting(false);
-    co_return result;
+    const ModelAvailability now = status(modelFile);
+    if (now.isReady)
+        return;
+    m_operation.setError(now.message.isEmpty() ? unavailable.toString() : now.message);
+    throw Error(error());
 }
 
-QCoro::Task<QString> TextCorrectionService::carryOut(Job job, std::stop_token stop)
+QCoro::Task<QString> TextCorrectionService::run(Job job, std::stop_token stop)
 {
-    const QStringList texts = co_await offMainThread(job.texts);
-    throwIfCancelled(stop);
+    return m_operation.run<QString>(
+        [this, job](Progress progress, std::stop_token run) { return carryOut(job, progress, run); }, stop);
+}
+
+QCoro::Task<QString> TextCorrectionService::carryOut(Job job, Progress progress, std::stop_token stop)
+{
+    const QStringList texts = co_await m_scope(offMainThread(job.texts), stop);
     if (job.engine == CorrectionEngine::Local) {
-        const QString model = localModelPath();
-        if (model.isEmpty())
-            throw NoModel();
-        co_await m_local->load(model, stop);
-        throwIfCancelled(stop);
+        const QString model = localModelPath(job.modelFile);
+        if (model.isEmpty()) // its file was deleted while the operation was starting
+            throw Error(Localization::text(u"Не выбрана модель коррекции."));
+        co_await m_scope(explained(m_local->load(model, stop), job.errorPrefix), stop);
     }
+
     const bool isCorrection = job.answers == Job::Answers::Corrections;
+    QElapsedTimer timer;
+    timer.start();
     QStringList results;
+    bool isAnswered = false;
     for (const QString &text : texts) {
-        const QString answer = co_await ask(job, isCorrection ? CorrectionPrompts::marked(text) : text);
-        throwIfCancelled(stop);
+        const QString user = isCorrection ? CorrectionPrompts::marked(text) : text;
+        const QString answer = co_await m_scope(explained(ask(job, user, stop), job.errorPrefix), stop);
+        isAnswered = isAnswered || !answer.trimmed().isEmpty();
+        // Of a long text no piece is lost because the model had nothing to say to it.
         results.append(isCorrection ? cleanCorrection(answer, text) : answer);
-        setProgress(double(results.size()) / double(texts.size()));
+        const double done = double(results.size()) / double(texts.size());
+        progress.report(done, timeLeft(timer, done));
     }
+    if (!isAnswered)
+        throw Error(Localization::text(u"Модель ничего не ответила."));
     co_return results.join(u"\n\n"_s);
 }
 
-QCoro::Task<QString> TextCorrectionService::ask(const Job &job, const QString &user)
+QCoro::Task<QString> TextCorrectionService::ask(const Job &job, const QString &user, std::stop_token stop)
 {
-    return job.engine == CorrectionEngine::Local ? m_local->correct(user, job.system)
-                                                 : m_builtIn->respond(job.system, user);
+    return job.engine == CorrectionEngine::Local ? m_local->correct(user, job.system, stop)
+                                                 : m_builtIn->respond(job.system, user, stop);
 }
 
-void TextCorrectionService::cancel()
-{
-    if (!m_isCorrecting)
-        return;
-    m_local->requestRestart();
-    m_cancellation.request_stop();
-    setProgress(0);
-    setCorrecting(false);
-}
-
-TextCorrectionService::Status TextCorrectionService::status() const
+ModelAvailability TextCorrectionService::status(const QString &modelFile) const
 {
     if (!m_settings.textCorrectionEnabled()) {
-        return {.isReady = false,
-                .message =
+        return {.message =
                     Localization::text(u"Обработка текста ИИ-моделью выключена в настройках («Коррекция»).")};
     }
-    return effectiveEngine() == CorrectionEngine::Local ? localAvailability() : builtInAvailability();
+    return engineFor(modelFile) == CorrectionEngine::Local ? localAvailability(modelFile)
+                                                           : builtInAvailability();
 }
 
-TextCorrectionService::Status TextCorrectionService::localAvailability() const
+ModelAvailability TextCorrectionService::localAvailability(const QString &modelFile) const
 {
-    const auto unavailable = [](Localization::Text text) {
-        return Status{.isReady = false, .message = text.toString()};
-    };
     if (m_local->findBinary().isEmpty()) {
-        return unavailable(u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp");
+        return {.message = Localization::text(
+                    u"Движок llama.cpp не установлен. В Терминале выполните: brew install llama.cpp")};
     }
-    if (!localModelPath().isEmpty())
-        return {.isReady = true, .message = {}};
-    return unavailable(
-        m_models.downloaded().isEmpty()
-            ? Localization::Text(u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).")
-            : Localization::Text(u"Выберите модель коррекции в настройках."));
+    if (!localModelPath(modelFile).isEmpty())
+        return {.isReady = true};
+    return {.message =
+                m_models.downloaded().isEmpty()
+                    ? Localization::text(u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).")
+                    : Localization::text(u"Выберите модель коррекции в настройках.")};
 }
 
 CorrectionEngine TextCorrectionService::effectiveEngine() const
 {
-    if (!m_modelFile.isEmpty() || m_settings.correctionEngine() == CorrectionEngine::Local)
+    if (m_settings.correctionEngine() == CorrectionEngine::Local)
         return CorrectionEngine::Local;
     const bool fallsBack = !builtInAvailability().isReady && localAvailability().isReady;
-    return fallsBack ? CorrectionEngine::Local : CorrectionEngine::Apple;
+    return fallsBack ? CorrectionEngine::Local : CorrectionEngine::BuiltIn;
+}
+
+CorrectionEngine TextCorrectionService::engineFor(const QString &modelFile) const
+{
+    return modelFile.isEmpty() ? effectiveEngine() : CorrectionEngine::Local;
 }
 
 std::optional<CorrectionModel> TextCorrectionService::resolvedLocalModel() const
@@ -247,10 +260,10 @@ std::optional<CorrectionModel> TextCorrectionService::resolvedLocalModel() const
     return chosen == models.end() ? models.first() : *chosen;
 }
 
-QString TextCorrectionService::localModelPath() const
+QString TextCorrectionService::localModelPath(const QString &modelFile) const
 {
-    if (!m_modelFile.isEmpty())
-        return m_modelFile;
+    if (!modelFile.isEmpty())
+        return modelFile;
     const std::optional<CorrectionModel> model = resolvedLocalModel();
     return model ? m_models.localPath(*model) : QString();
 }
@@ -262,44 +275,10 @@ QString TextCorrectionService::correctionSystemPrompt() const
     return prompt + u"\n\n"_s + CorrectionPrompts::safeguard();
 }
 
-QStringList TextCorrectionService::split(const QString &text, qsizetype maxChars)
-{
-    return TextChunks::split(text, maxChars);
-}
-
-QStringList TextCorrectionService::hardSplit(const QString &text, qsizetype maxChars)
-{
-    return TextChunks::hardSplit(text, maxChars);
-}
-
 QString TextCorrectionService::cleanCorrection(const QString &answer, const QString &fallback)
 {
-    const QString cleaned = CorrectionPrompts::removedFrom(answer);
+    const QString cleaned = CorrectionPrompts::withoutEcho(answer);
     return cleaned.isEmpty() ? fallback : cleaned;
-}
-
-void TextCorrectionService::setCorrecting(bool correcting)
-{
-    if (m_isCorrecting == correcting)
-        return;
-    m_isCorrecting = correcting;
-    Q_EMIT isCorrectingChanged();
-}
-
-void TextCorrectionService::setProgress(double progress)
-{
-    if (m_progress == progress)
-        return;
-    m_progress = progress;
-    Q_EMIT progressChanged();
-}
-
-void TextCorrectionService::setError(const QString &text)
-{
-    if (m_error == text)
-        return;
-    m_error = text;
-    Q_EMIT errorChanged();
 }
 
 } // namespace orvane

@@ -183,15 +183,20 @@ QCoro::Task<QString> DictationController::processed(QString text, DictationMode 
 {
     m_processingMode = mode;
     setState(State::Correcting);
-    const std::optional<QString> result = co_await m_with.corrector.processDictation(text, mode);
-    throwIfCancelled(session);
-    if (result)
-        co_return *result;
     // What was said must not be lost because a model failed.
-    const QString reason = m_with.corrector.error();
-    setLastError(!reason.isEmpty() ? reason
-                                   : Localization::text(u"Языковая модель занята — вставлен "
-                                                        "распознанный текст без обработки."));
+    QString reason = Localization::text(u"Языковая модель занята — вставлен "
+                                        "распознанный текст без обработки.");
+    if (!m_with.corrector.isCorrecting()) {
+        try {
+            co_return co_await m_with.corrector.processDictation(text, mode, session);
+        } catch (const Cancelled &) {
+            reason.clear(); // the processing was switched off
+        } catch (const std::exception &error) {
+            reason = descriptionOf(error);
+        }
+    }
+    throwIfCancelled(session);
+    setLastError(reason);
     co_return text;
 }
 
@@ -202,8 +207,6 @@ void DictationController::cancel()
     m_session.request_stop();
     if (m_state == State::Recording)
         spawn(discardRecording());
-    else if (m_state == State::Correcting)
-        m_with.corrector.cancel();
     end();
 }
 

@@ -53,7 +53,7 @@ QString CorrectionModel::recommendedID(double ramGB, Processor processor)
 QString title(CorrectionEngine engine)
 {
     switch (engine) {
-    case CorrectionEngine::Apple:
+    case CorrectionEngine::BuiltIn:
         return Localization::text(u"Встроенная (Apple)");
     case CorrectionEngine::Local:
         return Localization::text(u"Опенсорсная модель");

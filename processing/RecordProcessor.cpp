@@ -34,26 +34,32 @@ RecordProcessor::~RecordProcessor()
     m_cancellation.request_stop();
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::correct(QUuid id)
-{
-    return process(
-        id, [](TextCorrectionService *corrector, QString text) { return corrector->correct(text); },
-        [id](HistoryStore *history, const QString &corrected) { history->setCorrected(id, corrected); });
-}
-
-QCoro::Task<RecordProcessor::Text> RecordProcessor::summarize(QUuid id)
-{
-    return process(
-        id, [](TextCorrectionService *corrector, QString text) { return corrector->summarize(text); },
-        [id](HistoryStore *history, const QString &summary) { history->setSummary(id, summary); });
-}
-
-QCoro::Task<RecordProcessor::Text> RecordProcessor::ask(QUuid id, QString question)
+QCoro::Task<RecordProcessor::Text> RecordProcessor::correct(QUuid id, QString modelFile)
 {
     return process(
         id,
-        [question](TextCorrectionService *corrector, QString text) {
-            return corrector->process(text, question);
+        [modelFile](TextCorrectionService *corrector, QString text, std::stop_token stop) {
+            return corrector->correct(text, stop, modelFile);
+        },
+        [id](HistoryStore *history, const QString &corrected) { history->setCorrected(id, corrected); });
+}
+
+QCoro::Task<RecordProcessor::Text> RecordProcessor::summarize(QUuid id, QString modelFile)
+{
+    return process(
+        id,
+        [modelFile](TextCorrectionService *corrector, QString text, std::stop_token stop) {
+            return corrector->summarize(text, stop, modelFile);
+        },
+        [id](HistoryStore *history, const QString &summary) { history->setSummary(id, summary); });
+}
+
+QCoro::Task<RecordProcessor::Text> RecordProcessor::ask(QUuid id, QString question, QString modelFile)
+{
+    return process(
+        id,
+        [question, modelFile](TextCorrectionService *corrector, QString text, std::stop_token stop) {
+            return corrector->process(text, question, stop, modelFile);
         },
         [id, question](HistoryStore *history, const QString &answer) {
             history->appendEvent(id, RecordEvent::Kind::Prompt, question, answer);
@@ -103,22 +109,11 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
     const QString text = found(m_history, id).text;
     if (text.trimmed().isEmpty())
         throw Error(Localization::text(u"В записи нет текста."));
-    if (m_corrector.isCorrecting()) {
-        throw Error(
-            Localization::text(u"Модель занята другим текстом — дождитесь, пока она его обработает."));
-    }
-    const std::stop_callback cancel(stop, [corrector = &m_corrector] { corrector->cancel(); });
-    const Text result = co_await process(&m_corrector, text);
+    const QString result = co_await process(&m_corrector, text, stop);
     throwIfCancelled(stop);
-    if (!result && m_corrector.error().isEmpty())
-        throw Cancelled();
-    if (!result)
-        throw Error(m_corrector.error());
-    if (result->trimmed().isEmpty())
-        throw Error(Localization::text(u"Модель ничего не ответила."));
     co_await requireStill(id, stop);
-    store(&m_history, *result);
-    co_return *result;
+    store(&m_history, result);
+    co_return result;
 }
 
 QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognition, std::stop_token stop)

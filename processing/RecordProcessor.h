@@ -51,9 +51,10 @@ public:
     /// What went wrong last, one sentence; empty when nothing has since an operation started.
     [[nodiscard]] QString error() const { return m_error; }
 
-    QCoro::Task<Text> correct(QUuid id);
-    QCoro::Task<Text> summarize(QUuid id);
-    QCoro::Task<Text> ask(QUuid id, QString question);
+    /// On the language model in that file, or on the one that the settings choose.
+    QCoro::Task<Text> correct(QUuid id, QString modelFile = {});
+    QCoro::Task<Text> summarize(QUuid id, QString modelFile = {});
+    QCoro::Task<Text> ask(QUuid id, QString question, QString modelFile = {});
 
     struct Recognition
     {
@@ -74,7 +75,7 @@ Q_SIGNALS:
 
 private:
     /// What becomes of a record's text, on the language model and in the history.
-    using Process = std::function<QCoro::Task<Text>(TextCorrectionService *, QString)>;
+    using Process = std::function<QCoro::Task<QString>(TextCorrectionService *, QString, std::stop_token)>;
     using Store = std::function<void(HistoryStore *, const QString &)>;
     using Work = std::function<QCoro::Task<QString>(std::stop_token)>;
 

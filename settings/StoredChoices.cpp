@@ -11,7 +11,7 @@ QString storedForm(CorrectionEngine engine)
 
 CorrectionEngine correctionEngineFrom(const QString &stored)
 {
-    return stored == u"local"_s ? CorrectionEngine::Local : CorrectionEngine::Apple;
+    return stored == u"local"_s ? CorrectionEngine::Local : CorrectionEngine::BuiltIn;
 }
 
 QString storedForm(DictationMode mode)

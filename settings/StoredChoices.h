@@ -12,7 +12,7 @@ namespace orvane {
 Q_NAMESPACE
 
 /// What processes texts with a language model: the system's own model, or a downloaded one.
-enum class CorrectionEngine { Apple, Local };
+enum class CorrectionEngine { BuiltIn, Local };
 Q_ENUM_NS(CorrectionEngine)
 
 /// What becomes of a dictation: its text corrected, an e-mail made of it, or its request carried out.
@@ -33,7 +33,7 @@ inline constexpr std::array triggerKeys = {TriggerKey::RightCommand, TriggerKey:
 
 /// "apple" or "local".
 [[nodiscard]] QString storedForm(CorrectionEngine engine);
-/// Any word but "local" is Apple.
+/// Any word but "local" is the built-in model.
 [[nodiscard]] CorrectionEngine correctionEngineFrom(const QString &stored);
 
 /// "correct", "email" or "prompt".

@@ -9,7 +9,6 @@
 #include "app/services/AppServices.h"
 #include "base/localization/Localization.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
@@ -18,20 +17,16 @@ namespace orvane {
 
 namespace {
 
-using Text = std::optional<QString>;
-
 /// How far the service is, for the terminal.
 std::function<ProgressLine::State()> stateOf(const TextCorrectionService &corrector)
 {
-    QElapsedTimer time;
-    time.start();
-    return [&corrector, time] {
+    return [&corrector] {
         const double done = corrector.progress();
         const QString stage = Localization::text(u"Обработка текста");
         if (done <= 0)
             return ProgressLine::State{.stage = stage};
         return ProgressLine::State{.stage = u"%1 · %2 %"_s.arg(stage).arg(100 * done, 0, 'f', 0),
-                                   .remainingMs = qint64(double(time.elapsed()) * (1 - done) / done)};
+                                   .remainingMs = corrector.remainingMs()};
     };
 }
 
@@ -59,14 +54,20 @@ TextCommand::TextCommand(AppServices &services, Options options)
 QCoro::Task<int> TextCommand::run()
 {
     Output::requireWritable(m_options.output);
-    m_services.corrector().useModelFile(ModelChoice::languageModelPath(m_services, m_options.model));
+    m_modelFile = ModelChoice::languageModelPath(m_services, m_options.model);
     requireModel();
     QString text;
+    std::exception_ptr failure;
     try {
         text = co_await result();
-    } catch (const Cancelled &) {
-        co_return ExitStatus::failure;
+    } catch (...) {
+        failure = std::current_exception();
     }
+    co_await m_services.corrector().local().stopAndWait();
+    if (m_stop.stop_requested())
+        co_return ExitStatus::failure;
+    if (failure)
+        std::rethrow_exception(failure);
     Output::write(text.toUtf8() + (text.endsWith(u'\n') ? "" : "\n"), m_options.output);
     // Last, so that a full disk does not cost the user what took minutes.
     co_await HistoryAccess::untilSaved(&m_services.history());
@@ -81,6 +82,8 @@ QCoro::Task<QString> TextCommand::result()
     if (hasRecord) {
         co_await m_services.history().whenLoaded();
         record = HistoryAccess::recordNamed(m_services.history(), m_options.record);
+        if (record.text.trimmed().isEmpty())
+            throw Error(Localization::text(u"В записи нет текста."));
     } else {
         record.title = TextInput::title(m_options.input);
         record.text = co_await TextInput::read(m_options.input, stop);
@@ -89,64 +92,50 @@ QCoro::Task<QString> TextCommand::result()
 
     const bool isStored =
         hasRecord && m_options.action != Action::Email && m_options.action != Action::Prompt;
-    Outcome outcome;
-    {
-        const ProgressLine progress(record.title, stateOf(m_services.corrector()));
-        if (isStored)
-            outcome = co_await processRecord(record.id);
-        else
-            outcome = co_await process(record.text);
-    }
-    co_await m_services.corrector().local().stopAndWait();
-    throwIfCancelled(stop);
-    if (!outcome.text || outcome.text->trimmed().isEmpty()) {
-        throw Error(outcome.error.isEmpty() ? Localization::text(u"Модель ничего не ответила.")
-                                            : outcome.error);
-    }
-    co_return *outcome.text;
+    const ProgressLine progress(record.title, stateOf(m_services.corrector()));
+    if (isStored)
+        co_return co_await processRecord(record.id);
+    co_return co_await process(record.text);
 }
 
-QCoro::Task<TextCommand::Outcome> TextCommand::process(QString text)
+QCoro::Task<QString> TextCommand::process(QString text)
 {
     TextCorrectionService &corrector = m_services.corrector();
-    Text result;
+    const std::stop_token stop = m_stop.get_token();
     switch (m_options.action) {
     case Action::Correct:
-        result = co_await corrector.correct(text);
-        break;
+        return corrector.correct(text, stop, m_modelFile);
     case Action::Email:
-        result = co_await corrector.processDictation(text, DictationMode::Email);
-        break;
+        return corrector.processDictation(text, DictationMode::Email, stop, m_modelFile);
     case Action::Prompt:
-        result = co_await corrector.processDictation(text, DictationMode::Prompt);
-        break;
+        return corrector.processDictation(text, DictationMode::Prompt, stop, m_modelFile);
     case Action::Ask:
-        result = co_await corrector.process(text, m_options.question);
-        break;
+        return corrector.process(text, m_options.question, stop, m_modelFile);
     case Action::Protocol:
-        result = co_await corrector.summarize(text);
-        break;
+        return corrector.summarize(text, stop, m_modelFile);
     }
-    co_return Outcome{.text = result, .error = corrector.error()};
+    Q_UNREACHABLE();
 }
 
-QCoro::Task<TextCommand::Outcome> TextCommand::processRecord(QUuid id)
+QCoro::Task<QString> TextCommand::processRecord(QUuid id)
 {
     RecordProcessor &processor = m_services.recordProcessor();
-    Text result;
+    RecordProcessor::Text result;
     if (m_options.action == Action::Correct)
-        result = co_await processor.correct(id);
+        result = co_await processor.correct(id, m_modelFile);
     else if (m_options.action == Action::Protocol)
-        result = co_await processor.summarize(id);
+        result = co_await processor.summarize(id, m_modelFile);
     else
-        result = co_await processor.ask(id, m_options.question);
-    co_return Outcome{.text = result, .error = processor.error()};
+        result = co_await processor.ask(id, m_options.question, m_modelFile);
+    if (!result)
+        throw Error(processor.error());
+    co_return *result;
 }
 
 void TextCommand::requireModel() const
 {
     TextCorrectionService &corrector = m_services.corrector();
-    if (corrector.status().isReady || !m_services.settings().textCorrectionEnabled())
+    if (corrector.status(m_modelFile).isReady || !m_services.settings().textCorrectionEnabled())
         return; // the service itself says that it is turned off
     if (corrector.local().findBinary().isEmpty())
         throw Error(corrector.localAvailability().message);
@@ -158,8 +147,6 @@ void TextCommand::interrupt()
 {
     m_stop.request_stop();
     m_services.recordProcessor().cancel();
-    m_services.corrector().cancel();
-    m_services.corrector().local().stop(); // what waits for it ends with it
 }
 
 } // namespace orvane

@@ -5,7 +5,6 @@
 
 #include <QCoroTask>
 
-#include <optional>
 #include <stop_token>
 
 namespace orvane {
@@ -45,20 +44,15 @@ public:
     void interrupt();
 
 private:
-    /// A text, or why there is none; neither after an interruption.
-    struct Outcome
-    {
-        std::optional<QString> text;
-        QString error;
-    };
-
     QCoro::Task<QString> result();
-    QCoro::Task<Outcome> process(QString text);
-    QCoro::Task<Outcome> processRecord(QUuid id);
+    QCoro::Task<QString> process(QString text);
+    QCoro::Task<QString> processRecord(QUuid id);
     void requireModel() const;
 
     AppServices &m_services;
     const Options m_options;
+    /// Path of the model that the options name; empty for the user's choice.
+    QString m_modelFile;
     std::stop_source m_stop;
 };
 

@@ -8,7 +8,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
-using Service = TextCorrectionService;
 
 namespace {
 
@@ -65,7 +64,7 @@ void TestCorrectionTexts::splits_data()
 void TestCorrectionTexts::splits()
 {
     QFETCH(const QString, text);
-    QTEST(Service::split(text, 10), "chunks");
+    QTEST(TextChunks::split(text, 10), "chunks");
 }
 
 void TestCorrectionTexts::splitsAnything()
@@ -93,19 +92,19 @@ void TestCorrectionTexts::splitsAnything()
         for (int length = random.bounded(60); length > 0; --length)
             text += alphabet[random.bounded(alphabet.size())];
         const qsizetype longest = 1 + random.bounded(15);
-        const QStringList chunks = Service::split(text, longest);
+        const QStringList chunks = TextChunks::split(text, longest);
         QCOMPARE(withoutBlanks(chunks.join(QString())), withoutBlanks(text));
         for (const QString &chunk : chunks)
             QVERIFY2(lengthOf(chunk) <= longest, qPrintable(text));
-        QCOMPARE(Service::hardSplit(text, longest).join(QString()), text);
+        QCOMPARE(TextChunks::hardSplit(text, longest).join(QString()), text);
     }
 }
 
 void TestCorrectionTexts::countsWhatPeopleSee()
 {
     const QString text = family + accented + u"\r\n🇷🇺а"_s;
-    QCOMPARE(Service::hardSplit(text, 1), (QStringList{family, accented, u"\r\n"_s, u"🇷🇺"_s, u"а"_s}));
-    QCOMPARE(Service::hardSplit(text, 2), (QStringList{family + accented, u"\r\n🇷🇺"_s, u"а"_s}));
+    QCOMPARE(TextChunks::hardSplit(text, 1), (QStringList{family, accented, u"\r\n"_s, u"🇷🇺"_s, u"а"_s}));
+    QCOMPARE(TextChunks::hardSplit(text, 2), (QStringList{family + accented, u"\r\n🇷🇺"_s, u"а"_s}));
     QCOMPARE(TextChunks::first(text, 2), family + accented);
     QCOMPARE(TextChunks::first(text, 6), text);
 }
@@ -132,7 +131,7 @@ void TestCorrectionTexts::cleans_data()
 void TestCorrectionTexts::cleans()
 {
     QFETCH(const QString, answer);
-    QTEST(Service::cleanCorrection(answer, u"как было"_s), "cleaned");
+    QTEST(TextCorrectionService::cleanCorrection(answer, u"как было"_s), "cleaned");
 }
 
 void TestCorrectionTexts::tellsReasons_data()

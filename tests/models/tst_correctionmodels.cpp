@@ -56,7 +56,7 @@ void TestCorrectionModels::everyModelCanBeShownAndFetched()
         QVERIFY(model.repositoryPath().startsWith(u'/'));
         QVERIFY(model.repositoryPath().endsWith(u"/resolve/main/"_s + model.fileName));
     }
-    QCOMPARE(title(CorrectionEngine::Apple), u"Built-in (Apple)"_s);
+    QCOMPARE(title(CorrectionEngine::BuiltIn), u"Built-in (Apple)"_s);
     Localization::setLanguage(u"ru"_s);
     QCOMPARE(title(CorrectionEngine::Local), u"Опенсорсная модель"_s);
     QCOMPARE(ids.size(), 7);

@@ -69,7 +69,7 @@ void TestAppSettings::freshInstallation()
     QCOMPARE(settings.language().name, u"Русский"_s);
     QVERIFY(!settings.detectSpeakers());
     QVERIFY(settings.textCorrectionEnabled());
-    QCOMPARE(settings.correctionEngine(), CorrectionEngine::Apple);
+    QCOMPARE(settings.correctionEngine(), CorrectionEngine::BuiltIn);
     QCOMPARE(settings.correctionModelID(), QString());
     QCOMPARE(settings.dictationTrigger(), TriggerKey::RightCommand);
     QVERIFY(!settings.correctDictation());
@@ -103,7 +103,7 @@ void TestAppSettings::wrongTypeGivesDefault()
     QVERIFY(settings.textCorrectionEnabled());
     QVERIFY(!settings.detectSpeakers());
     QCOMPARE(settings.languageCode(), u"ru"_s);
-    QCOMPARE(settings.correctionEngine(), CorrectionEngine::Apple);
+    QCOMPARE(settings.correctionEngine(), CorrectionEngine::BuiltIn);
 }
 
 void TestAppSettings::storedWords_data()
@@ -117,11 +117,11 @@ void TestAppSettings::storedWords_data()
                                   << Engine::Local << Mode::Email;
     QTest::newRow("apple, prompt") << QByteArray(
                                           R"({"correctionEngine": "apple", "dictationMode": "prompt"})")
-                                   << Engine::Apple << Mode::Prompt;
+                                   << Engine::BuiltIn << Mode::Prompt;
     QTest::newRow("other case") << QByteArray(R"({"correctionEngine": "Local", "dictationMode": "Email"})")
-                                << Engine::Apple << Mode::Correct;
+                                << Engine::BuiltIn << Mode::Correct;
     QTest::newRow("unknown") << QByteArray(R"({"correctionEngine": "cloud", "dictationMode": "summary"})")
-                             << Engine::Apple << Mode::Correct;
+                             << Engine::BuiltIn << Mode::Correct;
 }
 
 void TestAppSettings::storedWords()
