@@ -82,10 +82,8 @@ private Q_SLOTS:
     void resumesFromRecord();
     void resumesAfterAPowerFailure();
     void overlongAnswerCostsNoEarlierBytes();
-    void changedFileIsFetchedAnew();
     void writesOnlyOnce();
     void stopKeepsWhatIsThere();
-    void destructionInterrupts();
     void folderThatCannotBeWritten();
 
 private:
@@ -411,21 +409,6 @@ void TestModelDownloader::overlongAnswerCostsNoEarlierBytes()
     QVERIFY(fileContent(destination()) == server.content());
 }
 
-void TestModelDownloader::changedFileIsFetchedAnew()
-{
-    FaultServer server(twoSegments());
-    server.setRule(toSegments([](auto &, Answer &answer) { answer.dropAfter = 9 * mebibyte; }));
-    ModelDownloader downloader;
-    QVERIFY(!finish(startDownload(downloader, server.url(), destination())).succeeded());
-    QVERIFY(QFile::exists(record()));
-
-    server.setRule({});
-    server.setContent(modelContent(twoSegments().size(), "GGUF", 2), "\"v2\"");
-    const auto outcome = finish(startDownload(downloader, server.url(), destination()));
-    QVERIFY2(outcome.succeeded(), qPrintable(outcome.description));
-    QVERIFY(fileContent(destination()) == server.content());
-}
-
 void TestModelDownloader::writesOnlyOnce()
 {
     FaultServer server(twoSegments());
@@ -480,18 +463,6 @@ void TestModelDownloader::stopKeepsWhatIsThere()
     QVERIFY(finish(startDownload(downloader, server.url(), destination())).succeeded());
     QVERIFY(fileContent(destination()) == server.content());
     QVERIFY(bodyBytes(server.served()) <= server.content().size() - 16 * mebibyte + 1);
-}
-
-void TestModelDownloader::destructionInterrupts()
-{
-    FaultServer server(twoSegments());
-    server.setRule(toSegments([](auto &, Answer &answer) { answer.stallAfter = 2 * mebibyte; }));
-    auto downloader = std::make_unique<ModelDownloader>();
-    const auto running = startDownload(*downloader, server.url(), destination());
-    QTRY_VERIFY(!running->progress.isEmpty());
-    downloader.reset();
-    QVERIFY(DownloadMeta::fromJson(fileContent(record()))); // saved before the destructor returned
-    QVERIFY(finish(running).wasCancelled);
 }
 
 void TestModelDownloader::folderThatCannotBeWritten()
