@@ -1,14 +1,14 @@
 #include "meeting/RecordingsFolder.h"
 
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "base/files/FileError.h"
+#include "base/files/FileReplacement.h"
 #include "base/files/FileStamp.h"
-#include "meeting/MeetingSource.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -30,7 +30,8 @@ RecordedMeeting RecordingsFolder::create(RecordedMeeting meeting)
 {
     prepare();
     meeting.audioFileName = createAudio(meeting.startedAt);
-    m_ours.insert(meeting.audioFileName);
+    if (std::optional<FileLock> lock = FileLock::tryLock(audioPath(meeting.audioFileName)))
+        m_locks.emplace(meeting.audioFileName, std::move(*lock));
     try {
         writeMarker(meeting);
     } catch (const FileError &) {
@@ -62,48 +63,56 @@ QString RecordingsFolder::createAudio(const QDateTime &startedAt) const
 
 void RecordingsFolder::writeMarker(const RecordedMeeting &meeting) const
 {
-    const QByteArray json = meeting.json();
-    QSaveFile file(markerPath(meeting.audioFileName));
-    if (!file.open(QFile::WriteOnly) || !file.setPermissions(privateFile) ||
-        file.write(json) != json.size() || !file.commit())
-        throw FileError::notWritten(file);
+    replaceFile(markerPath(meeting.audioFileName), meeting.json(), FileAccess::Private);
 }
 
 void RecordingsFolder::discard(const RecordedMeeting &meeting)
 {
     QFile::remove(audioPath(meeting.audioFileName));
     forget(meeting);
-    m_ours.remove(meeting.audioFileName);
 }
 
-void RecordingsFolder::forget(const RecordedMeeting &meeting) const
+void RecordingsFolder::forget(const RecordedMeeting &meeting)
 {
     QFile::remove(markerPath(meeting.audioFileName));
+    m_locks.erase(meeting.audioFileName);
 }
 
-QList<RecordedMeeting> RecordingsFolder::leftovers(const QSet<QString> &inHistory) const
+QList<RecordedMeeting> RecordingsFolder::leftovers(const QSet<QString> &inHistory)
 {
     QList<RecordedMeeting> found;
     for (const QString &marker : QDir(m_folder).entryList({u'*' + markerSuffix}, QDir::Files)) {
-        const QString name = marker.chopped(markerSuffix.size());
-        if (m_ours.contains(name))
-            continue;
-        RecordedMeeting meeting = readMarker(name);
         try {
-            const bool isThere = QFile::exists(audioPath(name));
-            const quint64 bytes =
-                isThere ? WavFileWriter::repair(audioPath(name), MeetingSource::sampleRate) : 0;
-            meeting.durationMs = static_cast<qint64>(bytes / 2 * 1000 / MeetingSource::sampleRate);
-            if (bytes == 0 || inHistory.contains(name))
-                forget(meeting);
-            else
-                found.append(meeting);
+            if (const auto meeting = takeOver(marker.chopped(markerSuffix.size()), inHistory))
+                found.append(*meeting);
         } catch (const FileError &error) {
             qWarning("%s", error.what()); // it stays as it is for the next start
         }
     }
     std::ranges::sort(found, {}, &RecordedMeeting::startedAt);
     return found;
+}
+
+std::optional<RecordedMeeting> RecordingsFolder::takeOver(const QString &audioFileName,
+                                                          const QSet<QString> &inHistory)
+{
+    RecordedMeeting meeting = readMarker(audioFileName);
+    const QString path = audioPath(audioFileName);
+    if (!QFile::exists(path)) {
+        forget(meeting);
+        return std::nullopt;
+    }
+    std::optional<FileLock> lock = FileLock::tryLock(path);
+    if (!lock)
+        return std::nullopt; // it is being recorded or transcribed
+    const quint64 bytes = WavFileWriter::repair(path, sampleRate);
+    if (bytes == 0 || inHistory.contains(audioFileName)) {
+        forget(meeting);
+        return std::nullopt;
+    }
+    meeting.durationMs = static_cast<qint64>(bytes / 2 * 1000 / sampleRate);
+    m_locks.emplace(audioFileName, std::move(*lock));
+    return meeting;
 }
 
 // A marker that does not tell all costs no recording.

@@ -1,16 +1,21 @@
 #pragma once
 
+#include "base/files/FileLock.h"
 #include "meeting/RecordedMeeting.h"
 
 #include <QList>
 #include <QSet>
 #include <QString>
 
+#include <map>
+#include <optional>
+
 namespace orvane {
 
 /// The folder of meeting audio. Beside each recording that is not yet dealt with lies a marker, so that a
-/// crash, a kill or a power loss leaves a recording that is found again. No recording with a sound in it is
-/// ever deleted here. Any thread, one at a time.
+/// crash, a kill or a power loss leaves a recording that is found again. Until then its audio is locked, so
+/// that another program on the same folder keeps off. No recording with a sound in it is ever deleted here.
+/// Any thread, one at a time.
 class RecordingsFolder
 {
 public:
@@ -23,24 +28,27 @@ public:
     /// For a recording that did not begin: removes the file and its marker. Failures are ignored.
     void discard(const RecordedMeeting &meeting);
     /// The meeting is dealt with: removes the marker alone. Failures are ignored.
-    void forget(const RecordedMeeting &meeting) const;
+    void forget(const RecordedMeeting &meeting);
 
-    /// What earlier runs left behind, oldest first, each file repaired so that it can be played. Those whose
-    /// file name is in `inHistory` are dealt with, as are those without a sound.
-    [[nodiscard]] QList<RecordedMeeting> leftovers(const QSet<QString> &inHistory) const;
+    /// What earlier runs left behind and nobody holds, oldest first, each file repaired so that it can be
+    /// played. Those whose file name is in `inHistory` are dealt with, as are those without a sound.
+    [[nodiscard]] QList<RecordedMeeting> leftovers(const QSet<QString> &inHistory);
 
     [[nodiscard]] QString audioPath(const QString &fileName) const;
 
 private:
     void prepare() const;
+    /// The recording that the marker names, if it is to be offered.
+    [[nodiscard]] std::optional<RecordedMeeting> takeOver(const QString &audioFileName,
+                                                          const QSet<QString> &inHistory);
     [[nodiscard]] QString createAudio(const QDateTime &startedAt) const;
     void writeMarker(const RecordedMeeting &meeting) const;
     [[nodiscard]] RecordedMeeting readMarker(const QString &audioFileName) const;
     [[nodiscard]] QString markerPath(const QString &audioFileName) const;
 
     const QString m_folder;
-    /// Recorded by this object: no leftovers.
-    QSet<QString> m_ours;
+    /// Of what is recorded or offered by this object, by file name.
+    std::map<QString, FileLock> m_locks;
 };
 
 } // namespace orvane

@@ -1,8 +1,7 @@
+#include "audio/SampleRate.h"
+#include "audio/WavFileWriter.h"
 #include "base/localization/Localization.h"
-#include "meeting/MeetingSource.h"
-#include "meeting/RecordingWriter.h"
 #include "meeting/RecordingsFolder.h"
-#include "tests/support/TaskResult.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,8 +13,6 @@ using namespace Qt::StringLiterals;
 using namespace orvane;
 
 namespace {
-
-constexpr int rate = MeetingSource::sampleRate;
 
 RecordedMeeting meetingOf(const QDateTime &startedAt)
 {
@@ -35,7 +32,7 @@ private Q_SLOTS:
     void findsWhatWasCutOff_data();
     void findsWhatWasCutOff();
     void marksThatTellNothing();
-    void longestFile();
+    void keepsOffWhatIsRecorded();
     void titles();
 
 private:
@@ -74,9 +71,7 @@ void TestRecordings::findsWhatWasCutOff_data()
     QTest::newRow("unfinished") << 44 + 2 * samples << false << qint64(1500);
     QTest::newRow("in the middle of a sample") << 44 + 2 * samples + 1 << false << qint64(1500);
     QTest::newRow("finished") << 44 + 2 * samples << true << qint64(1500);
-    QTest::newRow("nothing but a header") << qsizetype(44) << false << qint64(0);
     QTest::newRow("half a header") << qsizetype(20) << false << qint64(0);
-    QTest::newRow("nothing at all") << qsizetype(0) << false << qint64(0);
 }
 
 void TestRecordings::findsWhatWasCutOff()
@@ -89,7 +84,7 @@ void TestRecordings::findsWhatWasCutOff()
     const std::vector<float> sound(24'001, 0.25F);
     {
         const QString path = dir().filePath(name);
-        WavFileWriter writer(path, rate);
+        WavFileWriter writer(path, sampleRate);
         writer.append(std::span(sound).first(isFinished ? 24'000 : 24'001));
         if (isFinished)
             writer.finalize();
@@ -140,25 +135,21 @@ void TestRecordings::marksThatTellNothing()
     QVERIFY(!QFile::exists(dir().filePath(u"gone.wav.unfinished.json"_s)));
 }
 
-void TestRecordings::longestFile()
+/// Another program on the same folder, such as one that was started without a session bus.
+void TestRecordings::keepsOffWhatIsRecorded()
 {
-    const QString path = m_root->filePath(u"long.wav"_s);
-    constexpr quint64 most = WavFileWriter::mostDataBytes - 1;               // whole samples
-    const auto file = std::make_shared<WavFileWriter>(path, rate, most - 4); // a hole takes no room
-    RecordingWriter writer(file, path);
-    writer.append({0.5F, 0.5F});
-    writer.append({0.25F});
-    const TaskResult finished(writer.finish({}));
-    QTRY_VERIFY(finished.succeeded());
-    QVERIFY(!finished.value());
-    QFile written(path);
-    QVERIFY(written.open(QFile::ReadOnly));
-    QCOMPARE(written.size(), qint64(44 + most));
-    QCOMPARE(qFromLittleEndian<quint32>(written.read(44).constData() + 40), quint32(most));
-    QVERIFY(written.seek(written.size() - 4));
-    QCOMPARE(qFromLittleEndian<qint16>(written.read(2).constData()), 16'383);
-    written.close();
-    QCOMPARE(WavFileWriter::repair(path, rate), most);
+    auto recording = std::make_unique<RecordingsFolder>(folder());
+    const QString name = recording->create(meetingOf(m_start)).audioFileName;
+    WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(16'000, 0.25F));
+    const QByteArray before = contentOf(name);
+    RecordingsFolder other(folder());
+    QVERIFY(other.leftovers({}).isEmpty());
+    QCOMPARE(contentOf(name), before);
+    QCOMPARE(dir().entryList(QDir::Files).size(), 2);
+
+    recording.reset(); // the program that recorded it has ended
+    QCOMPARE(other.leftovers({}).size(), 1);
+    QVERIFY(RecordingsFolder(folder()).leftovers({}).isEmpty()); // one program offers it
 }
 
 void TestRecordings::titles()
