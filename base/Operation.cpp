@@ -41,7 +41,8 @@ std::stop_token Operation::begin()
 void Operation::end(const QString &failure)
 {
     std::stop_source run = m_run; // this object may be destroyed by whom it tells
-    setError(failure);
+    if (!failure.isEmpty())
+        setError(failure);
     setRunning(false);
     run.request_stop();
 }

@@ -68,7 +68,8 @@ public:
     [[nodiscard]] qint64 remainingMs() const { return m_remainingMs; }
     /// The stage, or how the last run ended, in the interface language.
     [[nodiscard]] QString status() const { return m_status; }
-    /// What went wrong last, one sentence; empty when nothing has since the last start.
+    /// What went wrong last, one sentence; empty when nothing has since the last start. Work that succeeds
+    /// may have told of something by setError().
     [[nodiscard]] QString error() const { return m_error; }
 
     /// Runs the work, which was made for this run, and publishes how it goes. Ends as the work does: with its

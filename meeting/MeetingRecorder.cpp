@@ -1,5 +1,6 @@
 #include "meeting/MeetingRecorder.h"
 
+#include "audio/SampleRate.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 
@@ -13,79 +14,111 @@ namespace orvane {
 namespace {
 
 constexpr double chunkSeconds = 1;
+constexpr auto elapsedInterval = 500ms;
 /// With the second that a chunk takes to fill, nothing is older than 5 s when it is on the disk.
 constexpr auto syncInterval = 2s;
 constexpr auto spaceInterval = 5s;
-constexpr qint64 bytesPerMinute = qint64(MeetingSource::sampleRate) * 2 * 60;
+constexpr qint64 bytesPerMinute = qint64(sampleRate) * 2 * 60;
 constexpr qint64 fewMinutes = 15;
 
 } // namespace
 
-MeetingRecorder::MeetingRecorder(std::unique_ptr<MeetingSource> source, const QString &path,
-                                 FreeSpace freeSpace)
-    : m_path(path),
+MeetingRecorder::MeetingRecorder(std::unique_ptr<MeetingSource> source, RecordedMeeting meeting,
+                                 const QString &path, FreeSpace freeSpace)
+    : m_meeting(std::move(meeting)),
+      m_path(path),
       m_freeSpace(std::move(freeSpace)),
       m_source(std::move(source))
 {
+    m_clock.start();
+    connect(m_source.get(), &MeetingSource::endedByItself, this, [this](const QString &reason) {
+        m_problem = reason;
+        Q_EMIT endedByItself();
+    });
     connect(m_source.get(), &MeetingSource::levelChanged, this, &MeetingRecorder::levelChanged);
-    connect(m_source.get(), &MeetingSource::isSilentChanged, this, &MeetingRecorder::warningChanged);
+    connect(m_source.get(), &MeetingSource::isSilentChanged, this, &MeetingRecorder::statusChanged);
+    connect(&m_elapsedTimer, &QTimer::timeout, this, &MeetingRecorder::elapsed);
     connect(&m_syncTimer, &QTimer::timeout, this, &MeetingRecorder::putOnDisk);
     connect(&m_spaceTimer, &QTimer::timeout, this, [this] { spawn(lookAtSpace()); });
 }
 
 MeetingRecorder::~MeetingRecorder()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
 }
 
 QCoro::Task<> MeetingRecorder::start()
 {
-    const auto open = [path = m_path] {
-        return std::make_shared<WavFileWriter>(path, MeetingSource::sampleRate);
-    };
-    m_writer = std::make_shared<RecordingWriter>(co_await offMainThread(open), m_path);
-    co_await lookAtSpace();
+    const auto open = [path = m_path] { return std::make_shared<WavFileWriter>(path, sampleRate); };
+    m_writer = std::make_shared<RecordingWriter>(co_await m_scope(offMainThread(open)), m_path);
+    co_await m_scope(lookAtSpace());
     m_source->setChunks(chunkSeconds, [writer = m_writer](std::vector<float> samples) {
         writer->append(std::move(samples));
     });
-    co_await m_source->start();
+    std::exception_ptr failure;
+    try {
+        co_await m_scope(m_source->start());
+    } catch (const Gone &) {
+        throw;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (failure) {
+        m_source->setChunks(0, {});
+        static_cast<void>(co_await m_scope(m_writer->finish()));
+        std::rethrow_exception(failure);
+    }
     m_awake.emplace(Localization::text(u"Идёт запись совещания"));
+    m_elapsedTimer.start(elapsedInterval);
     m_syncTimer.start(syncInterval);
     m_spaceTimer.start(spaceInterval);
 }
 
 QCoro::Task<bool> MeetingRecorder::finish()
 {
+    m_elapsedTimer.stop();
     m_syncTimer.stop();
     m_spaceTimer.stop();
     m_awake.reset();
     try {
-        co_await m_source->stop();
+        co_await m_scope(m_source->stop());
+    } catch (const Gone &) {
+        throw;
     } catch (const Error &error) {
         qWarning("%s", error.what()); // what it recorded before counts
     }
-    std::vector<float> leftover = m_source->drainPendingChunk();
+    m_source->flushChunk();
     m_source->setChunks(0, {});
-    co_return co_await m_writer->finish(std::move(leftover));
+    co_return co_await m_scope(m_writer->finish());
 }
 
-// The pending samples cannot be overtaken: the next chunk takes a second to fill.
 void MeetingRecorder::putOnDisk()
 {
-    m_writer->append(m_source->drainPendingChunk());
+    m_source->flushChunk();
     m_writer->sync();
 }
 
 QCoro::Task<> MeetingRecorder::lookAtSpace()
 {
-    const std::stop_token alive = m_lifetime.get_token();
     const auto look = [freeSpace = m_freeSpace, folder = QFileInfo(m_path).path()] {
         return freeSpace(folder);
     };
-    const qint64 freeBytes = co_await offMainThread(look);
-    throwIfCancelled(alive);
-    m_freeBytes = freeBytes;
-    Q_EMIT warningChanged();
+    m_freeBytes = co_await m_scope(offMainThread(look));
+    Q_EMIT statusChanged();
+}
+
+RecordedMeeting MeetingRecorder::meeting() const
+{
+    RecordedMeeting meeting = m_meeting;
+    meeting.durationMs = m_clock.elapsed();
+    return meeting;
+}
+
+QString MeetingRecorder::status() const
+{
+    const QString status = Localization::text(u"Идёт запись…");
+    const QString problem = warning();
+    return problem.isEmpty() ? status : status + u" · "_s + problem;
 }
 
 QString MeetingRecorder::warning() const

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "meeting/MeetingSource.h"
+#include "meeting/RecordedMeeting.h"
 #include "meeting/RecordingWriter.h"
 #include "meeting/SleepInhibitor.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stop_token>
 
 namespace orvane {
 
@@ -23,37 +25,51 @@ public:
     /// Bytes that can still be written in a folder; negative when unknown. Called on any thread.
     using FreeSpace = std::function<qint64(const QString &folder)>;
 
-    /// `path` names a file that is there already.
-    MeetingRecorder(std::unique_ptr<MeetingSource> source, const QString &path, FreeSpace freeSpace);
+    /// `path` names the meeting's audio, a file that is there already.
+    MeetingRecorder(std::unique_ptr<MeetingSource> source, RecordedMeeting meeting, const QString &path,
+                    FreeSpace freeSpace);
     ~MeetingRecorder() override;
 
-    /// Ends when the microphone records. Throws Error.
+    /// Ends when the microphone records. Throws Error; the file is closed then.
     [[nodiscard]] QCoro::Task<> start();
     /// Ends the recording and completes the file; false when some of it could not be written.
     [[nodiscard]] QCoro::Task<bool> finish();
 
     [[nodiscard]] const MeetingSource &source() const { return *m_source; }
-    /// What the user should know while it records, in the interface language; empty when all is well.
-    [[nodiscard]] QString warning() const;
+    /// As long as it is by now.
+    [[nodiscard]] RecordedMeeting meeting() const;
+    /// "Идёт запись…" and what the user should know meanwhile, in the interface language.
+    [[nodiscard]] QString status() const;
+    /// Why it ended by itself, in the interface language; empty when it did not.
+    [[nodiscard]] QString problem() const { return m_problem; }
 
 Q_SIGNALS:
+    /// Nothing more comes: finish() completes what there is.
+    void endedByItself();
     void levelChanged();
-    void warningChanged();
+    void statusChanged();
+    /// From time to time: the recording is longer.
+    void elapsed();
 
 private:
+    [[nodiscard]] QString warning() const;
     void putOnDisk();
     [[nodiscard]] QCoro::Task<> lookAtSpace();
 
+    const RecordedMeeting m_meeting;
     const QString m_path;
     const FreeSpace m_freeSpace;
     /// Negative while unknown.
     qint64 m_freeBytes = -1;
+    QString m_problem;
     std::shared_ptr<RecordingWriter> m_writer;
     const std::unique_ptr<MeetingSource> m_source;
     std::optional<SleepInhibitor> m_awake;
+    QElapsedTimer m_clock;
+    QTimer m_elapsedTimer;
     QTimer m_syncTimer;
     QTimer m_spaceTimer;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

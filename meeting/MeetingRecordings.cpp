@@ -20,13 +20,29 @@ MeetingRecordings::MeetingRecordings(const QString &folder, HistoryStore &histor
 
 MeetingRecordings::~MeetingRecordings()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     waitForDone(m_pool);
 }
 
-QCoro::Task<RecordedMeeting> MeetingRecordings::create(RecordedMeeting meeting)
+QCoro::Task<std::shared_ptr<MeetingRecorder>> MeetingRecordings::record(RecordedMeeting meeting,
+                                                                        std::unique_ptr<MeetingSource> source,
+                                                                        MeetingRecorder::FreeSpace freeSpace)
 {
-    return offMainThread(&m_pool, [folder = &m_folder, meeting] { return folder->create(meeting); });
+    const auto create = [folder = &m_folder, meeting] { return folder->create(meeting); };
+    meeting = co_await m_scope(offMainThread(&m_pool, create));
+    const auto recorder = std::make_shared<MeetingRecorder>(std::move(source), meeting, audioPath(meeting),
+                                                            std::move(freeSpace));
+    std::exception_ptr failure;
+    try {
+        co_await m_scope(recorder->start());
+        co_return recorder;
+    } catch (const Gone &) {
+        throw;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    co_await m_scope(discard(meeting));
+    std::rethrow_exception(failure);
 }
 
 QCoro::Task<> MeetingRecordings::discard(RecordedMeeting meeting)
@@ -51,15 +67,12 @@ void MeetingRecordings::forget(const RecordedMeeting &meeting)
 
 QCoro::Task<> MeetingRecordings::findLeftovers()
 {
-    const std::stop_token alive = m_lifetime.get_token();
-    co_await m_history.whenLoaded();
-    throwIfCancelled(alive);
+    co_await m_scope(m_history.whenLoaded());
     QSet<QString> inHistory;
     for (const TranscriptRecord &record : m_history.records())
         inHistory.insert(record.audioFileName.value_or(QString()));
     const auto find = [folder = &m_folder, inHistory] { return folder->leftovers(inHistory); };
-    const QList<RecordedMeeting> found = co_await offMainThread(&m_pool, find);
-    throwIfCancelled(alive);
+    const QList<RecordedMeeting> found = co_await m_scope(offMainThread(&m_pool, find));
     if (found.isEmpty())
         co_return;
     m_leftovers = found + m_leftovers;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Scope.h"
+#include "meeting/MeetingRecorder.h"
 #include "meeting/RecordingsFolder.h"
 
 #include <QObject>
@@ -7,8 +9,8 @@
 
 #include <QCoroTask>
 
+#include <memory>
 #include <optional>
-#include <stop_token>
 
 namespace orvane {
 
@@ -25,8 +27,12 @@ public:
     MeetingRecordings(const QString &folder, HistoryStore &history, QObject *parent = nullptr);
     ~MeetingRecordings() override;
 
+    /// Makes the file and records into it: ends when the microphone records. Throws Error; no file is left
+    /// then.
+    [[nodiscard]] QCoro::Task<std::shared_ptr<MeetingRecorder>> record(RecordedMeeting meeting,
+                                                                       std::unique_ptr<MeetingSource> source,
+                                                                       MeetingRecorder::FreeSpace freeSpace);
     /// See RecordingsFolder.
-    [[nodiscard]] QCoro::Task<RecordedMeeting> create(RecordedMeeting meeting);
     [[nodiscard]] QCoro::Task<> discard(RecordedMeeting meeting);
     [[nodiscard]] QString audioPath(const RecordedMeeting &meeting) const;
     /// The meeting is dealt with: it will not be offered, now or at the next start.
@@ -53,7 +59,7 @@ private:
     RecordingsFolder m_folder;
     QThreadPool m_pool;
     QList<RecordedMeeting> m_leftovers;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

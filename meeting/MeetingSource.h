@@ -10,15 +10,13 @@
 
 namespace orvane {
 
-/// What a meeting is recorded from: mono samples of 16 kHz in −1…1. One object records once. Main thread.
+/// What a meeting is recorded from: mono samples of sampleRate in −1…1. One object records once. Main thread.
 class MeetingSource : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int sampleRate = 16'000;
-
-    /// Called on another thread, in order.
+    /// Called in order, on another thread or by flushChunk().
     using ChunkHandler = std::function<void(std::vector<float>)>;
 
     /// To be set before start(): takes what is recorded in chunks of at least that many seconds.
@@ -27,8 +25,8 @@ public:
     [[nodiscard]] virtual QCoro::Task<> start() = 0;
     /// No chunk is handed out after its end.
     [[nodiscard]] virtual QCoro::Task<> stop() = 0;
-    /// Takes what was recorded since the last chunk.
-    [[nodiscard]] virtual std::vector<float> drainPendingChunk() = 0;
+    /// Hands what was recorded since the last chunk to the handler before it returns.
+    virtual void flushChunk() = 0;
 
     /// Loudness, 0…1.
     [[nodiscard]] virtual float level() const = 0;
@@ -38,6 +36,8 @@ public:
     [[nodiscard]] virtual bool isSilent() const = 0;
 
 Q_SIGNALS:
+    /// The recording cannot go on, for a reason in the interface language; stop() is still to be called.
+    void endedByItself(const QString &reason);
     void levelChanged();
     void isSilentChanged();
 };

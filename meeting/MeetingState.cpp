@@ -1,8 +1,17 @@
 #include "meeting/MeetingState.h"
 
+#include "base/localization/Localization.h"
+
 #include <utility>
 
 namespace orvane {
+
+MeetingState::MeetingState(QObject *parent) : QObject(parent)
+{
+    connect(&m_operation, &Operation::runningChanged, this, &MeetingState::stateChanged);
+    connect(&m_operation, &Operation::statusChanged, this, &MeetingState::statusTextChanged);
+    connect(&m_operation, &Operation::errorChanged, this, &MeetingState::errorTextChanged);
+}
 
 QString MeetingState::transcript() const
 {
@@ -12,28 +21,26 @@ QString MeetingState::transcript() const
     return text;
 }
 
-void MeetingState::setPhase(Phase phase)
+void MeetingState::setStage(Stage stage)
 {
-    if (std::exchange(m_phase, phase) != phase)
+    if (std::exchange(m_stage, stage) != stage)
         Q_EMIT stateChanged();
 }
 
-void MeetingState::setElapsed(double seconds)
+void MeetingState::setElapsed(qint64 milliseconds)
 {
+    const double seconds = static_cast<double>(milliseconds) / 1000;
     if (std::exchange(m_elapsed, seconds) != seconds)
         Q_EMIT elapsedChanged();
 }
 
-void MeetingState::setStatus(const QString &text)
+void MeetingState::showResult(const QList<DisplaySegment> &segments, const QUuid &recordID)
 {
-    if (std::exchange(m_statusText, text) != text)
-        Q_EMIT statusTextChanged();
-}
-
-void MeetingState::setError(const QString &text)
-{
-    if (std::exchange(m_errorText, text) != text)
-        Q_EMIT errorTextChanged();
+    setResult(segments, recordID);
+    m_operation.setStatus(
+        recordID.isNull() ? Localization::text(u"Готово · речь не распознана (запись сохранена)")
+                          : Localization::text(u"Совещание сохранено · ") + QString::number(segments.size()) +
+                                Localization::text(u" сегментов · аудио в истории"));
 }
 
 void MeetingState::setResult(const QList<DisplaySegment> &segments, const QUuid &recordID)
@@ -43,10 +50,17 @@ void MeetingState::setResult(const QList<DisplaySegment> &segments, const QUuid 
     Q_EMIT resultChanged();
 }
 
+void MeetingState::setOutcome(Outcome outcome)
+{
+    if (std::exchange(m_outcome, outcome) != outcome)
+        Q_EMIT outcomeChanged();
+}
+
 void MeetingState::clearResult()
 {
+    setOutcome(Outcome::None);
     setResult({}, {});
-    setError({});
+    m_operation.setError({});
     setElapsed(0);
 }
 

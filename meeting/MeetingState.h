@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Operation.h"
 #include "transcript/DisplaySegment.h"
 
 #include <QList>
@@ -20,24 +21,45 @@ class MeetingState : public QObject
     Q_PROPERTY(QString errorText READ errorText NOTIFY errorTextChanged)
     Q_PROPERTY(QString transcript READ transcript NOTIFY resultChanged)
     Q_PROPERTY(QUuid lastRecordID READ lastRecordID NOTIFY resultChanged)
+    Q_PROPERTY(Outcome outcome READ outcome NOTIFY outcomeChanged)
 
 public:
+    /// What became of the last meeting. Where something went wrong errorText() says what.
+    enum class Outcome {
+        /// There was none, or one is in progress.
+        None,
+        /// Nothing was recorded.
+        NotStarted,
+        Saved,
+        /// In the history, but a part of its sound is missing.
+        Partial,
+        /// Recorded, without a record in the history.
+        NoSpeech,
+        /// Recorded; the transcription is offered again.
+        Failed,
+        /// Recorded; the user gave the transcription up.
+        Cancelled,
+    };
+    Q_ENUM(Outcome)
+
     /// A recording is in progress.
-    [[nodiscard]] bool isRunning() const { return m_phase == Phase::Recording; }
+    [[nodiscard]] bool isRunning() const { return m_stage == Stage::Recording && !isTranscribing(); }
     /// A recording is being completed or transcribed.
-    [[nodiscard]] bool isTranscribing() const { return m_phase == Phase::Transcribing; }
+    [[nodiscard]] bool isTranscribing() const { return m_operation.isRunning(); }
     /// Seconds of recording so far, or of the recording that is transcribed.
     [[nodiscard]] double elapsed() const { return m_elapsed; }
     /// One line in the interface language.
-    [[nodiscard]] QString statusText() const { return m_statusText; }
+    [[nodiscard]] QString statusText() const { return m_operation.status(); }
     /// What went wrong last, one sentence; empty when nothing did.
-    [[nodiscard]] QString errorText() const { return m_errorText; }
+    [[nodiscard]] QString errorText() const { return m_operation.error(); }
     /// The result of the last transcription.
     [[nodiscard]] const QList<DisplaySegment> &segments() const { return m_segments; }
     /// The segments' texts, joined as they stand.
     [[nodiscard]] QString transcript() const;
     /// The history record of the last result; null without one.
     [[nodiscard]] QUuid lastRecordID() const { return m_lastRecordID; }
+    /// Changes last: everything else is published by then.
+    [[nodiscard]] Outcome outcome() const { return m_outcome; }
 
 Q_SIGNALS:
     void stateChanged();
@@ -45,28 +67,33 @@ Q_SIGNALS:
     void statusTextChanged();
     void errorTextChanged();
     void resultChanged();
+    void outcomeChanged();
 
 protected:
-    enum class Phase { Idle, Starting, Recording, Transcribing };
+    enum class Stage { Idle, Starting, Recording };
 
-    using QObject::QObject;
+    explicit MeetingState(QObject *parent);
 
-    [[nodiscard]] Phase phase() const { return m_phase; }
-    void setPhase(Phase phase);
-    void setElapsed(double seconds);
-    void setStatus(const QString &text);
-    void setError(const QString &text);
-    void setResult(const QList<DisplaySegment> &segments, const QUuid &recordID);
+    /// Completes and transcribes recordings.
+    [[nodiscard]] Operation &operation() { return m_operation; }
+    [[nodiscard]] bool isIdle() const { return m_stage == Stage::Idle && !isTranscribing(); }
+    void setStage(Stage stage);
+    void setElapsed(qint64 milliseconds);
+    /// Also by the status. A null id when nothing was said.
+    void showResult(const QList<DisplaySegment> &segments, const QUuid &recordID);
+    void setOutcome(Outcome outcome);
     /// No result, no error, no time.
     void clearResult();
 
 private:
-    Phase m_phase = Phase::Idle;
+    void setResult(const QList<DisplaySegment> &segments, const QUuid &recordID);
+
+    Operation m_operation;
+    Stage m_stage = Stage::Idle;
     double m_elapsed = 0;
-    QString m_statusText;
-    QString m_errorText;
     QList<DisplaySegment> m_segments;
     QUuid m_lastRecordID;
+    Outcome m_outcome = Outcome::None;
 };
 
 } // namespace orvane

@@ -1,64 +1,47 @@
 #include "meeting/MeetingTranscriber.h"
 
-#include "base/AnyStop.h"
+#include "audio/CaptureError.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 
 #include <QDeadlineTimer>
+#include <QScopeGuard>
 #include <QStorageInfo>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace orvane {
 
 namespace {
 
-constexpr auto elapsedInterval = 500ms;
-/// How long the end of the program waits for a disk.
-constexpr auto quitPatience = 10s;
-constexpr auto quitInterval = 10ms;
-
-QString recordingStatus(const MeetingRecorder &recorder)
-{
-    const QString status = Localization::text(u"Идёт запись…");
-    const QString warning = recorder.warning();
-    return warning.isEmpty() ? status : status + u" · "_s + warning;
-}
-
-QString transcribingStatus(double elapsed)
-{
-    const auto seconds = static_cast<qint64>(elapsed);
-    return Localization::text(u"Расшифровка записи (%1:%2)…")
-        .arg(seconds / 60)
-        .arg(seconds % 60, 2, 10, QChar(u'0'));
-}
+/// How long the end of the program waits for a disk, in milliseconds.
+constexpr qint64 quitPatience = 10'000;
 
 } // namespace
 
 MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
                                        QObject *parent)
     : MeetingState(parent),
-      m_models(collaborators.models),
-      m_settings(collaborators.settings),
       m_history(collaborators.history),
       m_turns(collaborators.turns),
       m_makeSource(std::move(collaborators.makeSource)),
       m_requestMicrophone(std::move(collaborators.requestMicrophone)),
       m_freeSpace(std::move(collaborators.freeSpace)),
-      m_pipeline(collaborators.pipeline),
+      m_transcription({.models = collaborators.models,
+                       .settings = collaborators.settings,
+                       .turns = collaborators.turns,
+                       .pipeline = collaborators.pipeline}),
       m_recordings(recordingsFolder, m_history)
 {
-    m_elapsedTimer.setInterval(elapsedInterval);
-    connect(&m_elapsedTimer, &QTimer::timeout, this,
-            [this] { setElapsed(static_cast<double>(m_clock.elapsed()) / 1000); });
-    connect(&m_models, &ModelManager::downloadedChanged, this, &MeetingTranscriber::stateChanged);
+    connect(&collaborators.models, &ModelManager::downloadedChanged, this, &MeetingTranscriber::stateChanged);
     connect(&m_recordings, &MeetingRecordings::leftoversChanged, this, &MeetingTranscriber::leftoversChanged);
 }
 
 MeetingTranscriber::~MeetingTranscriber()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
 }
 
 qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
@@ -68,13 +51,11 @@ qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
 
 QString MeetingTranscriber::startRefusal() const
 {
-    if (phase() == Phase::Transcribing || m_isQuitting)
+    if (isTranscribing() || m_isQuitting)
         return EngineTurns::waitText();
-    if (phase() != Phase::Idle)
+    if (!isIdle())
         return Localization::text(u"Запись совещания уже идёт.");
-    return m_models.resolved(m_settings.selectedModelID())
-               ? QString()
-               : Localization::text(u"Модель распознавания недоступна.");
+    return m_transcription.hasModel() ? QString() : Localization::text(u"Модель распознавания недоступна.");
 }
 
 QString MeetingTranscriber::stopRefusal() const
@@ -94,257 +75,227 @@ QString MeetingTranscriber::leftoverRefusal() const
 {
     if (isRunning())
         return Localization::text(u"Запись совещания уже идёт.");
-    if (phase() != Phase::Idle || m_isQuitting || m_turns.isTaken())
+    if (!isIdle() || m_isQuitting || m_turns.isTaken())
         return EngineTurns::waitText();
     return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет.") : QString();
+}
+
+auto MeetingTranscriber::holdQuit()
+{
+    std::erase_if(m_holds, [](const auto &hold) { return hold->hasHappened(); });
+    return qScopeGuard([hold = m_holds.emplace_back(OneTimeEvent::create())] { hold->happen(); });
 }
 
 QCoro::Task<> MeetingTranscriber::start()
 {
     if (!canStart())
         co_return;
-    const std::stop_token alive = m_lifetime.get_token();
-    setPhase(Phase::Starting);
-    if (m_requestMicrophone) {
-        const bool isAllowed = co_await m_requestMicrophone();
-        throwIfCancelled(alive);
-        if (!isAllowed) {
-            setError(Localization::text(u"Нет доступа к микрофону. Разрешите его в Системных настройках → "
-                                        "Конфиденциальность → Микрофон."));
-            setPhase(Phase::Idle);
-            co_return;
-        }
-    }
-    clearResult();
-    RecordedMeeting meeting;
-    if (const std::optional<WhisperModel> model = m_models.resolved(m_settings.selectedModelID()))
-        meeting.modelID = model->id;
-    meeting.languageCode = m_settings.language().code;
-    meeting.startedAt = QDateTime::currentDateTime();
-    m_clock.start();
-
-    Recorder recorder;
+    const auto hold = holdQuit();
+    setStage(Stage::Starting);
+    setOutcome(Outcome::None);
     QString failure;
     try {
-        recorder = co_await begin(&meeting, alive);
+        if (!co_await m_scope(m_requestMicrophone(m_scope.stop())))
+            throw CaptureError::accessRefused();
+        clearResult();
+        m_recorder = co_await m_scope(begin());
+    } catch (const Gone &) {
+        throw;
     } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
+        failure = descriptionOf(error);
     }
-    throwIfCancelled(alive);
-    if (recorder && !m_isQuitting) {
-        m_meeting = meeting;
-        showRecording(recorder);
+    if (m_recorder) {
+        showRecording();
         co_return;
     }
-    recorder.reset();
-    if (!meeting.audioFileName.isEmpty()) {
-        co_await m_recordings.discard(meeting);
-        throwIfCancelled(alive);
+    operation().setError(failure);
+    setStage(Stage::Idle);
+    setOutcome(Outcome::NotStarted);
+}
+
+QCoro::Task<MeetingTranscriber::Recorder> MeetingTranscriber::begin()
+{
+    QString failure;
+    try {
+        const Recorder recorder =
+            co_await m_scope(m_recordings.record(m_transcription.newMeeting(), m_makeSource(), m_freeSpace));
+        if (!m_isQuitting)
+            co_return recorder;
+        static_cast<void>(co_await m_scope(recorder->finish()));
+        co_await m_scope(m_recordings.discard(recorder->meeting()));
+        throw Cancelled();
+    } catch (const Cancelled &) {
+        throw;
+    } catch (const std::exception &error) {
+        const auto *capture = dynamic_cast<const CaptureError *>(&error);
+        if (capture && capture->kind() == CaptureError::Kind::accessRefused)
+            throw;
+        failure = descriptionOf(error);
     }
-    if (!m_isQuitting)
-        setError(Localization::text(u"Не удалось начать запись: ") + failure);
-    setPhase(Phase::Idle);
+    throw Error(Localization::text(u"Не удалось начать запись: ") + failure);
 }
 
-QCoro::Task<MeetingTranscriber::Recorder> MeetingTranscriber::begin(RecordedMeeting *meeting,
-                                                                    std::stop_token alive)
+void MeetingTranscriber::showRecording()
 {
-    *meeting = co_await m_recordings.create(*meeting);
-    throwIfCancelled(alive);
-    auto recorder =
-        std::make_shared<MeetingRecorder>(m_makeSource(), m_recordings.audioPath(*meeting), m_freeSpace);
-    co_await recorder->start();
-    co_return recorder;
-}
-
-void MeetingTranscriber::showRecording(const Recorder &recorder)
-{
-    m_recorder = recorder;
-    m_lastRecorder = recorder;
-    connect(recorder.get(), &MeetingRecorder::levelChanged, this, &MeetingTranscriber::levelChanged);
-    connect(recorder.get(), &MeetingRecorder::warningChanged, this,
-            [this] { setStatus(recordingStatus(*m_recorder)); });
-    m_elapsedTimer.start();
-    setStatus(recordingStatus(*recorder));
-    setPhase(Phase::Recording);
-}
-
-MeetingTranscriber::Recorder MeetingTranscriber::takeRecorder()
-{
-    const Recorder recorder = std::exchange(m_recorder, nullptr);
-    recorder->disconnect(this);
-    m_elapsedTimer.stop();
-    m_meeting.durationMs = m_clock.elapsed();
-    setElapsed(static_cast<double>(m_meeting.durationMs) / 1000);
-    Q_EMIT levelChanged();
-    return recorder;
+    const MeetingRecorder *recorder = m_recorder.get();
+    const auto showStatus = [this, recorder] { operation().setStatus(recorder->status()); };
+    connect(recorder, &MeetingRecorder::levelChanged, this, &MeetingTranscriber::levelChanged);
+    connect(recorder, &MeetingRecorder::statusChanged, this, showStatus);
+    connect(recorder, &MeetingRecorder::elapsed, this,
+            [this, recorder] { setElapsed(recorder->meeting().durationMs); });
+    connect(recorder, &MeetingRecorder::endedByItself, this, &MeetingTranscriber::stop);
+    showStatus();
+    setStage(Stage::Recording);
+    if (!recorder->problem().isEmpty())
+        stop();
 }
 
 void MeetingTranscriber::stop()
 {
     if (!isRunning())
         return;
-    const Recorder recorder = takeRecorder();
-    beginTranscribing(Localization::text(u"Подготовка записи…"));
-    spawn(completeAndTranscribe(recorder, m_meeting, m_cancellation.get_token()));
+    const RecordedMeeting meeting = m_recorder->meeting();
+    setElapsed(meeting.durationMs);
+    const auto work = [this, meeting](Progress progress, std::stop_token stop) {
+        return completeAndTranscribe(meeting, std::move(progress), std::move(stop));
+    };
+    spawn(process(meeting, work));
 }
 
-void MeetingTranscriber::beginTranscribing(const QString &status)
+QCoro::Task<MeetingTranscriber::Outcome>
+MeetingTranscriber::completeAndTranscribe(RecordedMeeting meeting, Progress progress, std::stop_token stop)
 {
-    m_cancellation = std::stop_source();
-    setStatus(status);
-    setPhase(Phase::Transcribing);
+    progress.setStatus(Localization::text(u"Подготовка записи…"));
+    const QString problem = co_await m_scope(complete());
+    const bool isStillShown = !stop.stop_requested() || isIdle();
+    if (!problem.isEmpty() && isStillShown)
+        operation().setError(problem);
+    try {
+        const Outcome outcome = co_await m_scope(transcribe(meeting, progress, stop), stop);
+        co_return outcome == Outcome::Saved && !problem.isEmpty() ? Outcome::Partial : outcome;
+    } catch (const Gone &) {
+        throw;
+    } catch (const Cancelled &) {
+        if (!m_isQuitting) // the next start offers it
+            m_recordings.forget(meeting);
+        throw;
+    }
 }
 
-QCoro::Task<> MeetingTranscriber::completeAndTranscribe(Recorder recorder, RecordedMeeting meeting,
-                                                        std::stop_token cancelled)
+QCoro::Task<QString> MeetingTranscriber::complete()
 {
-    const std::stop_token alive = m_lifetime.get_token();
-    const bool isWhole = co_await recorder->finish();
-    recorder.reset();
-    throwIfCancelled(alive);
-    const bool isStillShown = !cancelled.stop_requested() || phase() == Phase::Idle;
-    if (!isWhole && isStillShown)
-        setError(Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места."));
-    co_await transcribe(meeting, nullptr, cancelled);
+    const auto hold = holdQuit();
+    const Recorder recorder = std::exchange(m_recorder, nullptr);
+    recorder->disconnect(this);
+    setStage(Stage::Idle);
+    Q_EMIT levelChanged();
+    const bool isWritten = co_await recorder->finish();
+    co_return isWritten
+        ? recorder->problem()
+        : Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места.");
 }
 
-QCoro::Task<> MeetingTranscriber::transcribe(RecordedMeeting meeting, EngineTurns::Turn turn,
-                                             std::stop_token cancelled)
+QCoro::Task<> MeetingTranscriber::process(RecordedMeeting meeting, Operation::Work<Outcome> work)
 {
-    const std::stop_token alive = m_lifetime.get_token();
-    const AnyStop either(alive, cancelled);
-    std::optional<QList<DisplaySegment>> segments;
+    m_meeting = meeting;
+    Outcome outcome = Outcome::Failed;
+    try {
+        outcome = co_await m_scope(operation().run<Outcome>(std::move(work)));
+    } catch (const Cancelled &) {
+        throw;
+    } catch (const Error &) {
+        operation().setStatus(Localization::text(u"Ошибка расшифровки (запись сохранена: ") +
+                              meeting.audioFileName + u')');
+    }
+    setOutcome(outcome);
+    if (outcome == Outcome::Failed)
+        m_recordings.offer(meeting);
+}
+
+QCoro::Task<MeetingTranscriber::Outcome>
+MeetingTranscriber::transcribe(RecordedMeeting meeting, Progress progress, std::stop_token stop)
+{
+    throwIfCancelled(stop);
+    const MeetingTranscription::Result result =
+        co_await m_scope(m_transcription.run(meeting, m_recordings.audioPath(meeting), progress, stop), stop);
+    co_return publish(result);
+}
+
+MeetingTranscriber::Outcome MeetingTranscriber::publish(const MeetingTranscription::Result &result)
+{
+    const TranscriptRecord record = recordOf(result.meeting, result.segments);
+    if (record.text.isEmpty()) {
+        showResult(result.segments, {});
+        m_recordings.forget(result.meeting);
+        return Outcome::NoSpeech;
+    }
+    m_history.add(record);
+    showResult(result.segments, record.id);
+    spawn(awaitSaving(result.meeting, record.id));
+    return Outcome::Saved;
+}
+
+// The marker stays until the record is on the disk: without either the recording would be lost.
+QCoro::Task<> MeetingTranscriber::awaitSaving(RecordedMeeting meeting, QUuid recordID)
+{
     QString failure;
     try {
-        throwIfCancelled(cancelled);
-        segments = co_await recognise(&meeting, &turn, either.token());
+        co_await m_scope(m_history.whenSaved(recordID));
+        m_recordings.forget(meeting);
+        co_return;
+    } catch (const Gone &) {
+        throw;
     } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
+        failure = descriptionOf(error);
     }
-    throwIfCancelled(alive);
-    turn.reset(); // who sees that it ended may begin the next
-    if (cancelled.stop_requested()) {
-        if (meeting.audioFileName != m_keptForNextStart)
-            m_recordings.forget(meeting);
-        co_return;
-    }
-    if (!segments) {
-        fail(meeting, failure);
-        co_return;
-    }
-    const bool isSaved = publish(meeting, *segments);
-    if (isSaved) {
-        // The marker stays until the record is on the disk: without either the recording would be lost.
-        co_await m_history.flush();
-        throwIfCancelled(alive);
-        if (!m_history.lastError().isEmpty()) {
-            setError(m_history.lastError());
-            co_return;
-        }
-    }
-    m_recordings.forget(meeting);
-}
-
-QCoro::Task<QList<DisplaySegment>>
-MeetingTranscriber::recognise(RecordedMeeting *meeting, EngineTurns::Turn *turn, std::stop_token stop)
-{
-    if (!*turn)
-        *turn = m_turns.take();
-    if (!*turn) {
-        setStatus(EngineTurns::waitText());
-        *turn = co_await m_turns.wait(stop);
-        throwIfCancelled(stop);
-    }
-    m_models.refresh(); // it may have been deleted during the meeting
-    const std::optional<WhisperModel> model = m_models.resolved(meeting->modelID);
-    if (!model)
-        throw Error(Localization::text(u"Модель распознавания недоступна."));
-    meeting->modelID = model->id; // another one where the chosen one is gone
-    setStatus(transcribingStatus(elapsed()));
-    using Speakers = TranscriptPipeline::SpeakerDetection;
-    const Transcript transcript =
-        co_await m_pipeline.run({.audioPath = m_recordings.audioPath(*meeting),
-                                 .model = {.id = model->id, .path = m_models.localPath(*model)},
-                                 .language = meeting->languageCode,
-                                 .speakers = m_settings.detectSpeakers() ? Speakers::On : Speakers::Off,
-                                 .medium = TranscriptPipeline::Medium::Meeting},
-                                Progress(), stop);
-    co_return transcript.segments;
-}
-
-bool MeetingTranscriber::publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments)
-{
-    const TranscriptRecord record = recordOf(meeting, segments);
-    const bool hasSpeech = !record.text.isEmpty();
-    if (hasSpeech)
-        m_history.add(record);
-    setResult(segments, hasSpeech ? record.id : QUuid());
-    setStatus(hasSpeech ? Localization::text(u"Совещание сохранено · ") + QString::number(segments.size()) +
-                              Localization::text(u" сегментов · аудио в истории")
-                        : Localization::text(u"Готово · речь не распознана (запись сохранена)"));
-    setPhase(Phase::Idle);
-    return hasSpeech;
-}
-
-void MeetingTranscriber::fail(const RecordedMeeting &meeting, const QString &error)
-{
-    setError(error);
-    setStatus(Localization::text(u"Ошибка расшифровки (запись сохранена: ") + meeting.audioFileName + u')');
-    m_recordings.offer(meeting);
-    setPhase(Phase::Idle);
+    if (lastRecordID() != recordID)
+        co_return; // another meeting is shown by now
+    operation().setError(failure);
+    setOutcome(Outcome::Failed);
 }
 
 void MeetingTranscriber::cancelTranscription()
 {
     if (!isTranscribing())
         return;
-    m_cancellation.request_stop();
-    setStatus(Localization::text(u"Расшифровка отменена · аудиозапись сохранена"));
-    setPhase(Phase::Idle);
+    operation().setStatus(Localization::text(u"Расшифровка отменена · аудиозапись сохранена"));
+    operation().cancel();
+    setOutcome(Outcome::Cancelled);
 }
 
 void MeetingTranscriber::reset()
 {
-    if (phase() != Phase::Idle)
+    if (!isIdle())
         return;
     clearResult();
-    setStatus({});
+    operation().setStatus({});
 }
 
 QCoro::Task<> MeetingTranscriber::finishForQuit()
 {
-    const std::stop_token alive = m_lifetime.get_token();
     m_isQuitting = true;
-    if (isRunning() || isTranscribing())
-        m_keptForNextStart = m_meeting.audioFileName;
-    m_cancellation.request_stop();
-    if (isRunning())
-        spawn(completeAndTranscribe(takeRecorder(), m_meeting, m_cancellation.get_token()));
-    if (phase() != Phase::Starting)
-        setPhase(Phase::Idle);
-    const QDeadlineTimer patience(quitPatience);
-    while ((phase() == Phase::Starting || !m_lastRecorder.expired()) && !patience.hasExpired()) {
-        co_await sleepFor(quitInterval);
-        throwIfCancelled(alive);
-    }
+    stop();
+    operation().cancel();
+    const QDeadlineTimer limit(quitPatience);
+    for (const std::shared_ptr<OneTimeEvent> &hold : std::exchange(m_holds, {}))
+        static_cast<void>(co_await m_scope(hold->waitFor(std::chrono::milliseconds(limit.remainingTime()))));
 }
 
 void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)
 {
     const std::optional<RecordedMeeting> meeting = m_recordings.leftover(audioFileName);
-    if (!meeting || phase() != Phase::Idle || m_isQuitting)
+    const QString refusal = leftoverRefusal();
+    if (!refusal.isEmpty())
+        operation().setError(refusal);
+    if (!meeting || !refusal.isEmpty())
         return;
-    EngineTurns::Turn turn = m_turns.take();
-    if (!turn) {
-        setError(EngineTurns::waitText());
-        return;
-    }
-    m_meeting = *meeting;
     clearResult();
-    setElapsed(static_cast<double>(m_meeting.durationMs) / 1000);
-    beginTranscribing(transcribingStatus(elapsed()));
-    spawn(transcribe(m_meeting, std::move(turn), m_cancellation.get_token()));
+    setElapsed(meeting->durationMs);
+    const auto work = [this, meeting = *meeting](Progress progress, std::stop_token stop) {
+        progress.setStatus(MeetingTranscription::statusOf(meeting));
+        return transcribe(meeting, std::move(progress), std::move(stop));
+    };
+    spawn(process(*meeting, work));
 }
 
 void MeetingTranscriber::dismissLeftover(const QString &audioFileName)

@@ -1,15 +1,13 @@
 #pragma once
 
-#include "engine/EngineTurns.h"
+#include "audio/MicrophoneAccess.h"
+#include "base/OneTimeEvent.h"
+#include "base/Scope.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingRecorder.h"
 #include "meeting/MeetingRecordings.h"
 #include "meeting/MeetingState.h"
-#include "models/ModelManager.h"
-#include "recognition/TranscriptPipeline.h"
-#include "settings/AppSettings.h"
-
-#include <QElapsedTimer>
+#include "meeting/MeetingTranscription.h"
 
 namespace orvane {
 
@@ -25,8 +23,8 @@ class MeetingTranscriber : public MeetingState
     Q_PROPERTY(QString leftoverNotice READ leftoverNotice NOTIFY leftoversChanged)
 
 public:
-    /// Asks for access to the microphone; false when it is refused.
-    using AccessRequest = std::function<QCoro::Task<bool>()>;
+    /// See requestMicrophone.
+    using AccessRequest = std::function<QCoro::Task<bool>(std::stop_token)>;
 
     struct Collaborators
     {
@@ -37,8 +35,7 @@ public:
         const EngineTurns &turns;
         /// The microphone, for one recording.
         std::function<std::unique_ptr<MeetingSource>()> makeSource;
-        /// Empty where the system asks for no permission.
-        AccessRequest requestMicrophone = {};
+        AccessRequest requestMicrophone = orvane::requestMicrophone;
         MeetingRecorder::FreeSpace freeSpace = freeSpaceOfDisk;
     };
 
@@ -61,7 +58,8 @@ public:
     QCoro::Task<> start();
     /// Ends the recording and has it transcribed.
     void stop();
-    /// Abandons the transcription; the audio stays on the disk and is not offered again.
+    /// Abandons the transcription; the audio stays on the disk. What was offered stays offered; a meeting
+    /// that has just been recorded is not.
     void cancelTranscription();
     /// Clears what is published, unless something is in progress.
     void reset();
@@ -77,7 +75,7 @@ public:
     /// Offers the transcription of the first of them; empty without any.
     [[nodiscard]] QString leftoverNotice() const { return m_recordings.notice(); }
     /// Transcribes one of them, by its audio file's name, into a record like that of any meeting; it is
-    /// offered until that has succeeded. Refused with an error while another operation has the engine.
+    /// offered until that has succeeded. errorText tells why it cannot begin now.
     void transcribeLeftover(const QString &audioFileName);
     /// Does not offer it any more; its audio stays on the disk.
     void dismissLeftover(const QString &audioFileName);
@@ -91,43 +89,38 @@ Q_SIGNALS:
 private:
     using Recorder = std::shared_ptr<MeetingRecorder>;
 
-    [[nodiscard]] QCoro::Task<Recorder> begin(RecordedMeeting *meeting, std::stop_token alive);
-    void showRecording(const Recorder &recorder);
-    /// The recording in progress, which ends now.
-    [[nodiscard]] Recorder takeRecorder();
-    void beginTranscribing(const QString &status);
-    QCoro::Task<> completeAndTranscribe(Recorder recorder, RecordedMeeting meeting,
-                                        std::stop_token cancelled);
-    QCoro::Task<> transcribe(RecordedMeeting meeting, EngineTurns::Turn turn, std::stop_token cancelled);
-    [[nodiscard]] QCoro::Task<QList<DisplaySegment>> recognise(RecordedMeeting *meeting,
-                                                               EngineTurns::Turn *turn, std::stop_token stop);
-    /// Whether there was anything to save.
-    bool publish(const RecordedMeeting &meeting, const QList<DisplaySegment> &segments);
-    void fail(const RecordedMeeting &meeting, const QString &error);
+    [[nodiscard]] QCoro::Task<Recorder> begin();
+    void showRecording();
+    /// Until what it returns goes, finishForQuit() waits.
+    [[nodiscard]] auto holdQuit();
 
-    ModelManager &m_models;
-    const AppSettings &m_settings;
+    [[nodiscard]] QCoro::Task<Outcome> completeAndTranscribe(RecordedMeeting meeting, Progress progress,
+                                                             std::stop_token stop);
+    /// Ends the recording. Returns why it is not whole, in the interface language; empty when it is.
+    [[nodiscard]] QCoro::Task<QString> complete();
+    /// Runs the work on a meeting as what is in progress and publishes what becomes of it.
+    QCoro::Task<> process(RecordedMeeting meeting, Operation::Work<Outcome> work);
+    [[nodiscard]] QCoro::Task<Outcome> transcribe(RecordedMeeting meeting, Progress progress,
+                                                  std::stop_token stop);
+    [[nodiscard]] Outcome publish(const MeetingTranscription::Result &result);
+    QCoro::Task<> awaitSaving(RecordedMeeting meeting, QUuid recordID);
+
     HistoryStore &m_history;
     const EngineTurns &m_turns;
     const std::function<std::unique_ptr<MeetingSource>()> m_makeSource;
     const AccessRequest m_requestMicrophone;
     const MeetingRecorder::FreeSpace m_freeSpace;
-    TranscriptPipeline &m_pipeline;
 
+    MeetingTranscription m_transcription;
     MeetingRecordings m_recordings;
 
     bool m_isQuitting = false;
-    /// What quitting interrupted: no user has abandoned it.
-    QString m_keptForNextStart;
-    /// The one in progress.
     Recorder m_recorder;
-    /// The one that may still be completing its file.
-    std::weak_ptr<MeetingRecorder> m_lastRecorder;
+    /// The meeting that is completed or transcribed, or was last.
     RecordedMeeting m_meeting;
-    QElapsedTimer m_clock;
-    QTimer m_elapsedTimer;
-    std::stop_source m_cancellation;
-    std::stop_source m_lifetime;
+    /// Each happens when a recording has begun or is complete.
+    std::vector<std::shared_ptr<OneTimeEvent>> m_holds;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -1,13 +1,10 @@
 #include "meeting/MicrophoneSource.h"
 
-#include "audio/SampleRate.h"
-
 namespace orvane {
-
-static_assert(orvane::sampleRate == MeetingSource::sampleRate);
 
 MicrophoneSource::MicrophoneSource(const QString &moduleFolder) : m_recorder(moduleFolder)
 {
+    connect(&m_recorder, &AudioRecorder::endedByItself, this, &MicrophoneSource::endedByItself);
     connect(&m_recorder, &AudioRecorder::levelChanged, this, &MicrophoneSource::levelChanged);
     connect(&m_recorder, &AudioRecorder::deviceIsSilentChanged, this, &MicrophoneSource::isSilentChanged);
 }
@@ -25,11 +22,6 @@ QCoro::Task<> MicrophoneSource::start()
 QCoro::Task<> MicrophoneSource::stop()
 {
     co_await m_recorder.stop();
-}
-
-std::vector<float> MicrophoneSource::drainPendingChunk()
-{
-    return m_recorder.drainPendingChunk();
 }
 
 } // namespace orvane

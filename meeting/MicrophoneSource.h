@@ -17,7 +17,7 @@ public:
     void setChunks(double seconds, ChunkHandler handler) override;
     [[nodiscard]] QCoro::Task<> start() override;
     [[nodiscard]] QCoro::Task<> stop() override;
-    [[nodiscard]] std::vector<float> drainPendingChunk() override;
+    void flushChunk() override { m_recorder.flushChunk(); }
     [[nodiscard]] float level() const override { return m_recorder.level(); }
     [[nodiscard]] QList<float> waveform() const override { return m_recorder.waveform(); }
     [[nodiscard]] bool isSilent() const override { return m_recorder.deviceIsSilent(); }

@@ -60,9 +60,8 @@ void RecordingWriter::sync()
     });
 }
 
-QCoro::Task<bool> RecordingWriter::finish(std::vector<float> leftover)
+QCoro::Task<bool> RecordingWriter::finish()
 {
-    append(std::move(leftover));
     return offMainThread(&m_pool, [file = m_file, path = m_path] { return close(*file, path); });
 }
 

@@ -28,9 +28,9 @@ public:
     void append(std::vector<float> samples);
     /// Has everything that was appended so far put on the disk for good. Any thread.
     void sync();
-    /// Adds the last samples, writes the sizes into the header and closes the file. False when samples were
-    /// lost. Main thread; this object must outlive the task.
-    [[nodiscard]] QCoro::Task<bool> finish(std::vector<float> leftover);
+    /// Writes the sizes into the header and closes the file. False when samples were lost. Main thread; this
+    /// object must outlive the task.
+    [[nodiscard]] QCoro::Task<bool> finish();
 
 private:
     const QString m_path;

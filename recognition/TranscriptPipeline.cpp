@@ -87,11 +87,18 @@ QCoro::Task<Transcript> TranscriptPipeline::run(Request request, Progress progre
         transcript.segments.removeIf(isWithoutSpeech);
     transcript.segments =
         TranscriptSanitizer::collapseRepeats(transcript.segments, TranscriptSanitizer::keptRepeats);
-    if (request.speakers == SpeakerDetection::On && !transcript.segments.isEmpty()) {
-        transcript.segments =
-            co_await m_scope(SpeakerDiarizer::assignByVoice(transcript.segments, request.audioPath,
-                                                            maxSpeakers, &m_decoder, stop),
-                             stop);
+    if (request.speakers == SpeakerDetection::On)
+        transcript = co_await m_scope(label(std::move(transcript), request.audioPath, stop), stop);
+    co_return transcript;
+}
+
+QCoro::Task<Transcript> TranscriptPipeline::label(Transcript transcript, QString audioPath,
+                                                  std::stop_token stop)
+{
+    if (!transcript.segments.isEmpty()) {
+        transcript.segments = co_await m_scope(
+            SpeakerDiarizer::assignByVoice(transcript.segments, audioPath, maxSpeakers, &m_decoder, stop),
+            stop);
     }
     co_return transcript;
 }

@@ -58,6 +58,10 @@ public:
     /// that it is free for the next.
     [[nodiscard]] QCoro::Task<Transcript> run(Request request, Progress progress, std::stop_token stop);
 
+    /// Numbers the speakers of a transcript of that file, for who decides about it after the recognition.
+    [[nodiscard]] QCoro::Task<Transcript> label(Transcript transcript, QString audioPath,
+                                                std::stop_token stop);
+
 private:
     [[nodiscard]] QCoro::Task<Transcript> recognise(Request request, Progress progress, std::stop_token stop);
     [[nodiscard]] QCoro::Task<Transcript> recogniseDirectly(Request request, Progress progress,

@@ -174,6 +174,7 @@ inline constexpr TextPair table[] = {
      u"No access to the microphone. Allow it in System Settings → Privacy → Microphone."},
     {u"Не удалось начать запись: ", u"Could not start the recording: "},
     {u"Модель распознавания недоступна.", u"The recognition model is unavailable."},
+    {u"Движок распознавания был остановлен.", u"The recognition engine was stopped."},
     {u"Запись совещания уже идёт.", u"A meeting is being recorded already."},
     {u"Запись совещания не идёт.", u"No meeting is being recorded."},
     {u"Идёт запись: её завершает команда orvane meeting stop.",

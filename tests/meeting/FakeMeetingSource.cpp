@@ -1,5 +1,6 @@
 #include "tests/meeting/FakeMeetingSource.h"
 
+#include "audio/SampleRate.h"
 #include "base/Async.h"
 
 #include <thread>
@@ -43,22 +44,24 @@ QCoro::Task<> FakeMeetingSource::stop()
     co_await sleepFor(std::chrono::milliseconds(m_control->stopMs));
 }
 
-std::vector<float> FakeMeetingSource::drainPendingChunk()
+void FakeMeetingSource::flushChunk()
 {
     const std::scoped_lock locked(m_lock);
-    return std::exchange(m_pending, {});
+    handOut();
 }
 
 void FakeMeetingSource::hear(std::span<const float> samples)
 {
-    std::unique_lock locked(m_lock);
+    const std::scoped_lock locked(m_lock);
     m_pending.insert(m_pending.end(), samples.begin(), samples.end());
-    if (!m_handler || static_cast<double>(m_pending.size()) < m_chunkSeconds * sampleRate)
-        return;
-    const ChunkHandler handler = m_handler;
-    std::vector<float> chunk = std::exchange(m_pending, {});
-    locked.unlock();
-    handler(std::move(chunk));
+    if (static_cast<double>(m_pending.size()) >= m_chunkSeconds * sampleRate)
+        handOut();
+}
+
+void FakeMeetingSource::handOut()
+{
+    if (m_handler)
+        m_handler(std::exchange(m_pending, {}));
 }
 
 void FakeMeetingSource::hearPattern(double seconds)

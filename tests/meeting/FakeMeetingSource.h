@@ -32,7 +32,7 @@ public:
     void setChunks(double seconds, ChunkHandler handler) override;
     [[nodiscard]] QCoro::Task<> start() override;
     [[nodiscard]] QCoro::Task<> stop() override;
-    [[nodiscard]] std::vector<float> drainPendingChunk() override;
+    void flushChunk() override;
     [[nodiscard]] float level() const override { return 0.5F; }
     [[nodiscard]] QList<float> waveform() const override { return {0.5F}; }
     [[nodiscard]] bool isSilent() const override { return m_isSilent; }
@@ -42,12 +42,16 @@ public:
     /// Feeds the next seconds of pattern() from another thread.
     void hearPattern(double seconds);
     void setSilent(bool silent);
+    void endByItself(const QString &reason) { Q_EMIT endedByItself(reason); }
 
     /// A sound of which each part differs from every other, as samples and as a WAV file stores them.
     [[nodiscard]] static std::vector<float> pattern(size_t first, size_t count);
     [[nodiscard]] static qint16 storedPattern(size_t index);
 
 private:
+    /// Under the lock, so that the chunks stay in order.
+    void handOut();
+
     const std::shared_ptr<Control> m_control;
     std::mutex m_lock; // guards what follows
     double m_chunkSeconds = 0;

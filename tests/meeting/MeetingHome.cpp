@@ -31,7 +31,9 @@ MeetingHome::MeetingHome(const QString &folder, const QString &engineFolder)
     m_engine = std::make_unique<WhisperServerEngine>(
         EngineServer::SearchPath{.resources = engineFolder, .folders = {}}, m_registry, folder);
     m_pipeline = std::make_unique<TranscriptPipeline>(*m_engine, m_decoder);
-    MeetingTranscriber::AccessRequest request = [isAllowed = m_isAllowed]() { return answer(*isAllowed); };
+    MeetingTranscriber::AccessRequest request = [isAllowed = m_isAllowed](const std::stop_token &) {
+        return answer(*isAllowed);
+    };
     m_meeting = std::make_unique<MeetingTranscriber>(
         MeetingTranscriber::Collaborators{
             .models = m_models,

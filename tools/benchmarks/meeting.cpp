@@ -6,6 +6,7 @@
 
 #include "audio/CapturedSamples.h"
 #include "audio/LevelMeter.h"
+#include "audio/SampleRate.h"
 #include "base/Async.h"
 #include "meeting/MeetingRecorder.h"
 
@@ -25,7 +26,7 @@ using namespace orvane;
 
 namespace {
 
-constexpr size_t rate = MeetingSource::sampleRate;
+constexpr size_t rate = sampleRate;
 /// What one buffer of a device becomes at 16 kHz.
 constexpr size_t bufferSamples = 1365;
 /// The sound repeats itself after so many samples, which no other number here divides.
@@ -60,7 +61,7 @@ public:
     {
         co_await offMainThread([this] { m_thread.join(); });
     }
-    std::vector<float> drainPendingChunk() override { return m_captured.takePendingChunk(); }
+    void flushChunk() override { m_captured.flushChunk(); }
     float level() const override { return 0; }
     QList<float> waveform() const override { return {}; }
     bool isSilent() const override { return false; }
@@ -120,7 +121,7 @@ qint64 peakKiB()
 
 QCoro::Task<> measure(QString path, size_t samples)
 {
-    MeetingRecorder recorder(std::make_unique<HastySource>(path, samples), path,
+    MeetingRecorder recorder(std::make_unique<HastySource>(path, samples), RecordedMeeting(), path,
                              [](const QString &) { return qint64(-1); });
     const qint64 peakBefore = peakKiB();
     const double before = processorSeconds();
