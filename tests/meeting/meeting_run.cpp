@@ -8,6 +8,8 @@
 
 #include <QCoreApplication>
 
+#include <QCoroSignal>
+
 #include <atomic>
 #include <cstdio>
 #include <thread>
@@ -48,12 +50,6 @@ private:
     std::jthread m_thread;
 };
 
-QCoro::Task<> untilIdle(MeetingTranscriber *meeting)
-{
-    while (meeting->isTranscribing())
-        co_await sleepFor(1ms);
-}
-
 QCoro::Task<> record(MeetingHome *home)
 {
     MeetingTranscriber &meeting = home->meeting();
@@ -66,10 +62,10 @@ QCoro::Task<> record(MeetingHome *home)
             QStringList names = home->audio();
             names.removeIf([&before](const QString &name) { return before.contains(name); });
             const Speaker speaker(home->microphone(), names.first());
-            co_await sleepFor(400ms);
+            co_await sleepFor(2200ms); // beyond a sync
         }
         meeting.stop();
-        co_await untilIdle(&meeting);
+        co_await qCoro(&meeting, &MeetingTranscriber::outcomeChanged);
         if (!meeting.errorText().isEmpty())
             throw Error(meeting.errorText());
     }
@@ -81,7 +77,7 @@ QCoro::Task<> recover(MeetingHome *home)
     co_await meeting.findLeftovers();
     while (!meeting.leftovers().isEmpty()) {
         meeting.transcribeLeftover(meeting.leftovers().first().audioFileName);
-        co_await untilIdle(&meeting);
+        co_await qCoro(&meeting, &MeetingTranscriber::outcomeChanged);
         co_await home->history().flush();
         co_await sleepFor(1ms);
         if (!meeting.errorText().isEmpty())
