@@ -14,10 +14,10 @@ constexpr int maxTokens = 1536;
 
 } // namespace
 
-QByteArray body(const QList<LocalLLMEngine::Message> &messages, double temperature)
+QByteArray body(const QList<Message> &messages, double temperature)
 {
     QJsonArray list;
-    for (const LocalLLMEngine::Message &message : messages)
+    for (const Message &message : messages)
         list.append(QJsonObject{{u"role"_s, message.role}, {u"content"_s, message.content}});
     const QJsonObject request{
         {u"messages"_s, list}, {u"temperature"_s, temperature}, {u"max_tokens"_s, maxTokens}};

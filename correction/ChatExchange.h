@@ -1,7 +1,5 @@
 #pragma once
 
-#include "correction/LocalLLMEngine.h"
-
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -11,7 +9,14 @@
 /// The chat completions of `llama-server`, as JSON.
 namespace orvane::ChatExchange {
 
-[[nodiscard]] QByteArray body(const QList<LocalLLMEngine::Message> &messages, double temperature);
+struct Message
+{
+    /// "system", "user" or "assistant".
+    QString role;
+    QString content;
+};
+
+[[nodiscard]] QByteArray body(const QList<Message> &messages, double temperature);
 
 /// The first answer of a successful response; none when it has none.
 [[nodiscard]] std::optional<QString> answer(const QByteArray &response);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "correction/ChatExchange.h"
 #include "engine/EngineServer.h"
 
 #include <QList>
@@ -15,12 +16,7 @@ class LocalLLMEngine : public EngineServer
     Q_OBJECT
 
 public:
-    struct Message
-    {
-        /// "system", "user" or "assistant".
-        QString role;
-        QString content;
-    };
+    using Message = ChatExchange::Message;
 
     LocalLLMEngine(const SearchPath &search, EngineProcessRegistry &registry);
 

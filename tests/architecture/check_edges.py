@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""check_edges.py SOURCE LIBRARIES LINKS: fails when a file includes, or a library links, what its layer must not know.
+"""check_edges.py SOURCE LIBRARIES LINKS: fails when a file includes, or a library links, what its layer must not know, and
+when files include each other in a circle. A header and its sources count as one file.
 
 SOURCE is the source folder, LIBRARIES the table of layers, LINKS a file with one line for each library: its CMake
 target and the project's targets that it links.
@@ -72,6 +73,37 @@ def include_faults(source, files, layers):
                 yield f'{file}: "{included}" is not the path of a file from the source folder'
 
 
+def includes(source, files):
+    """For each file without its suffix the project's files that it includes, likewise."""
+    graph = {}
+    for file in sorted(files):
+        if not file.startswith(OUTSIDE) and Path(source, file).exists():
+            used = {included for _, included in INCLUDE.findall(Path(source, file).read_text(encoding="utf-8"))}
+            graph.setdefault(unit_of(file), set()).update(unit_of(included) for included in used & files)
+    return graph
+
+
+def unit_of(file):
+    return re.sub(r"(_linux|_mac|_windows)?\.\w+$", "", file)
+
+
+def circle_faults(graph):
+    done = set()
+
+    def visit(unit, path):
+        if unit in path:
+            circle = path[path.index(unit):]
+            if len(circle) > 1:
+                yield " -> ".join([*circle, unit]) + ": include each other in a circle"
+        elif unit not in done:
+            for used in sorted(graph.get(unit, ())):
+                yield from visit(used, [*path, unit])
+            done.add(unit)
+
+    for unit in sorted(graph):
+        yield from visit(unit, [])
+
+
 def link_faults(links, layers):
     for line in links.splitlines():
         user, *used = [target.removeprefix("orvane_") for target in line.split()]
@@ -87,6 +119,7 @@ def main(source, table, links):
     files = project_files(source)
     faults = [
         *include_faults(source, files, layers),
+        *circle_faults(includes(source, files)),
         *link_faults(Path(links).read_text(encoding="utf-8"), layers),
     ]
     if not files:
