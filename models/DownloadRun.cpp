@@ -1,5 +1,6 @@
 #include "models/DownloadRun.h"
 
+#include "base/system/Loopback.h"
 #include "models/DiskCheckpoint.h"
 #include "models/DownloadError.h"
 #include "models/NetworkChanges.h"
@@ -95,8 +96,8 @@ DownloadRun::Probe DownloadRun::probeWhenConnected()
         try {
             return probe();
         } catch (const DownloadError &error) {
-            if (error.kind() != DownloadError::Kind::ConnectionFailed ||
-                SystemProxy::isLoopback(m_job.from) || (wasConnected && settled.hasExpired()))
+            if (error.kind() != DownloadError::Kind::ConnectionFailed || isLoopback(m_job.from.host()) ||
+                (wasConnected && settled.hasExpired()))
                 throw;
         }
         m_job.report({.isWaitingForNetwork = true});

@@ -1,6 +1,7 @@
 #include "models/SystemProxy.h"
 
-#include <QHostAddress>
+#include "base/system/Loopback.h"
+
 #include <QNetworkProxyFactory>
 
 #include <curl/curl.h>
@@ -18,16 +19,11 @@ QString scheme(QNetworkProxy::ProxyType type)
 
 } // namespace
 
-bool isLoopback(const QUrl &url)
-{
-    return url.host() == u"localhost" || QHostAddress(url.host()).isLoopback();
-}
-
 void apply(CURL *handle, const QUrl &url)
 {
     const QNetworkProxy proxy =
-        isLoopback(url) ? QNetworkProxy(QNetworkProxy::NoProxy)
-                        : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url)).value(0);
+        isLoopback(url.host()) ? QNetworkProxy(QNetworkProxy::NoProxy)
+                               : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url)).value(0);
     if (proxy.hostName().isEmpty()) {
         curl_easy_setopt(handle, CURLOPT_PROXY, ""); // none, whatever the environment says
         return;

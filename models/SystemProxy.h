@@ -6,8 +6,6 @@ using CURL = void;
 
 namespace orvane::SystemProxy {
 
-[[nodiscard]] bool isLoopback(const QUrl &url);
-
 /// Has the transfer go through what the desktop or the environment gives as proxy for the address.
 /// May take a moment: not on the main thread.
 void apply(CURL *handle, const QUrl &url);

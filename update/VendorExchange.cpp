@@ -1,10 +1,10 @@
 #include "update/VendorExchange.h"
 
+#include "base/system/Loopback.h"
 #include "settings/BuildInfo.h"
 #include "update/UpdateError.h"
 
 #include <QEventLoop>
-#include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QNetworkReply>
@@ -27,8 +27,7 @@ class SystemProxies : public QNetworkProxyFactory
 public:
     QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
     {
-        const QString host = query.peerHostName();
-        if (host == u"localhost"_s || QHostAddress(host).isLoopback())
+        if (isLoopback(query.peerHostName()))
             return {QNetworkProxy::NoProxy};
         return systemProxyForQuery(query);
     }
