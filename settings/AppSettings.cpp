@@ -82,6 +82,11 @@ void AppSettings::setLanguageCode(const QString &code)
         Q_EMIT languageChanged();
 }
 
+std::optional<QString> AppSettings::storedLanguageCode() const
+{
+    return m_defaults.string(Key::languageCode);
+}
+
 void AppSettings::setDetectSpeakers(bool on)
 {
     change(m_detectSpeakers, on, Key::detectSpeakers, &AppSettings::detectSpeakersChanged);

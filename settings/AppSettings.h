@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QString>
 
+#include <optional>
+
 namespace orvane {
 
 class UserDefaults;
@@ -48,6 +50,8 @@ public:
     [[nodiscard]] QString selectedModelID() const { return m_selectedModelID; }
     /// The language of speech, as stored: possibly a code that no language has.
     [[nodiscard]] QString languageCode() const { return m_languageCode; }
+    /// None while the user has chosen no language.
+    [[nodiscard]] std::optional<QString> storedLanguageCode() const;
     [[nodiscard]] bool detectSpeakers() const { return m_detectSpeakers; }
     [[nodiscard]] bool textCorrectionEnabled() const { return m_textCorrectionEnabled; }
     [[nodiscard]] CorrectionEngine correctionEngine() const { return m_correctionEngine; }

@@ -66,8 +66,7 @@ QCoro::Task<int> TranscribeCommand::run()
     const ModelFile chosenModel = ModelChoice::recognitionModel(m_services, m_options.model);
     Output::requireWritable(m_options.output);
     co_await m_services.history().whenLoaded(); // what is saved can then be read back
-    const QString language =
-        m_options.language.isEmpty() ? m_services.settings().language().code : m_options.language;
+    const QString language = languageOfFiles();
 
     bool everyFileDone = true;
     for (const QString &file : m_options.files) {
@@ -86,6 +85,15 @@ QCoro::Task<int> TranscribeCommand::run()
         }
     }
     co_return everyFileDone ? ExitStatus::success : ExitStatus::failure;
+}
+
+QString TranscribeCommand::languageOfFiles() const
+{
+    if (!m_options.language.isEmpty())
+        return m_options.language;
+    // Who has chosen no language may have a recording in any.
+    const AppSettings &settings = m_services.settings();
+    return settings.storedLanguageCode() ? settings.language().code : u"auto"_s;
 }
 
 void TranscribeCommand::interrupt()

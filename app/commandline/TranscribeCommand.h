@@ -43,6 +43,7 @@ public:
     void interrupt();
 
 private:
+    [[nodiscard]] QString languageOfFiles() const;
     QCoro::Task<bool> transcribe(QString file, ModelFile model, QString language);
     /// The stored record when there is one, else one made for the occasion.
     [[nodiscard]] TranscriptRecord recordOf(const TranscriptionService::Request &request,
