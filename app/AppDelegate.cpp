@@ -71,7 +71,7 @@ void AppDelegate::applicationDidFinishLaunching()
     spawn(meeting.findLeftovers());
     if (UpdateChecker *updates = m_services.updates())
         updates->start();
-    m_services.telemetry().pingIfEnabled();
+    m_services.telemetry().start();
 }
 
 void AppDelegate::installHotkey(DictationController &dictation)

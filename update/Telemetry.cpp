@@ -22,6 +22,8 @@ namespace orvane {
 namespace {
 
 constexpr qint64 secondsBetweenReports = 86'400;
+/// The day is counted by the clock on the wall, as timers stand still while the machine sleeps.
+constexpr std::chrono::milliseconds lookInterval = std::chrono::minutes(30);
 
 namespace Key {
 
@@ -48,11 +50,18 @@ Telemetry::Telemetry(const AppSettings &settings, UserDefaults &defaults, Device
       m_options(options)
 {
     m_threads.setMaxThreadCount(1);
+    m_timer.callOnTimeout([this] { pingIfEnabled(); });
 }
 
 Telemetry::~Telemetry()
 {
     m_lifetime.request_stop(); // the pool waits for its thread, which this sends home
+}
+
+void Telemetry::start()
+{
+    pingIfEnabled();
+    m_timer.start(lookInterval);
 }
 
 void Telemetry::pingIfEnabled()

@@ -4,6 +4,7 @@
 
 #include <QMap>
 #include <QThreadPool>
+#include <QTimer>
 #include <QUrl>
 
 #include <QCoroTask>
@@ -35,6 +36,9 @@ public:
     Telemetry(const Telemetry &) = delete;
     Telemetry &operator=(const Telemetry &) = delete;
 
+    /// Sends a report once a day, as long as the program runs.
+    void start();
+
     /// Sends a report if the user allows it, none was received within 24 hours and none is on its way.
     /// Returns at once. May be called as often as one likes.
     void pingIfEnabled();
@@ -57,6 +61,7 @@ private:
     const Options m_options;
     bool m_sending = false;
     std::stop_source m_lifetime;
+    QTimer m_timer;
     QThreadPool m_threads;
 };
 

@@ -21,6 +21,7 @@ using Localization::text;
 
 namespace {
 
+constexpr auto lookInterval = 5min;
 const QString notifiedVersionKey = u"orvane.update.notifiedVersion"_s;
 
 /// The digits a version's piece starts with, without leading zeros; empty for 0.
@@ -50,9 +51,8 @@ UpdateChecker::UpdateChecker(UserDefaults &defaults, UpdatePresenter &presenter,
       m_folder(folder),
       m_options(options)
 {
-    m_threads.setMaxThreadCount(2);         // a check and a download
-    m_timer.setTimerType(Qt::PreciseTimer); // the default may be off by a twentieth, here more than an hour
-    connect(&m_timer, &QTimer::timeout, this, [this] { spawn(check(Mode::Scheduled)); });
+    m_threads.setMaxThreadCount(2); // a check and a download
+    connect(&m_timer, &QTimer::timeout, this, &UpdateChecker::checkWhenDue);
 }
 
 UpdateChecker::~UpdateChecker()
@@ -65,7 +65,18 @@ UpdateChecker::~UpdateChecker()
 void UpdateChecker::start()
 {
     QTimer::singleShot(m_options.firstCheck, this, [this] { spawn(check(Mode::Scheduled)); });
-    m_timer.start(m_options.repeat);
+    m_nextCheck = QDateTime::currentDateTimeUtc().addMSecs(m_options.repeat.count());
+    m_timer.start(std::min<std::chrono::milliseconds>(m_options.repeat, lookInterval));
+}
+
+void UpdateChecker::checkWhenDue()
+{
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QDateTime next = now.addMSecs(m_options.repeat.count());
+    const bool isDue = m_nextCheck <= now;
+    m_nextCheck = isDue ? next : std::min(m_nextCheck, next); // a clock that was set back delays nothing
+    if (isDue)
+        spawn(check(Mode::Scheduled));
 }
 
 QCoro::Task<> UpdateChecker::check(Mode mode)
@@ -85,39 +96,31 @@ QCoro::Task<> UpdateChecker::check(Mode mode)
     m_mode = mode;
     setChecking(true);
     std::optional<Release> published;
+    // One sentence covers every reason but one, of which only the vendor is the cause.
+    QString problem = text(u"Проверьте подключение к интернету и повторите.");
     try {
         const VendorExchange::Request request{.url = m_options.endpoint,
                                               .wholeTimeout = m_options.checkTimeout};
         const QByteArray manifest = co_await offMainThread(
             &m_threads, [request, stop] { return VendorExchange::fetch(request, stop); });
         throwIfCancelled(stop);
-        published = releaseIn(manifest);
-    } catch (const UpdateError &) {
-        // One sentence covers every reason.
+        if (const auto decoded = Manifest::fromJson(manifest))
+            published = decoded->releaseFor(m_options.edition, m_options.endpoint);
+    } catch (const UpdateError &error) {
         throwIfCancelled(stop);
+        if (error.kind() == UpdateError::Kind::InsecurePackage)
+            problem = error.description();
     }
     setChecking(false);
-    conclude(published);
+    conclude(published, problem);
 }
 
-std::optional<UpdateChecker::Release> UpdateChecker::releaseIn(const QByteArray &manifest) const
-{
-    const auto decoded = Manifest::fromJson(manifest);
-    if (!decoded)
-        return std::nullopt;
-    const Manifest::Entry &entry = decoded->entryFor(m_options.edition);
-    const QUrl url(entry.url, QUrl::StrictMode);
-    if (!isWebAddress(url))
-        return std::nullopt;
-    return Release{.version = entry.version, .url = url};
-}
-
-void UpdateChecker::conclude(const std::optional<Release> &published)
+void UpdateChecker::conclude(const std::optional<Release> &published, const QString &problem)
 {
     const bool interactive = m_mode == Mode::Interactive;
     if (!published) {
         if (interactive)
-            noticeFailedCheck(text(u"Проверьте подключение к интернету и повторите."));
+            noticeFailedCheck(problem);
         return;
     }
     if (isNewer(published->version, m_options.installedVersion)) {
@@ -227,11 +230,6 @@ bool UpdateChecker::isNewer(const QString &version, const QString &than)
 QString UpdateChecker::currentVersion()
 {
     return BuildInfo::version;
-}
-
-bool UpdateChecker::isProBuild()
-{
-    return BuildInfo::edition == BuildInfo::Edition::Pro;
 }
 
 QUrl UpdateChecker::endpoint()

@@ -5,6 +5,7 @@
 #include "update/UpdateRelease.h"
 #include "update/VersionManifest.h"
 
+#include <QDateTime>
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
@@ -80,7 +81,6 @@ public:
     /// the leading digits count, else 0: "1.4.2-beta" is 1.4.2. Numbers may have any length.
     [[nodiscard]] static bool isNewer(const QString &version, const QString &than);
     [[nodiscard]] static QString currentVersion();
-    [[nodiscard]] static bool isProBuild();
     /// Empty when the build has no server.
     [[nodiscard]] static QUrl endpoint();
 
@@ -92,8 +92,8 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QVariant availableVariant() const;
-    [[nodiscard]] std::optional<Release> releaseIn(const QByteArray &manifest) const;
-    void conclude(const std::optional<Release> &published);
+    void checkWhenDue();
+    void conclude(const std::optional<Release> &published, const QString &problem);
     void tellAbout(const Release &release);
     void noticeFailedCheck(const QString &text);
     void open(const QString &file);
@@ -114,6 +114,8 @@ private:
     double m_downloadProgress = 0;
 
     Mode m_mode = Mode::Scheduled; ///< of the running check
+    /// By the clock on the wall, as timers stand still while the machine sleeps.
+    QDateTime m_nextCheck;
     QTimer m_timer;
     std::stop_source m_offer;
     std::stop_source m_lifetime;

@@ -48,7 +48,7 @@ QString UpdateDownload::run(const std::stop_token &stop) const
     if (received == 0)
         throw UpdateError::connectionBroke();
 
-    const QString name = UpdateFileName::suggested(answer.contentDisposition, answer.url, release.version);
+    const QString name = updateFileName(answer.contentDisposition, answer.url, release.version);
     const QString target = folder + u'/' + name;
     if (!file.flush() || !replace(target, file.fileName()))
         throw UpdateError::notWritable(folder);

@@ -33,6 +33,12 @@ UpdateError UpdateError::badStatus(int status)
     return {Kind::BadStatus, text(u"Сервер вернул код ") + QString::number(status) + u'.'};
 }
 
+UpdateError UpdateError::insecurePackage()
+{
+    return {Kind::InsecurePackage,
+            text(u"Сервер предлагает обновление по незащищённому адресу, поэтому оно не будет скачано.")};
+}
+
 UpdateError UpdateError::tooLarge()
 {
     return {Kind::TooLarge, text(u"Ответ сервера обновлений слишком велик.")};

@@ -14,6 +14,7 @@ public:
         NoAnswer,        ///< the server or the connection to it went silent, or it was too slow
         ConnectionBroke, ///< refused, or broken off in the middle
         BadStatus,       ///< an answer outside 200–299
+        InsecurePackage, ///< offered at an http address by a server that is asked over https
         TooLarge,        ///< an answer longer than anything the server should say
         NotWritable,     ///< the disk is full, the folder refuses, or the name is taken by a folder
     };
@@ -23,6 +24,7 @@ public:
     [[nodiscard]] static UpdateError noAnswer();
     [[nodiscard]] static UpdateError connectionBroke();
     [[nodiscard]] static UpdateError badStatus(int status);
+    [[nodiscard]] static UpdateError insecurePackage();
     [[nodiscard]] static UpdateError tooLarge();
     [[nodiscard]] static UpdateError notWritable(const QString &folder);
 

@@ -4,18 +4,12 @@
 #include <QString>
 #include <QUrl>
 
-/// What a downloaded update is called.
-namespace orvane::UpdateFileName {
+namespace orvane {
 
-/// The name that the answer suggests: that of its Content-Disposition header (RFC 6266, with the encoded
-/// form before the plain one), else the last piece of its address, else "Orvane-VERSION" with the
-/// suffix of a package. Always a safe() name.
-[[nodiscard]] QString suggested(const QByteArray &contentDisposition, const QUrl &url,
-                                const QString &version);
+/// What a downloaded update is called: as its Content-Disposition header says, else as the last piece of its
+/// address, else "Orvane-VERSION" with the suffix of a package. One piece of a path that stays in its folder
+/// and shows as what it is, without invisible characters and leading dots.
+[[nodiscard]] QString updateFileName(const QByteArray &contentDisposition, const QUrl &url,
+                                     const QString &version);
 
-/// A name that stays in the folder it is put in and shows as what it is: only what follows the last slash
-/// or backslash, without control and invisible characters, leading dots and blanks around it, of at most
-/// 200 bytes in UTF-8 with its suffix kept. Empty when nothing is left.
-[[nodiscard]] QString safe(const QString &name);
-
-} // namespace orvane::UpdateFileName
+} // namespace orvane

@@ -1,5 +1,8 @@
 #include "update/VersionManifest.h"
 
+#include "update/UpdateError.h"
+#include "update/VendorServer.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -20,9 +23,15 @@ std::optional<VersionManifest::Entry> entryFrom(const QJsonValue &json)
 
 } // namespace
 
-const VersionManifest::Entry &VersionManifest::entryFor(BuildInfo::Edition edition) const
+std::optional<UpdateRelease> VersionManifest::releaseFor(BuildInfo::Edition edition, const QUrl &source) const
 {
-    return edition == BuildInfo::Edition::Pro ? pro : basic;
+    const Entry &entry = edition == BuildInfo::Edition::Pro ? pro : basic;
+    const QUrl url(entry.url, QUrl::StrictMode);
+    if (!isWebAddress(url))
+        return std::nullopt;
+    if (source.scheme() == u"https" && url.scheme() != u"https")
+        throw UpdateError::insecurePackage();
+    return UpdateRelease{.version = entry.version, .url = url};
 }
 
 std::optional<VersionManifest> VersionManifest::fromJson(const QByteArray &json)

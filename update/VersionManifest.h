@@ -1,9 +1,11 @@
 #pragma once
 
 #include "settings/BuildInfo.h"
+#include "update/UpdateRelease.h"
 
 #include <QByteArray>
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 
@@ -24,7 +26,10 @@ struct VersionManifest
     Entry basic;
     Entry pro;
 
-    [[nodiscard]] const Entry &entryFor(BuildInfo::Edition edition) const;
+    /// What a server at `source` offers for an edition; none without an address to download it from. Throws
+    /// UpdateError when that is less safe than the server itself.
+    [[nodiscard]] std::optional<UpdateRelease> releaseFor(BuildInfo::Edition edition,
+                                                          const QUrl &source) const;
 
     /// None unless both editions are there with both texts. Other members are ignored.
     [[nodiscard]] static std::optional<VersionManifest> fromJson(const QByteArray &json);

@@ -334,6 +334,8 @@ inline constexpr TextPair table[] = {
      u"The update server does not answer. Try again later."},
     {u"Соединение с сервером обновлений прервалось. Повторите загрузку.",
      u"The connection to the update server broke off. Try the download again."},
+    {u"Сервер предлагает обновление по незащищённому адресу, поэтому оно не будет скачано.",
+     u"The server offers the update at an insecure address, so it won’t be downloaded."},
     {u"Ответ сервера обновлений слишком велик.", u"The update server’s answer is too large."},
     {u"Не удалось записать файл. Проверьте, есть ли место и доступ к папке ",
      u"The file could not be written. Check that there is room and access to the folder "},

@@ -184,10 +184,8 @@ void TestTelemetry::onceADay_data()
     QTest::addColumn<QVariant>("lastSent");
     QTest::addColumn<bool>("due");
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    QTest::newRow("just now") << QVariant(now) << false;
     QTest::newRow("less than a day ago") << QVariant(now.addSecs(-86'400 + 600)) << false;
     QTest::newRow("a day ago") << QVariant(now.addSecs(-86'400)) << true;
-    QTest::newRow("years ago") << QVariant(now.addYears(-3)) << true;
     QTest::newRow("no date") << QVariant(now.toString(Qt::ISODate)) << true;
 }
 
@@ -211,12 +209,8 @@ void TestTelemetry::onlySuccessCounts_data()
 {
     QTest::addColumn<QByteArray>("answer");
     QTest::addColumn<bool>("success");
-    QTest::newRow("201") << RawServer::message(201, {}) << true;
     QTest::newRow("204") << QByteArray("HTTP/1.1 204 No Content\r\n\r\n") << true;
-    QTest::newRow("299") << RawServer::message(299, "odd") << true;
     QTest::newRow("300") << RawServer::message(300, {}) << false;
-    QTest::newRow("404") << RawServer::message(404, {}) << false;
-    QTest::newRow("500") << RawServer::message(500, {}) << false;
     QTest::newRow("silent") << QByteArray() << false;
 }
 
@@ -290,9 +284,7 @@ void TestTelemetry::memoryIsRounded_data()
 {
     QTest::addColumn<double>("gibibytes");
     QTest::addColumn<QString>("text");
-    QTest::newRow("down") << 15.49 << u"15"_s;
     QTest::newRow("up") << 15.51 << u"16"_s;
-    QTest::newRow("large") << 4096.0 << u"4096"_s;
     QTest::newRow("unreadable") << 0.0 << u"0"_s;
 }
 
@@ -311,10 +303,7 @@ void TestTelemetry::machineIdOfTheSystem_data()
     const QByteArray id = "3d1219c7c4c5404aaa1f6d2a48adfda4";
     const QByteArray other = "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa";
     QTest::newRow("usual") << id + '\n' << other << QString::fromLatin1(id);
-    QTest::newRow("only the bus has it") << QByteArray() << other + '\n' << QString::fromLatin1(other);
     QTest::newRow("first start") << QByteArray("uninitialized\n") << other << QString::fromLatin1(other);
-    QTest::newRow("none") << QByteArray() << QByteArray() << QString();
-    QTest::newRow("too short") << id.chopped(1) << QByteArray() << QString();
     QTest::newRow("bytes") << QByteArray(32, '\xff') << QByteArray(100'000, 'a') << QString();
 }
 
