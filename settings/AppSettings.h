@@ -12,7 +12,7 @@ namespace orvane {
 
 class UserDefaults;
 
-/// The user's preferences, read once and observable; each change is stored at once. Values of the wrong
+/// The user's preferences, read once and observable; each change holds at once. Values of the wrong
 /// type in the store count as absent. Main thread.
 class AppSettings : public QObject
 {

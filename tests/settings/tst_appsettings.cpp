@@ -179,6 +179,7 @@ void TestAppSettings::everyPropertyIsStoredAndTold()
     QVERIFY(described.write(&settings, value));
     QCOMPARE(described.read(&settings), value);
     QCOMPARE(changed.size(), 1);
+    defaults.flush();
     QCOMPARE(QJsonValue(stored()[key]), onDisk);
     QCOMPARE(stored().size(), 1);
 
@@ -202,6 +203,7 @@ void TestAppSettings::wrongTypeIsReplaced()
     UserDefaults defaults(file());
     AppSettings settings(defaults);
     settings.setDetectSpeakers(true);
+    defaults.flush();
     QCOMPARE(QJsonValue(stored()[u"detectSpeakers"_s]), QJsonValue(true));
 }
 
@@ -212,6 +214,7 @@ void TestAppSettings::choosingTheDefaultStoresIt()
     QSignalSpy changed(&settings, &AppSettings::textCorrectionEnabledChanged);
     settings.setTextCorrectionEnabled(true);
     QCOMPARE(changed.size(), 0);
+    defaults.flush();
     QCOMPARE(stored()[u"textCorrectionEnabled"_s], QJsonValue(true));
 }
 
@@ -219,8 +222,8 @@ void TestAppSettings::language_data()
 {
     QTest::addColumn<QString>("code");
     QTest::addColumn<QString>("languageCode");
-    for (const TranscriptionLanguage &known : TranscriptionLanguage::all())
-        QTest::newRow(qUtf8Printable(known.code)) << known.code << known.code;
+    for (const QString &known : {u"auto"_s, u"ru"_s, u"hi"_s})
+        QTest::newRow(qUtf8Printable(known)) << known << known;
     QTest::newRow("unknown") << u"xx"_s << u"auto"_s;
     QTest::newRow("capitals") << u"RU"_s << u"auto"_s;
     QTest::newRow("empty") << QString() << u"auto"_s;
@@ -231,7 +234,9 @@ void TestAppSettings::language()
     QFETCH(const QString, code);
     UserDefaults defaults(file());
     AppSettings settings(defaults);
+    QVERIFY(!settings.storedLanguageCode());
     settings.setLanguageCode(code);
+    QCOMPARE(settings.storedLanguageCode(), code);
     QCOMPARE(settings.languageCode(), code);
     QTEST(settings.language().code, "languageCode");
 }
@@ -258,6 +263,7 @@ void TestAppSettings::interfaceLanguageSpeaksAtOnce()
     QCOMPARE(heard.last(), u"right Alt"_s);
 
     // The next start speaks the stored language from its first text.
+    defaults.flush();
     Localization::setLanguage(u"ru"_s);
     UserDefaults again(file());
     const AppSettings restarted(again);

@@ -274,6 +274,7 @@ void TestTelemetry::fallbackStaysTheSame()
     const auto id = m_defaults->string(fallbackKey);
     QVERIFY(id && idForm.match(*id).hasMatch());
 
+    m_defaults->flush();
     UserDefaults nextStart(m_folder->filePath(u"settings.json"_s));
     QCOMPARE(Telemetry(*m_settings, nextStart, sources(), {}).deviceInfo()[u"machineHash"_s], hash);
     UserDefaults otherUser(m_folder->filePath(u"other.json"_s));
