@@ -45,7 +45,7 @@ private Q_SLOTS:
     {
         const QString recording = write(u"a.m4a"_s, QByteArray(1 << 20, 'x'));
         auto services = make();
-        spawn(services->transcriber().transcribe(
+        spawnPublished(services->transcriber().transcribe(
             {.audioPath = recording, .model = {.id = {}, .path = {}}, .language = u"ru"_s}));
         QVERIFY(QThreadPool::globalInstance()->activeThreadCount() > 0);
 
