@@ -21,6 +21,7 @@ constexpr int ok = 200;
 EngineServer::Description description()
 {
     return {.executable = u"llama-server"_s,
+            .serverName = "llama.cpp",
             .fallbackPort = 49700,
             .startTimeout = 90s,
             .startErrorPrefix = u"Не удалось запустить llama-server: "_s,

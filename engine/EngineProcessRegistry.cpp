@@ -1,5 +1,7 @@
 #include "engine/EngineProcessRegistry.h"
 
+#include "base/files/FileError.h"
+#include "base/files/FileReplacement.h"
 #include "engine/ProcessControl.h"
 
 #include <QDir>
@@ -25,19 +27,6 @@ bool isEngineServer(const QString &executable)
 {
     const QString name = QFileInfo(executable).fileName();
     return name == "whisper-server"_L1 || name == "llama-server"_L1;
-}
-
-// Not QSaveFile: it waits for the disk, and after a power loss the identifiers mean nothing anyway.
-void replaceFile(const QString &path, const QByteArray &content)
-{
-    const QString fresh = path + u".new"_s;
-    QFile file(fresh);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return;
-    const bool written = file.write(content) == content.size();
-    file.close();
-    if (!written || !ProcessControl::replaceFile(fresh, path))
-        QFile::remove(fresh);
 }
 
 } // namespace
@@ -89,7 +78,12 @@ void EngineProcessRegistry::persistPIDs() const
             pids.append(QByteArray::number(process->processId()));
     }
     QDir().mkpath(QFileInfo(m_pidFile).path());
-    replaceFile(m_pidFile, pids.join('\n'));
+    try {
+        // After a power loss the identifiers mean nothing anyway.
+        replaceFile(m_pidFile, pids.join('\n'), FileAccess::Private, Durability::Unflushed);
+    } catch (const FileError &) {
+        return; // it is only the second net
+    }
 }
 
 } // namespace orvane

@@ -14,9 +14,6 @@
 #include <QScopeGuard>
 #include <QUuid>
 
-#include <QCoroProcess>
-#include <QCoroSignal>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -24,22 +21,50 @@ namespace orvane {
 
 namespace {
 
-constexpr auto pollInterval = 400ms;
-constexpr auto drainInterval = 200ms;
+constexpr auto probeInterval = 400ms;
 constexpr auto probeTimeout = 1s;
 constexpr auto stopGrace = 2s;
+/// A process that is stuck in the kernel does not end even when killed.
+constexpr auto killPatience = 5s;
 constexpr auto deathNoticeTime = 250ms;
+constexpr auto abortPatience = 2s;
+/// Over which it is seen whether the server computes.
+constexpr auto lookAtServer = 200ms;
 
-// Not QCoro's start(): it does not notice a program that cannot be started.
+// Not QCoro's functions for a process: start() does not notice a program that cannot be started, and a
+// time limit may resume twice.
+
+/// Whether the process reached that state, or is in it already, within the limit.
+QCoro::Task<bool> untilState(std::shared_ptr<QProcess> process, bool (*isReached)(QProcess::ProcessState),
+                             std::chrono::milliseconds limit = std::chrono::milliseconds::max(),
+                             std::stop_token stop = {})
+{
+    const std::shared_ptr<OneTimeEvent> reached = OneTimeEvent::create();
+    if (isReached(process->state()))
+        co_return true;
+    // Disconnected with it, however this ends.
+    const auto listener = std::make_unique<QObject>();
+    QObject::connect(process.get(), &QProcess::stateChanged, listener.get(),
+                     [reached, isReached](QProcess::ProcessState state) {
+                         if (isReached(state))
+                             reached->happen();
+                     });
+    co_return co_await reached->waitFor(limit, stop);
+}
+
+QCoro::Task<bool> untilEnded(std::shared_ptr<QProcess> process,
+                             std::chrono::milliseconds limit = std::chrono::milliseconds::max(),
+                             std::stop_token stop = {})
+{
+    return untilState(
+        std::move(process), [](QProcess::ProcessState state) { return state == QProcess::NotRunning; }, limit,
+        std::move(stop));
+}
+
 QCoro::Task<> start(std::shared_ptr<QProcess> process)
 {
     process->start();
-    if (process->state() != QProcess::Starting)
-        co_return;
-    // QCoro cannot wait for the process's own signal, which is private to QProcess.
-    const std::shared_ptr<OneTimeEvent> decided = OneTimeEvent::create();
-    QObject::connect(process.get(), &QProcess::stateChanged, process.get(), [decided] { decided->happen(); });
-    co_await decided->wait();
+    co_await untilState(process, [](QProcess::ProcessState state) { return state != QProcess::Starting; });
 }
 
 // Keeps the process object until the process has ended, killed after the grace if it must be.
@@ -48,19 +73,31 @@ QCoro::Task<> end(std::shared_ptr<QProcess> process)
     if (!process || process->state() == QProcess::NotRunning)
         co_return;
     process->terminate();
-    if (!co_await qCoro(process.get()).waitForFinished(stopGrace)) {
-        process->kill();
-        co_await qCoro(process.get()).waitForFinished(-1ms);
-    }
+    if (co_await untilEnded(process, stopGrace))
+        co_return;
+    process->kill();
+    co_await untilEnded(process, killPatience);
 }
 
-QCoro::Task<> untilEnded(std::shared_ptr<QProcess> process)
+// Resumed coroutines may drop the last reference inside one of the process's own signals; and the end of the
+// object would wait for the end of the process.
+void dispose(QProcess *process)
 {
-    if (process)
-        co_await qCoro(process.get()).waitForFinished(deathNoticeTime);
+    if (process->state() == QProcess::NotRunning)
+        process->deleteLater();
+    else
+        QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
 }
 
 } // namespace
+
+/// Those in flight.
+struct EngineServer::Requests
+{
+    int count = 0;
+    /// The end of the last of them, once somebody waits for it.
+    std::shared_ptr<OneTimeEvent> ended;
+};
 
 QStringList EngineServer::SearchPath::systemFolders()
 {
@@ -79,7 +116,7 @@ EngineServer::EngineServer(Description description, SearchPath search, EnginePro
 
 EngineServer::~EngineServer()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     stop();
     endLoading();
 }
@@ -97,24 +134,19 @@ QString EngineServer::findBinary() const
 
 QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 {
-    const std::stop_token alive = lifetime();
-    while (const std::shared_ptr<OneTimeEvent> running = m_loading) {
-        co_await running->wait();
-        throwIfCancelled(alive);
-        throwIfCancelled(stop);
-    }
+    while (const std::shared_ptr<OneTimeEvent> running = m_loading)
+        co_await m_scope(running->wait(stop), stop);
     if (serves(modelPath))
         co_return;
 
     m_loading = OneTimeEvent::create();
-    const auto finish = qScopeGuard([this, alive] {
+    const auto finish = qScopeGuard([this, alive = m_scope.stop()] {
         if (!alive.stop_requested())
             endLoading();
     });
     m_stopping = std::stop_source();
-    const AnyStop byCaller(alive, stop);
-    const AnyStop byAnyone(byCaller.token(), m_stopping.get_token());
-    co_await performLoad(modelPath, byAnyone.token());
+    const AnyStop any(m_scope.stop(), stop, m_stopping.get_token());
+    co_await m_scope(performLoad(modelPath, any.token()), any.token());
 }
 
 // Those who wait are resumed from the event loop, so that the caller whose load this was can begin its
@@ -132,25 +164,31 @@ bool EngineServer::serves(const QString &modelPath) const
 
 QCoro::Task<> EngineServer::performLoad(QString modelPath, std::stop_token stop)
 {
-    const std::stop_token alive = lifetime();
-    while (*m_requestsInFlight > 0)
-        co_await sleepFor(drainInterval, stop);
-    throwIfCancelled(stop);
+    co_await m_scope(untilNoRequest(stop), stop);
     if (serves(modelPath))
         co_return;
 
     m_forceRestart = false;
-    co_await stopAndWait();
-    throwIfCancelled(stop);
-    co_await launch(modelPath, stop);
+    co_await m_scope(endServer(), stop);
     try {
-        co_await untilReady(stop);
+        co_await m_scope(launch(modelPath, stop), stop);
+        co_await m_scope(untilReady(stop), stop);
+    } catch (const Gone &) {
+        throw;
     } catch (...) {
-        if (!alive.stop_requested())
-            this->stop();
+        spawn(endServer());
         throw;
     }
     m_loadedModelPath = modelPath;
+}
+
+QCoro::Task<> EngineServer::untilNoRequest(std::stop_token stop)
+{
+    while (m_requests->count > 0) {
+        if (!m_requests->ended)
+            m_requests->ended = OneTimeEvent::create();
+        co_await m_scope(m_requests->ended->wait(stop), stop);
+    }
 }
 
 QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
@@ -161,8 +199,7 @@ QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
 
     m_port = orvaneReserveFreePort(m_description.fallbackPort);
     m_key = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    // Resumed coroutines may drop the last reference inside one of the process's own signals.
-    const Process process(new QProcess, [](QProcess *ended) { ended->deleteLater(); });
+    const Process process(new QProcess, dispose);
     process->setProgram(executable);
     process->setArguments(arguments(executable, modelPath));
     process->setProcessEnvironment(environmentFor(executable));
@@ -171,15 +208,11 @@ QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
     process->setStandardErrorFile(QProcess::nullDevice());
     ProcessControl::bindToThisProgram(*process);
 
-    co_await start(process);
-    if (stop.stop_requested()) {
-        spawn(end(process));
-        throw Cancelled();
-    }
-    if (process->error() == QProcess::FailedToStart)
-        throw startFailed(process->errorString());
-    m_registry.add(process.get());
     m_process = process;
+    co_await m_scope(start(process), stop);
+    if (process->error() == QProcess::FailedToStart)
+        throw startFailed(u"файл движка повреждён или не подходит этой системе"_s);
+    m_registry.add(process.get());
 }
 
 QCoro::Task<> EngineServer::untilReady(std::stop_token stop)
@@ -188,20 +221,35 @@ QCoro::Task<> EngineServer::untilReady(std::stop_token stop)
     while (!deadline.hasExpired()) {
         if (!isRunning())
             throw startFailed(u"процесс неожиданно завершился"_s);
-        if (co_await reachable())
+        if (const auto answer = co_await m_scope(readyAnswer(stop), stop)) {
+            co_await m_scope(requireOurs(*answer, stop), stop);
             co_return;
-        co_await sleepFor(pollInterval, stop);
+        }
+        co_await m_scope(untilEnded(m_process, probeInterval, stop), stop);
     }
     throw startFailed(u"сервер не ответил за %1 секунд"_s.arg(m_description.startTimeout.count()));
 }
 
-QCoro::Task<bool> EngineServer::reachable()
+QCoro::Task<std::optional<HttpAnswer>> EngineServer::readyAnswer(std::stop_token stop)
 {
     QNetworkRequest request = probeRequest();
     request.setTransferTimeout(std::chrono::milliseconds(probeTimeout).count());
-    const HttpAnswer answer =
-        co_await answerOf(std::unique_ptr<QNetworkReply>(m_network.get(request)), lifetime());
-    co_return answer.status != 0 && isReady(answer.status);
+    HttpAnswer answer =
+        co_await m_scope(answerOf(std::unique_ptr<QNetworkReply>(m_network.get(request)), stop), stop);
+    if (answer.status == 0 || !isReady(answer.status))
+        co_return std::nullopt;
+    co_return answer;
+}
+
+QCoro::Task<> EngineServer::requireOurs(HttpAnswer answer, std::stop_token stop)
+{
+    if (answer.serverName == m_description.serverName)
+        co_return;
+    const auto isOurs = [pid = m_process->processId(), port = m_port] {
+        return ProcessControl::listensOn(pid, port);
+    };
+    if (!co_await m_scope(offMainThread(isOurs), stop))
+        throw startFailed(u"на его порту отвечает другая программа"_s);
 }
 
 QProcessEnvironment EngineServer::environmentFor(const QString &executable) const
@@ -218,10 +266,16 @@ QProcessEnvironment EngineServer::environmentFor(const QString &executable) cons
 void EngineServer::stop()
 {
     m_stopping.request_stop();
-    spawn(end(takeProcess()));
+    spawn(endServer());
 }
 
 QCoro::Task<> EngineServer::stopAndWait()
+{
+    m_stopping.request_stop();
+    return endServer();
+}
+
+QCoro::Task<> EngineServer::endServer()
 {
     const Process process = takeProcess();
     return end(process ? process : m_ending.lock());
@@ -244,9 +298,40 @@ QNetworkRequest EngineServer::requestTo(const QString &path) const
     return request;
 }
 
+QCoro::Task<HttpAnswer> EngineServer::answerTo(std::unique_ptr<QNetworkReply> reply, std::stop_token stop)
+{
+    const AnyStop any(m_scope.stop(), stop);
+    try {
+        co_return co_await m_scope(answerOf(std::move(reply), any.token()), any.token());
+    } catch (const Gone &) {
+        throw;
+    } catch (const Cancelled &) {
+        spawn(restartUnlessFree());
+        throw;
+    }
+}
+
+QCoro::Task<> EngineServer::restartUnlessFree()
+{
+    const std::weak_ptr<QProcess> server = m_process;
+    const auto isWithoutRequest = [this, server] {
+        return isRunning() && m_process == server.lock() && m_requests->count == 0;
+    };
+    co_await m_scope(sleepFor(abortPatience, m_scope.stop()));
+    if (!isWithoutRequest())
+        co_return;
+    const std::chrono::milliseconds before = ProcessControl::processorTime(m_process->processId());
+    co_await m_scope(sleepFor(lookAtServer, m_scope.stop()));
+    if (!isWithoutRequest())
+        co_return;
+    if (ProcessControl::processorTime(m_process->processId()) - before >= lookAtServer / 10)
+        requestRestart();
+}
+
 QCoro::Task<> EngineServer::untilDeathIsKnown()
 {
-    return untilEnded(m_process);
+    if (const Process process = m_process)
+        co_await untilEnded(process, deathNoticeTime);
 }
 
 EngineServer::EngineError EngineServer::startFailed(const QString &detail) const
@@ -266,8 +351,18 @@ EngineServer::EngineError EngineServer::requestRejected(const QString &detail) c
 
 EngineServer::InFlight EngineServer::beginRequest()
 {
-    ++*m_requestsInFlight;
-    return {m_requestsInFlight.get(), [counter = m_requestsInFlight](void *) { --*counter; }};
+    ++m_requests->count;
+    return {m_requests.get(), [requests = m_requests](void *) {
+                if (--requests->count > 0)
+                    return;
+                if (const std::shared_ptr<OneTimeEvent> ended = std::exchange(requests->ended, nullptr))
+                    ended->happen();
+            }};
+}
+
+std::shared_ptr<EngineServer::Requests> EngineServer::createRequests()
+{
+    return std::make_shared<Requests>();
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Error.h"
+#include "base/Scope.h"
 #include "engine/HttpExchange.h"
 
 #include <QNetworkAccessManager>
@@ -14,6 +15,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace orvane {
@@ -68,6 +70,8 @@ public:
     struct Description
     {
         QString executable;
+        /// How it names itself in the header "Server".
+        QByteArray serverName;
         quint16 fallbackPort;
         std::chrono::seconds startTimeout;
         QString startErrorPrefix;
@@ -91,7 +95,8 @@ public:
     /// Cancelled.
     void stop();
 
-    /// The same, and returns once the process is gone, also when stop() was called before.
+    /// The same, and returns once the process is gone, also when stop() was called before; or when the system
+    /// has not ended it 5 s after it was killed.
     QCoro::Task<> stopAndWait();
 
     /// An error of this engine with its prefix, also for callers that refuse a request on its behalf.
@@ -118,13 +123,13 @@ protected:
     [[nodiscard]] QString key() const { return m_key; }
     [[nodiscard]] QNetworkAccessManager &network() { return m_network; }
 
+    /// Sends nothing itself: waits for the answer to a request to this server. A requested stop aborts the
+    /// request; a server that goes on computing for more than 2 s then is restarted by the next load.
+    QCoro::Task<HttpAnswer> answerTo(std::unique_ptr<QNetworkReply> reply, std::stop_token stop);
+
     /// To be awaited after a transfer broke off, because the connection of a server that dies closes a
     /// moment before its process is gone: isRunning() is right afterwards.
     QCoro::Task<> untilDeathIsKnown();
-
-    /// Stopped when stop() is called for the server that runs now: what only prepares a request to it
-    /// can end then.
-    [[nodiscard]] std::stop_token untilStopped() const { return m_stopping.get_token(); }
 
     [[nodiscard]] EngineError requestRejected(const QString &detail) const;
 
@@ -132,28 +137,37 @@ protected:
     using InFlight = std::shared_ptr<void>;
     [[nodiscard]] InFlight beginRequest();
 
-    /// Stopped when this object is destroyed. A coroutine takes it first and checks it after every
-    /// suspension before it touches the object again.
-    [[nodiscard]] std::stop_token lifetime() const { return m_lifetime.get_token(); }
+    /// What the coroutines of this object await everything through.
+    [[nodiscard]] const Scope &scope() const { return m_scope; }
+    [[nodiscard]] std::stop_token lifetime() const { return m_scope.stop(); }
 
 private:
     using Process = std::shared_ptr<QProcess>;
+    struct Requests;
 
     [[nodiscard]] bool serves(const QString &modelPath) const;
     void endLoading();
     QCoro::Task<> performLoad(QString modelPath, std::stop_token stop);
+    QCoro::Task<> untilNoRequest(std::stop_token stop);
     QCoro::Task<> launch(QString modelPath, std::stop_token stop);
     QCoro::Task<> untilReady(std::stop_token stop);
-    QCoro::Task<bool> reachable();
+    /// Empty while the server does not answer that it is ready.
+    QCoro::Task<std::optional<HttpAnswer>> readyAnswer(std::stop_token stop);
+    /// Whoever answers on the port is given what the user said: throws when that is another program.
+    QCoro::Task<> requireOurs(HttpAnswer answer, std::stop_token stop);
+    QCoro::Task<> restartUnlessFree();
+    QCoro::Task<> endServer();
     [[nodiscard]] EngineError startFailed(const QString &detail) const;
     [[nodiscard]] QProcessEnvironment environmentFor(const QString &executable) const;
     [[nodiscard]] Process takeProcess();
+    [[nodiscard]] static std::shared_ptr<Requests> createRequests();
 
     const Description m_description;
     const SearchPath m_search;
     EngineProcessRegistry &m_registry;
     QNetworkAccessManager m_network;
 
+    /// From its launch on.
     Process m_process;
     /// The last one that was asked to end.
     std::weak_ptr<QProcess> m_ending;
@@ -165,8 +179,8 @@ private:
     std::shared_ptr<OneTimeEvent> m_loading;
     /// Requested by stop(); fresh for every load that launches.
     std::stop_source m_stopping;
-    std::shared_ptr<int> m_requestsInFlight = std::make_shared<int>(0);
-    std::stop_source m_lifetime;
+    const std::shared_ptr<Requests> m_requests = createRequests();
+    Scope m_scope;
 };
 
 } // namespace orvane

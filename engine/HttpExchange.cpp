@@ -23,7 +23,7 @@ QString transportErrorText(const QNetworkReply &reply)
     case QNetworkReply::OperationCanceledError:
         return u"сервер не ответил вовремя"_s;
     default:
-        return reply.errorString();
+        return u"сбой соединения с сервером"_s;
     }
 }
 
@@ -44,6 +44,7 @@ QCoro::Task<HttpAnswer> answerOf(std::unique_ptr<QNetworkReply> reply, std::stop
     HttpAnswer answer;
     answer.status = finished->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     answer.body = finished->readAll();
+    answer.serverName = finished->rawHeader("Server");
     const bool brokeOff = finished->error() != QNetworkReply::NoError &&
                           (answer.status == 0 || finished->error() < QNetworkReply::ContentAccessDenied);
     if (brokeOff)

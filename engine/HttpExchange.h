@@ -17,6 +17,8 @@ struct HttpAnswer
     /// The status code; 0 when no HTTP response arrived.
     int status = 0;
     QByteArray body;
+    /// How the server names itself; empty when it does not.
+    QByteArray serverName;
     /// Why the transfer failed, in words; empty when a whole response arrived, whatever its status.
     QString transportError;
 };

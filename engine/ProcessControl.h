@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <chrono>
+
 class QProcess;
 
 /// What the supervision of engines needs of the operating system.
@@ -14,8 +16,12 @@ namespace orvane::ProcessControl {
 /// Sends the process the polite request to end (SIGTERM). Errors are ignored.
 void terminate(qint32 pid);
 
-/// Renames `from` over `to` in one step.
-[[nodiscard]] bool replaceFile(const QString &from, const QString &to);
+/// Whether the process itself holds a socket that listens on that TCP port of 127.0.0.1 or of all addresses.
+/// Takes a moment: off the main thread.
+[[nodiscard]] bool listensOn(qint64 pid, quint16 port);
+
+/// What the process has computed since its start, on all cores; 0 when that is not known.
+[[nodiscard]] std::chrono::milliseconds processorTime(qint64 pid);
 
 /// Prepares a process that is about to be started: it dies with this program, however this program
 /// ends; a Ctrl-C in the terminal does not reach it, so that it is ended in order; and no signal is

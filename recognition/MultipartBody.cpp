@@ -2,65 +2,54 @@
 
 #include "base/files/FileError.h"
 
-#include <QFile>
+#include <algorithm>
 
 namespace orvane {
 
 namespace {
 
-constexpr qint64 pieceSize = 1024 * 1024;
-
-void write(QFile &body, const QByteArray &bytes)
+qint64 copyPart(const QByteArray &part, qint64 from, char *data, qint64 maxSize)
 {
-    // On a full disk the first write may take a part; only the next one knows why.
-    for (qint64 done = 0; done < bytes.size();) {
-        const qint64 size = body.write(bytes.constData() + done, bytes.size() - done);
-        if (size <= 0)
-            throw FileError::notWritten(body);
-        done += size;
-    }
-}
-
-void copyAudio(QFile &body, const QString &audioPath, const std::stop_token &stop)
-{
-    QFile audio(audioPath);
-    if (!audio.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        throw FileError::notRead(audio);
-    QByteArray piece(pieceSize, Qt::Uninitialized);
-    while (true) {
-        throwIfCancelled(stop);
-        const qint64 size = audio.read(piece.data(), pieceSize);
-        if (size < 0)
-            throw FileError::notRead(audio);
-        if (size == 0)
-            return;
-        write(body, QByteArray::fromRawData(piece.constData(), size));
-    }
+    const qint64 size = std::min(maxSize, part.size() - from);
+    std::copy_n(part.cbegin() + from, size, data);
+    return size;
 }
 
 } // namespace
 
-void MultipartBody::writeTo(const QString &path, const std::stop_token &stop) const
+MultipartBody::MultipartBody(const QByteArray &boundary, const Fields &fields, const QString &audioPath,
+                             std::stop_source unreadable)
+    : m_audio(audioPath),
+      m_unreadable(std::move(unreadable))
 {
-    QFile body(path);
-    if (!body.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
-                   QFileDevice::ReadOwner | QFileDevice::WriteOwner))
-        throw FileError::notWritten(body);
-    try {
-        const QByteArray delimiter = "--" + boundary;
-        for (const auto &[name, value] : fields) {
-            write(body, delimiter + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" +
-                            value + "\r\n");
-        }
-        write(body, delimiter +
-                        "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
-                        "Content-Type: audio/wav\r\n\r\n");
-        copyAudio(body, audioPath, stop);
-        write(body, "\r\n" + delimiter + "--\r\n");
-    } catch (const Error &) {
-        body.remove();
-        throw;
-    }
+    if (!m_audio.open(ReadOnly | Unbuffered))
+        throw FileError::notRead(m_audio);
+    m_audioSize = m_audio.size();
+    const QByteArray delimiter = "--" + boundary;
+    for (const auto &[name, value] : fields)
+        m_head +=
+            delimiter + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+    m_head += delimiter + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
+                          "Content-Type: audio/wav\r\n\r\n";
+    m_tail = "\r\n" + delimiter + "--\r\n";
+    open(ReadOnly | Unbuffered);
+}
+
+qint64 MultipartBody::readData(char *data, qint64 maxSize)
+{
+    const qint64 at = pos();
+    const qint64 audioEnd = m_head.size() + m_audioSize;
+    if (at < m_head.size())
+        return copyPart(m_head, at, data, maxSize);
+    if (at >= audioEnd)
+        return copyPart(m_tail, at - audioEnd, data, maxSize);
+    const qint64 size = m_audio.read(data, std::min(maxSize, audioEnd - at));
+    if (size > 0)
+        return size;
+    // From the event loop: the request cannot be ended in the middle of its own reading.
+    QMetaObject::invokeMethod(
+        this, [unreadable = m_unreadable]() mutable { unreadable.request_stop(); }, Qt::QueuedConnection);
+    return -1;
 }
 
 } // namespace orvane

@@ -39,4 +39,9 @@ std::optional<QList<RawSegment>> segments(const QByteArray &json)
     return segments;
 }
 
+bool isRejection(const QByteArray &json)
+{
+    return QJsonDocument::fromJson(json).object().contains(u"error"_s);
+}
+
 } // namespace orvane::WhisperResponse

@@ -14,4 +14,7 @@ namespace orvane::WhisperResponse {
 /// whole milliseconds; a missing or unusable time is 0, a missing text empty. Any thread.
 [[nodiscard]] std::optional<QList<RawSegment>> segments(const QByteArray &json);
 
+/// Whether an answer of status 200 says that the audio could not be read, as older servers do.
+[[nodiscard]] bool isRejection(const QByteArray &json);
+
 } // namespace orvane::WhisperResponse

@@ -5,13 +5,12 @@
 #include "base/Async.h"
 #include "base/files/FileError.h"
 #include "base/files/TemporaryFile.h"
-#include "engine/OneTimeBody.h"
-#include "recognition/MultipartBody.h"
 #include "recognition/WhisperResponse.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QUuid>
+
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -27,6 +26,7 @@ constexpr int badRequest = 400;
 EngineServer::Description description()
 {
     return {.executable = u"whisper-server"_s,
+            .serverName = "whisper.cpp",
             .fallbackPort = 48700,
             .startTimeout = 120s,
             .startErrorPrefix = u"Не удалось запустить движок распознавания: "_s,
@@ -35,10 +35,9 @@ EngineServer::Description description()
                 u"Движок распознавания не установлен. В Терминале выполните: brew install whisper-cpp"_s};
 }
 
-QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
-                                                    WhisperServerEngine::NonSpeech nonSpeech)
+MultipartBody::Fields formFields(const QString &language, WhisperServerEngine::NonSpeech nonSpeech)
 {
-    QList<std::pair<QByteArray, QByteArray>> fields = {
+    MultipartBody::Fields fields = {
         {"response_format", "verbose_json"},
         {"language", language.toUtf8()},
         {"temperature", "0.0"},
@@ -51,20 +50,6 @@ QList<std::pair<QByteArray, QByteArray>> formFields(const QString &language,
         fields.emplaceBack("suppress_nst", "true");
     return fields;
 }
-
-class FileBody : public OneTimeBody<QFile>
-{
-public:
-    explicit FileBody(std::shared_ptr<TemporaryFile> file)
-        : OneTimeBody(file->path()),
-          m_file(std::move(file))
-    {}
-    // Closed before it is deleted: otherwise the closing on the main thread would free a whole recording.
-    ~FileBody() override { close(); }
-
-private:
-    const std::shared_ptr<TemporaryFile> m_file;
-};
 
 } // namespace
 
@@ -105,9 +90,7 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float
                                                                QString language, NonSpeech nonSpeech,
                                                                std::stop_token stop)
 {
-    const std::stop_token alive = lifetime();
-    co_await load(modelPath, stop);
-    throwIfCancelled(alive);
+    co_await scope()(load(modelPath, stop), stop);
     const InFlight inFlight = beginRequest(); // no other model may be loaded from here on
 
     const TemporaryFile wav(m_temporaryFolder, u"orvane-"_s, u".wav"_s);
@@ -116,64 +99,56 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float
         appendInPieces(writer, samples);
         writer.finalize();
     };
-    co_await offMainThread(std::move(writeWav)); // moved: an hour of samples is 230 MB
-    throwIfCancelled(alive);
-    throwIfCancelled(stop);
-    co_return co_await infer(wav.path(), language, nonSpeech, stop);
+    co_await scope()(offMainThread(std::move(writeWav)), stop); // moved: an hour of samples is 230 MB
+    co_return co_await scope()(infer(wav.path(), language, nonSpeech, stop), stop);
 }
 
 QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QString language,
                                                           NonSpeech nonSpeech, std::stop_token stop)
 {
-    const std::stop_token alive = lifetime();
-    const AnyStop either(alive, stop);
     if (!isRunning())
         throw requestFailed(u"сервер не запущен"_s);
     const InFlight inFlight = beginRequest();
 
-    const auto bodyFile = std::make_shared<TemporaryFile>(m_temporaryFolder, u"orvane-upload-"_s, u".bin"_s);
-    const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
-    const MultipartBody body{
-        .boundary = boundary, .fields = formFields(language, nonSpeech), .audioPath = audioPath};
-    const AnyStop needless(either.token(), untilStopped());
-    const auto writeBody = [body, path = bodyFile->path(), stopped = needless.token()] {
-        body.writeTo(path, stopped);
-    };
-    co_await offMainThread(writeBody);
-    throwIfCancelled(either.token());
-
-    const HttpAnswer answer = co_await post(boundary, bodyFile, either.token());
+    const HttpAnswer answer = co_await scope()(post(audioPath, formFields(language, nonSpeech), stop), stop);
     if (answer.status == badRequest)
         throw requestRejected(u"HTTP %1"_s.arg(answer.status));
     if (!answer.transportError.isEmpty()) {
-        co_await untilDeathIsKnown();
-        throwIfCancelled(either.token());
+        co_await scope()(untilDeathIsKnown(), stop);
         throw requestFailed(answer.transportError);
     }
     if (answer.status != 200)
         throw requestFailed(u"HTTP %1"_s.arg(answer.status));
 
     const auto parse = [json = answer.body] { return WhisperResponse::segments(json); };
-    const std::optional<QList<RawSegment>> segments = co_await offMainThread(parse);
-    throwIfCancelled(either.token());
+    const std::optional<QList<RawSegment>> segments = co_await scope()(offMainThread(parse), stop);
+    if (!segments && WhisperResponse::isRejection(answer.body))
+        throw requestRejected(u"неожиданный формат ответа"_s);
     if (!segments)
         throw requestFailed(u"неожиданный формат ответа"_s);
     co_return *segments;
 }
 
-QCoro::Task<HttpAnswer>
-WhisperServerEngine::post(QByteArray boundary, std::shared_ptr<TemporaryFile> bodyFile, std::stop_token stop)
+QCoro::Task<HttpAnswer> WhisperServerEngine::post(QString audioPath, MultipartBody::Fields fields,
+                                                  std::stop_token stop)
 {
-    auto body = std::make_unique<FileBody>(std::move(bodyFile));
-    if (!body->open(QIODevice::ReadOnly))
-        throw FileError::notRead(*body);
+    const QByteArray boundary = "orvane-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
+    std::stop_source unreadable;
+    auto body = std::make_unique<MultipartBody>(boundary, fields, audioPath, unreadable);
 
     QNetworkRequest request = requestTo(u"/inference"_s);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "multipart/form-data; boundary=" + boundary);
     request.setTransferTimeout(requestTimeout.count());
     std::unique_ptr<QNetworkReply> reply(network().post(request, body.get()));
     body.release()->setParent(reply.get());
-    return answerOf(std::move(reply), std::move(stop));
+    const AnyStop any(stop, unreadable.get_token());
+    try {
+        co_return co_await scope()(answerTo(std::move(reply), any.token()), stop);
+    } catch (const Cancelled &) {
+        if (!unreadable.stop_requested() || stop.stop_requested())
+            throw;
+    }
+    throw FileError::notRead(audioPath, EIO);
 }
 
 } // namespace orvane

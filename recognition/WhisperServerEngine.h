@@ -1,16 +1,14 @@
 #pragma once
 
 #include "engine/EngineServer.h"
+#include "recognition/MultipartBody.h"
 #include "transcript/RawSegment.h"
 
 #include <QList>
 
-#include <memory>
 #include <vector>
 
 namespace orvane {
-
-class TemporaryFile;
 
 /// Turns audio into timed text with whisper.cpp's `whisper-server`. One for the whole program, shared
 /// by everything that recognises speech. See EngineServer for loading, stopping and errors.
@@ -25,7 +23,7 @@ public:
         Suppress,
     };
 
-    /// `temporaryFolder` takes the audio and body files of running requests.
+    /// `temporaryFolder` takes the samples of running requests.
     WhisperServerEngine(const SearchPath &search, EngineProcessRegistry &registry,
                         const QString &temporaryFolder);
 
@@ -47,8 +45,7 @@ protected:
     [[nodiscard]] bool isReady(int status) const override;
 
 private:
-    QCoro::Task<HttpAnswer> post(QByteArray boundary, std::shared_ptr<TemporaryFile> bodyFile,
-                                 std::stop_token stop);
+    QCoro::Task<HttpAnswer> post(QString audioPath, MultipartBody::Fields fields, std::stop_token stop);
 
     const QString m_temporaryFolder;
 };

@@ -23,12 +23,9 @@ private Q_SLOTS:
 
     void fileOfRunningProcesses();
     void terminateAll();
-    void terminateAllDeletesLeftover();
     void killsOnlyEngines_data();
     void killsOnlyEngines();
-    void killsReplacedEngine_data();
     void killsReplacedEngine();
-    void withoutFile();
     void emptyPathTouchesNothing();
     void fileThatCannotBeWritten();
 
@@ -136,13 +133,6 @@ void TestEngineProcessRegistry::terminateAll()
     QCOMPARE(content(), QByteArray::number(third->processId()));
 }
 
-void TestEngineProcessRegistry::terminateAllDeletesLeftover()
-{
-    writePIDs("1");
-    EngineProcessRegistry(pidFile()).terminateAll();
-    QCOMPARE(content(), "no file");
-}
-
 void TestEngineProcessRegistry::killsOnlyEngines_data()
 {
     // %1 is an engine that a run left behind, %2 a program that got the identifier of one.
@@ -152,17 +142,10 @@ void TestEngineProcessRegistry::killsOnlyEngines_data()
     const QString whisper = u"whisper-server"_s;
     QTest::newRow("both") << u"%1\n%2"_s << whisper << true;
     QTest::newRow("other engine") << u"%2\n%1"_s << u"llama-server"_s << true;
-    QTest::newRow("other name") << u"%1\n%2"_s << u"whisper-server2"_s << false;
     QTest::newRow("garbage around") << u"\n\nabc\n+99999999999\n-5\n0\n 12 34\n \t%1 \n%2\n"_s << whisper
                                     << true;
-    QTest::newRow("sign") << u"+%1"_s << whisper << true;
-    QTest::newRow("negative") << u"-%1"_s << whisper << false;
-    QTest::newRow("with a fraction") << u"%1.0"_s << whisper << false;
     QTest::newRow("overflow that wraps to it") << u"%3"_s << whisper << false;
-    QTest::newRow("old Mac and Windows lines") << u"%2\r%1\r\nabc"_s << whisper << true;
     QTest::newRow("every other separator") << u"x\vy\f%2\u0085%1\u2028z\u2029"_s << whisper << true;
-    QTest::newRow("binary") << u"\x1\x2\xfffd\xfffd %1"_s << whisper << false;
-    QTest::newRow("empty") << QString() << whisper << false;
 }
 
 void TestEngineProcessRegistry::killsOnlyEngines()
@@ -187,30 +170,13 @@ void TestEngineProcessRegistry::killsOnlyEngines()
     QVERIFY(FakeEngineHome::isRunning(reused->processId()));
 }
 
-void TestEngineProcessRegistry::killsReplacedEngine_data()
-{
-    QTest::addColumn<bool>("isReplaced");
-    QTest::newRow("deleted") << false;
-    QTest::newRow("replaced by an update") << true;
-}
-
 void TestEngineProcessRegistry::killsReplacedEngine()
 {
-    QFETCH(const bool, isReplaced);
     QProcess *engine = startEngine();
-    QVERIFY(QFile::remove(engine->program()));
-    if (isReplaced)
-        QVERIFY(QFile::copy(u"/bin/true"_s, engine->program()));
+    QVERIFY(QFile::remove(engine->program())); // as an update of it does
     writePIDs(QByteArray::number(engine->processId()));
     EngineProcessRegistry(pidFile()).killStaleProcesses();
     QTRY_COMPARE(engine->state(), QProcess::NotRunning);
-}
-
-void TestEngineProcessRegistry::withoutFile()
-{
-    EngineProcessRegistry(pidFile()).killStaleProcesses();
-    EngineProcessRegistry(pidFile()).terminateAll();
-    QVERIFY(QDir(m_folder->path()).isEmpty());
 }
 
 void TestEngineProcessRegistry::emptyPathTouchesNothing()

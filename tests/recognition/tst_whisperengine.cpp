@@ -11,9 +11,6 @@
 #include <QScopeGuard>
 #include <QTest>
 
-#include <csignal>
-#include <sys/resource.h>
-
 using namespace Qt::StringLiterals;
 using namespace orvane;
 using EngineError = EngineServer::EngineError;
@@ -41,10 +38,9 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void commandLine_data();
     void commandLine();
-    void requestBody_data();
     void requestBody();
+    void recordingBecomesShorter();
     void answers_data();
     void answers();
     void segments_data();
@@ -55,12 +51,9 @@ private Q_SLOTS:
     void sendsSamplesAsWav();
     void temporaryFiles_data();
     void temporaryFiles();
-    void abort();
     void engineDiesInRequest();
     void modelSwitchWaitsForRequest();
-    void fullDisk();
     void missingAudio();
-    void destroyed_data();
     void destroyed();
 
 private:
@@ -123,52 +116,25 @@ TaskResult<Segments> TestWhisperEngine::transcribe(std::stop_token stop, const Q
         m_engine->transcribe(std::vector<float>(16000), model(name), u"ru"_s, NonSpeech::Keep, stop));
 }
 
-void TestWhisperEngine::commandLine_data()
-{
-    QTest::addColumn<bool>("hasVoiceActivityModel");
-    QTest::newRow("plain") << false;
-    QTest::newRow("with voice activity detection") << true;
-}
-
 void TestWhisperEngine::commandLine()
 {
-    QFETCH(const bool, hasVoiceActivityModel);
     const QString voiceActivityModel = m_home->engineFolder() + u"/ggml-silero-v5.1.2.bin"_s;
-    if (hasVoiceActivityModel)
-        QVERIFY(QFile(voiceActivityModel).open(QFile::WriteOnly));
+    QVERIFY(QFile(voiceActivityModel).open(QFile::WriteOnly));
     load();
 
     const QStringList arguments = m_home->launches().first().arguments;
     const QString port = arguments.value(5);
     QVERIFY2(port.toUShort() > 0, qPrintable(port));
-    QStringList expected = {u"-m"_s,     model(), u"--host"_s,        u"127.0.0.1"_s,
-                            u"--port"_s, port,    u"--max-context"_s, u"0"_s};
-    if (hasVoiceActivityModel)
-        expected += {u"--vad-model"_s, voiceActivityModel};
-    QCOMPARE(arguments, expected);
-}
-
-void TestWhisperEngine::requestBody_data()
-{
-    QTest::addColumn<QByteArray>("audio");
-    QTest::addColumn<NonSpeech>("nonSpeech");
-    QTest::addColumn<QByteArray>("lastField");
-    QTest::newRow("small") << QByteArray("\0\r\n--\xff", 6) << NonSpeech::Keep << QByteArray();
-    QTest::newRow("empty") << QByteArray() << NonSpeech::Keep << QByteArray();
-    QTest::newRow("several pieces") << QByteArray(2 * 1024 * 1024 + 1, 'x') << NonSpeech::Keep
-                                    << QByteArray();
-    QTest::newRow("without what is not speech")
-        << QByteArray("a") << NonSpeech::Suppress
-        << QByteArray("--B\r\nContent-Disposition: form-data; name=\"suppress_nst\"\r\n\r\ntrue\r\n");
+    const QStringList expected = {u"-m"_s,     model(), u"--host"_s,        u"127.0.0.1"_s,
+                                  u"--port"_s, port,    u"--max-context"_s, u"0"_s};
+    QCOMPARE(arguments, expected + QStringList({u"--vad-model"_s, voiceActivityModel}));
 }
 
 void TestWhisperEngine::requestBody()
 {
-    QFETCH(const QByteArray, audio);
-    QFETCH(const NonSpeech, nonSpeech);
-    QFETCH(const QByteArray, lastField);
     load();
-    const TaskResult result(m_engine->infer(audioFile(audio), u"auto"_s, nonSpeech));
+    const QByteArray audio(2 * 1024 * 1024 + 1, 'x');
+    const TaskResult result(m_engine->infer(audioFile(audio), u"auto"_s, NonSpeech::Suppress));
     QTRY_VERIFY(result.isDone());
     QCOMPARE(result.error(), QString());
     QCOMPARE(result.value(), Segments({{.start = 1234, .end = 2000, .text = u" hi"_s}}));
@@ -179,22 +145,32 @@ void TestWhisperEngine::requestBody()
         u"^multipart/form-data; boundary=(orvane-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12})$"_s);
     const auto match = form.match(request.headers[u"content-type"_s].toString());
     QVERIFY(match.hasMatch());
-    const QByteArray expected =
-        "--B\r\nContent-Disposition: form-data; name=\"response_format\"\r\n\r\n"
-        "verbose_json\r\n"
-        "--B\r\nContent-Disposition: form-data; name=\"language\"\r\n\r\n"
-        "auto\r\n"
-        "--B\r\nContent-Disposition: form-data; name=\"temperature\"\r\n\r\n"
-        "0.0\r\n"
-        "--B\r\nContent-Disposition: form-data; name=\"no_language_probabilities\"\r\n\r\n"
-        "true\r\n"
-        "--B\r\nContent-Disposition: form-data; name=\"split_on_word\"\r\n\r\n"
-        "true\r\n" +
-        lastField +
-        "--B\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
-        "Content-Type: audio/wav\r\n\r\n" +
-        audio + "\r\n--B--\r\n";
-    QVERIFY(request.body().replace(match.captured(1).toLatin1(), "B") == expected);
+    const QByteArray delimiter = "--" + match.captured(1).toLatin1();
+    const auto field = [&delimiter](const QByteArray &name, const QByteArray &value) {
+        return delimiter + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value +
+               "\r\n";
+    };
+    const QByteArray body = request.body();
+    for (const QByteArray &expected : {field("response_format", "verbose_json"), field("language", "auto"),
+                                       field("temperature", "0.0"), field("suppress_nst", "true")})
+        QVERIFY2(body.contains(expected), expected.constData());
+    QVERIFY(body.endsWith(delimiter +
+                          "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
+                          "Content-Type: audio/wav\r\n\r\n" +
+                          audio + "\r\n" + delimiter + "--\r\n"));
+    QCOMPARE(temporaryNames(), QStringList());
+}
+
+void TestWhisperEngine::recordingBecomesShorter()
+{
+    load();
+    const QString path = audioFile(QByteArray(64 * 1024 * 1024, 'x')); // more than the sockets take at once
+    const TaskResult result(m_engine->infer(path, u"ru"_s));
+    QVERIFY(QFile::resize(path, 1000));
+    QTRY_VERIFY(result.isDone());
+    QVERIFY2(result.failedAs<FileError>() && result.error().contains(u"recording.flac"_s),
+             qPrintable(result.error()));
+    QVERIFY(m_engine->isRunning());
 }
 
 void TestWhisperEngine::answers_data()
@@ -206,12 +182,9 @@ void TestWhisperEngine::answers_data()
     const QString format = u"неожиданный формат ответа"_s;
     QTest::newRow("400") << FakeAnswer{.status = 400, .body = R"({"error":"failed to read audio data"})"}
                          << u"HTTP 400"_s << EngineError::Kind::requestRejected;
-    QTest::newRow("404") << FakeAnswer{.status = 404} << u"HTTP 404"_s << failed;
     QTest::newRow("500") << FakeAnswer{.status = 500, .body = oneSegment} << u"HTTP 500"_s << failed;
-    QTest::newRow("503") << FakeAnswer{.status = 503} << u"HTTP 503"_s << failed;
-    QTest::newRow("201 is not 200") << FakeAnswer{.status = 201, .body = oneSegment} << u"HTTP 201"_s
-                                    << failed;
-    QTest::newRow("garbage") << FakeAnswer{.body = "\xff\xfe not json"} << format << failed;
+    QTest::newRow("200 of an older server") << FakeAnswer{.body = R"({"error":"failed to read audio data"})"}
+                                            << format << EngineError::Kind::requestRejected;
     QTest::newRow("empty") << FakeAnswer{} << format << failed;
     QTest::newRow("text without segments") << FakeAnswer{.body = R"({"text":"hi"})"} << format << failed;
     QTest::newRow("no segment") << FakeAnswer{.body = R"({"segments":[]})"} << QString() << failed;
@@ -221,8 +194,6 @@ void TestWhisperEngine::answers_data()
         << FakeAnswer{.ending = Ending::Closed} << u"сервер закрыл соединение"_s << failed;
     QTest::newRow("engine dies") << FakeAnswer{.ending = Ending::EngineDies} << u"сервер закрыл соединение"_s
                                  << failed;
-    QTest::newRow("another protocol")
-        << FakeAnswer{.ending = Ending::NotHttp} << u"сервер закрыл соединение"_s << failed;
 }
 
 void TestWhisperEngine::answers()
@@ -254,14 +225,10 @@ void TestWhisperEngine::segments_data()
                             << Segments{{.start = start, .end = end, .text = text}};
     };
     row("cut, not rounded", R"({"start":1.2345,"end":1.9999,"text":" a "})", 1234, 1999, u" a "_s);
-    row("towards zero", R"({"start":-1.2345,"end":-0.0004,"text":"a"})", -1234, 0, u"a"_s);
-    row("whole numbers", R"({"start":3,"end":36000,"text":"a"})", 3000, 36'000'000, u"a"_s);
     row("nothing there", "{}", 0, 0, QString());
     row("not numbers", R"({"start":"1","end":null,"text":"a"})", 0, 0, u"a"_s);
     row("out of range", R"({"start":1e300,"end":-1e16,"text":"a"})", 0, 0, u"a"_s);
     row("text is no text", R"({"start":0,"end":1,"text":5})", 0, 1000, QString());
-    row("other keys", R"({"id":1,"start":0,"end":1,"text":"ё\n\u0301","tokens":[1]})", 0, 1000,
-        u"ё\n\u0301"_s);
 }
 
 void TestWhisperEngine::segments()
@@ -324,37 +291,17 @@ void TestWhisperEngine::temporaryFiles()
     const TaskResult result = transcribe(stop.get_token());
     QTRY_COMPARE(m_home->requests(inference).size(), 1);
     const QStringList names = temporaryNames();
-    QCOMPARE(names.size(), 2);
+    QCOMPARE(names.size(), 1);
     static const QRegularExpression wav(u"^orvane-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.wav$"_s);
-    static const QRegularExpression body(
-        u"^orvane-upload-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.bin$"_s);
     QVERIFY2(wav.match(names[0]).hasMatch(), qPrintable(names[0]));
-    QVERIFY2(body.match(names[1]).hasMatch(), qPrintable(names[1]));
-    for (const QString &name : names) {
-        QCOMPARE(QFile::permissions(m_temporary->filePath(name)) & (QFile::ReadGroup | QFile::ReadOther),
-                 QFile::Permissions());
-    }
+    QCOMPARE(QFile::permissions(m_temporary->filePath(names[0])) & (QFile::ReadGroup | QFile::ReadOther),
+             QFile::Permissions());
     if (isAborted)
         stop.request_stop();
     QTRY_VERIFY(result.isDone());
+    QCOMPARE(result.isCancelled(), isAborted);
     QTRY_COMPARE(temporaryNames(), QStringList());
-}
-
-void TestWhisperEngine::abort()
-{
-    m_home->behave(answering({FakeAnswer::never(), {.body = oneSegment}}));
-    std::stop_source stop;
-    const TaskResult result = transcribe(stop.get_token());
-    QTRY_COMPARE(m_home->requests(inference).size(), 1);
-    stop.request_stop();
-    QTRY_VERIFY(result.isDone());
-    QVERIFY(result.isCancelled());
-    QTRY_COMPARE(m_home->abandoned(inference), 1);
-
-    const TaskResult next = transcribe();
-    QTRY_VERIFY(next.isDone());
-    QCOMPARE(next.error(), QString());
-    QCOMPARE(m_home->launches().size(), 1);
+    QTRY_COMPARE(m_home->abandoned(inference), isAborted ? 1 : 0);
 }
 
 void TestWhisperEngine::engineDiesInRequest()
@@ -388,27 +335,6 @@ void TestWhisperEngine::modelSwitchWaitsForRequest()
     QCOMPARE(m_home->abandoned(inference), 0);
 }
 
-void TestWhisperEngine::fullDisk()
-{
-    load();
-    const QString audio = audioFile(QByteArray(3 * 1024 * 1024, 'x'));
-    // No file of this process may grow beyond that: the disk is full in the middle of the body.
-    rlimit before;
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small = {.rlim_cur = 3 * 512 * 1024, .rlim_max = before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    ::setrlimit(RLIMIT_FSIZE, &small);
-    const TaskResult result(m_engine->infer(audio, u"ru"_s));
-    QTRY_VERIFY(result.isDone());
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-
-    QVERIFY(result.failedAs<FileError>());
-    QVERIFY2(result.error().contains(u"File too large"_s), qPrintable(result.error()));
-    QTRY_COMPARE(temporaryNames(), QStringList());
-    QCOMPARE(m_home->requests(inference).size(), 0);
-}
-
 void TestWhisperEngine::missingAudio()
 {
     load();
@@ -419,23 +345,14 @@ void TestWhisperEngine::missingAudio()
     QTRY_COMPARE(temporaryNames(), QStringList());
 }
 
-void TestWhisperEngine::destroyed_data()
-{
-    QTest::addColumn<bool>("untilSent");
-    QTest::newRow("while the files are written") << false;
-    QTest::newRow("while the server computes") << true;
-}
-
 void TestWhisperEngine::destroyed()
 {
-    QFETCH(const bool, untilSent);
     m_home->behave(answering({FakeAnswer::never()}));
     load();
     const TaskResult samples = transcribe();
     const TaskResult file(m_engine->infer(audioFile(), u"ru"_s));
     const TaskResult otherModel = transcribe({}, u"b"_s);
-    if (untilSent)
-        QTRY_COMPARE(m_home->requests(inference).size(), 2);
+    QTRY_COMPARE(m_home->requests(inference).size(), 2);
     m_engine.reset();
     QTRY_VERIFY(samples.isDone() && file.isDone() && otherModel.isDone());
     QVERIFY(samples.isCancelled() && file.isCancelled() && otherModel.isCancelled());
