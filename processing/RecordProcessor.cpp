@@ -1,6 +1,5 @@
 #include "processing/RecordProcessor.h"
 
-#include "base/AnyStop.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
@@ -27,14 +26,17 @@ RecordProcessor::RecordProcessor(Collaborators collaborators, QObject *parent)
       m_corrector(collaborators.corrector),
       m_transcriber(collaborators.transcriber),
       m_recordingsFolder(std::move(collaborators.recordingsFolder))
-{}
+{
+    connect(&m_operation, &Operation::runningChanged, this, &RecordProcessor::recordChanged);
+    connect(&m_operation, &Operation::errorChanged, this, &RecordProcessor::errorChanged);
+}
 
 RecordProcessor::~RecordProcessor()
 {
-    m_cancellation.request_stop();
+    m_scope.end();
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::correct(QUuid id, QString modelFile)
+QCoro::Task<QString> RecordProcessor::correct(QUuid id, QString modelFile)
 {
     return process(
         id,
@@ -44,7 +46,7 @@ QCoro::Task<RecordProcessor::Text> RecordProcessor::correct(QUuid id, QString mo
         [id](HistoryStore *history, const QString &corrected) { history->setCorrected(id, corrected); });
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::summarize(QUuid id, QString modelFile)
+QCoro::Task<QString> RecordProcessor::summarize(QUuid id, QString modelFile)
 {
     return process(
         id,
@@ -54,7 +56,7 @@ QCoro::Task<RecordProcessor::Text> RecordProcessor::summarize(QUuid id, QString 
         [id](HistoryStore *history, const QString &summary) { history->setSummary(id, summary); });
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::ask(QUuid id, QString question, QString modelFile)
+QCoro::Task<QString> RecordProcessor::ask(QUuid id, QString question, QString modelFile)
 {
     return process(
         id,
@@ -66,42 +68,26 @@ QCoro::Task<RecordProcessor::Text> RecordProcessor::ask(QUuid id, QString questi
         });
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::transcribeAnew(QUuid id, Recognition recognition)
+QCoro::Task<QString> RecordProcessor::transcribeAnew(QUuid id, Recognition recognition)
 {
-    return run(id,
-               [this, id, recognition](std::stop_token stop) { return transcribed(id, recognition, stop); });
+    return run(id, [this, id, recognition](Progress, std::stop_token stop) {
+        return transcribed(id, recognition, stop);
+    });
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::process(QUuid id, Process process, Store store)
+QCoro::Task<QString> RecordProcessor::process(QUuid id, Process process, Store store)
 {
-    return run(
-        id, [this, id, process, store](std::stop_token stop) { return processed(id, process, store, stop); });
+    return run(id, [this, id, process, store](Progress, std::stop_token stop) {
+        return processed(id, process, store, stop);
+    });
 }
 
-QCoro::Task<RecordProcessor::Text> RecordProcessor::run(QUuid id, Work work)
+QCoro::Task<QString> RecordProcessor::run(QUuid id, Operation::Work<QString> work)
 {
-    if (!m_record.isNull())
-        co_return std::nullopt;
-    m_cancellation = std::stop_source();
-    const std::stop_token stop = m_cancellation.get_token();
-    setError({});
-    setRecord(id);
-
-    Text result;
-    QString failure;
-    try {
-        result = co_await work(stop);
-    } catch (const Cancelled &) {
-        // Whoever cancelled knows.
-    } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
-    }
-    // From its cancellation on, the state is the next operation's.
-    if (stop.stop_requested())
-        co_return std::nullopt;
-    setError(failure);
-    setRecord({});
-    co_return result;
+    if (m_operation.isRunning())
+        throw Error(EngineTurns::waitText());
+    m_record = id;
+    co_return co_await m_scope(m_operation.run(work));
 }
 
 QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store store, std::stop_token stop)
@@ -109,9 +95,8 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
     const QString text = found(m_history, id).text;
     if (text.trimmed().isEmpty())
         throw Error(Localization::text(u"В записи нет текста."));
-    const QString result = co_await process(&m_corrector, text, stop);
-    throwIfCancelled(stop);
-    co_await requireStill(id, stop);
+    const QString result = co_await m_scope(process(&m_corrector, text, stop), stop);
+    co_await m_scope(requireStill(id, stop), stop);
     store(&m_history, result);
     co_return result;
 }
@@ -121,8 +106,7 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     const auto playable = [record = found(m_history, id), folder = m_recordingsFolder] {
         return record.playableURL(folder);
     };
-    const std::optional<QUrl> audio = co_await offMainThread(playable);
-    throwIfCancelled(stop);
+    const std::optional<QUrl> audio = co_await m_scope(offMainThread(playable), stop);
     if (!audio) {
         throw Error(
             Localization::text(u"Аудиофайл этой записи не найден, поэтому расшифровать её заново нельзя."));
@@ -132,11 +116,10 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     request.model = recognition.model;
     request.language = recognition.language;
     request.speakers = recognition.speakers;
-    const Transcript transcript = co_await m_transcriber.transcribeDetached(request, stop);
-    throwIfCancelled(stop);
+    const Transcript transcript = co_await m_scope(m_transcriber.transcribeDetached(request, stop), stop);
     const QList<DisplaySegment> &segments = transcript.segments;
     const QString text = joinedText(segments);
-    co_await requireStill(id, stop);
+    co_await m_scope(requireStill(id, stop), stop);
     m_history.updateTranscription(id, TranscriptRecord::segmentsFrom(segments), text, recognition.model.id,
                                   recognition.language);
     co_return text;
@@ -145,34 +128,8 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
 // Minutes may have passed, in which another program renamed the record, asked about it or deleted it.
 QCoro::Task<> RecordProcessor::requireStill(QUuid id, std::stop_token stop)
 {
-    co_await m_history.refresh();
-    throwIfCancelled(stop);
+    co_await m_scope(m_history.refresh(), stop);
     static_cast<void>(found(m_history, id));
-}
-
-void RecordProcessor::cancel()
-{
-    if (m_record.isNull())
-        return;
-    std::stop_source cancellation = m_cancellation; // this object may be destroyed by whom it resumes
-    setRecord({});
-    cancellation.request_stop();
-}
-
-void RecordProcessor::setRecord(const QUuid &id)
-{
-    if (m_record == id)
-        return;
-    m_record = id;
-    Q_EMIT recordChanged();
-}
-
-void RecordProcessor::setError(const QString &text)
-{
-    if (m_error == text)
-        return;
-    m_error = text;
-    Q_EMIT errorChanged();
 }
 
 } // namespace orvane

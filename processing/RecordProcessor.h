@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Operation.h"
+#include "base/Scope.h"
 #include "models/ModelFile.h"
 #include "recognition/TranscriptionService.h"
 
@@ -10,7 +12,6 @@
 #include <QCoroTask>
 
 #include <functional>
-#include <optional>
 #include <stop_token>
 
 namespace orvane {
@@ -21,9 +22,8 @@ class TextCorrectionService;
 /// What is made of a record of the history afterwards: its text corrected, a protocol, answers to questions
 /// about it, a new transcription of its audio. The outcome is stored in the record. Main thread.
 ///
-/// Operations never throw. They return the text that was stored; none when nothing was, and then error()
-/// tells why, or is empty after a cancellation. One runs at a time: a call during another returns none at
-/// once and changes nothing.
+/// Operations return the text that was stored. When none was, they throw what error() tells, or Cancelled.
+/// One runs at a time: a call during another is refused and changes nothing.
 class RecordProcessor : public QObject
 {
     Q_OBJECT
@@ -31,8 +31,6 @@ class RecordProcessor : public QObject
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
 
 public:
-    using Text = std::optional<QString>;
-
     /// They outlive this object.
     struct Collaborators
     {
@@ -43,18 +41,18 @@ public:
     };
 
     explicit RecordProcessor(Collaborators collaborators, QObject *parent = nullptr);
-    /// A running operation returns none.
+    /// Cancels what runs.
     ~RecordProcessor() override;
 
     /// The record that is being worked on; null when none is.
-    [[nodiscard]] QUuid record() const { return m_record; }
+    [[nodiscard]] QUuid record() const { return m_operation.isRunning() ? m_record : QUuid(); }
     /// What went wrong last, one sentence; empty when nothing has since an operation started.
-    [[nodiscard]] QString error() const { return m_error; }
+    [[nodiscard]] QString error() const { return m_operation.error(); }
 
     /// On the language model in that file, or on the one that the settings choose.
-    QCoro::Task<Text> correct(QUuid id, QString modelFile = {});
-    QCoro::Task<Text> summarize(QUuid id, QString modelFile = {});
-    QCoro::Task<Text> ask(QUuid id, QString question, QString modelFile = {});
+    QCoro::Task<QString> correct(QUuid id, QString modelFile = {});
+    QCoro::Task<QString> summarize(QUuid id, QString modelFile = {});
+    QCoro::Task<QString> ask(QUuid id, QString question, QString modelFile = {});
 
     struct Recognition
     {
@@ -64,10 +62,10 @@ public:
         TranscriptionService::SpeakerDetection speakers = TranscriptionService::SpeakerDetection::Off;
     };
     /// Replaces the record's text and drops what was made of the old one; the log of events keeps both.
-    QCoro::Task<Text> transcribeAnew(QUuid id, Recognition recognition);
+    QCoro::Task<QString> transcribeAnew(QUuid id, Recognition recognition);
 
     /// Ends the running operation; nothing is stored, and the next one may begin at once.
-    void cancel();
+    void cancel() { m_operation.cancel(); }
 
 Q_SIGNALS:
     void recordChanged();
@@ -77,27 +75,23 @@ private:
     /// What becomes of a record's text, on the language model and in the history.
     using Process = std::function<QCoro::Task<QString>(TextCorrectionService *, QString, std::stop_token)>;
     using Store = std::function<void(HistoryStore *, const QString &)>;
-    using Work = std::function<QCoro::Task<QString>(std::stop_token)>;
 
-    QCoro::Task<Text> process(QUuid id, Process process, Store store);
+    QCoro::Task<QString> process(QUuid id, Process process, Store store);
     QCoro::Task<QString> processed(QUuid id, Process process, Store store, std::stop_token stop);
     QCoro::Task<QString> transcribed(QUuid id, Recognition recognition, std::stop_token stop);
     /// Has the history know what became of the record meanwhile. Throws Error when it was deleted.
     QCoro::Task<> requireStill(QUuid id, std::stop_token stop);
-    QCoro::Task<Text> run(QUuid id, Work work);
-    void setRecord(const QUuid &id);
-    void setError(const QString &text);
+    QCoro::Task<QString> run(QUuid id, Operation::Work<QString> work);
 
     HistoryStore &m_history;
     TextCorrectionService &m_corrector;
     TranscriptionService &m_transcriber;
     const QString m_recordingsFolder;
 
+    /// Of the last operation.
     QUuid m_record;
-    QString m_error;
-
-    /// Of the operation that runs; each has its own.
-    std::stop_source m_cancellation;
+    Operation m_operation;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -46,19 +46,22 @@ QCoro::Task<int> RetranscribeCommand::run()
         co_return ExitStatus::failure;
 
     RecordProcessor &processor = m_services.recordProcessor();
-    RecordProcessor::Text text;
-    {
+    QString text;
+    std::exception_ptr failure;
+    try {
         const ProgressLine progress(record.title, [] {
             return ProgressLine::State{.stage = Localization::text(u"Распознавание речи")};
         });
         text = co_await processor.transcribeAnew(record.id, recognition);
+    } catch (...) {
+        failure = std::current_exception();
     }
     co_await m_services.whisperEngine().stopAndWait();
     if (m_interrupted)
         co_return ExitStatus::failure;
-    if (!text)
-        throw Error(processor.error());
-    if (text->trimmed().isEmpty())
+    if (failure)
+        std::rethrow_exception(failure);
+    if (text.trimmed().isEmpty())
         Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена")));
     Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text));
     co_await HistoryAccess::untilSaved(&history); // last, so that a full disk costs nobody the text

@@ -120,16 +120,11 @@ QCoro::Task<QString> TextCommand::process(QString text)
 QCoro::Task<QString> TextCommand::processRecord(QUuid id)
 {
     RecordProcessor &processor = m_services.recordProcessor();
-    RecordProcessor::Text result;
     if (m_options.action == Action::Correct)
-        result = co_await processor.correct(id, m_modelFile);
-    else if (m_options.action == Action::Protocol)
-        result = co_await processor.summarize(id, m_modelFile);
-    else
-        result = co_await processor.ask(id, m_options.question, m_modelFile);
-    if (!result)
-        throw Error(processor.error());
-    co_return *result;
+        return processor.correct(id, m_modelFile);
+    if (m_options.action == Action::Protocol)
+        return processor.summarize(id, m_modelFile);
+    return processor.ask(id, m_options.question, m_modelFile);
 }
 
 void TextCommand::requireModel() const
