@@ -1,5 +1,7 @@
 #include "dictation/DictationController.h"
 
+#include "audio/CaptureError.h"
+#include "audio/MicrophoneAccess.h"
 #include "audio/SampleRate.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
@@ -37,13 +39,15 @@ QString howToGetAModel()
 DictationController::DictationController(Collaborators collaborators, const QString &moduleFolder,
                                          QObject *parent)
     : QObject(parent),
-      m_with(collaborators),
+      m_services(collaborators),
       m_recorder(moduleFolder)
-{}
+{
+    connect(&m_recorder, &AudioRecorder::endedByItself, this, &DictationController::process);
+}
 
 DictationController::~DictationController()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     m_session.request_stop();
 }
 
@@ -67,44 +71,57 @@ void DictationController::toggle()
 
 void DictationController::start()
 {
+    spawnPublished(begin());
+}
+
+QCoro::Task<> DictationController::begin()
+{
     if (m_state != State::Idle)
-        return;
-    if (modelFile().isEmpty()) {
-        presentGuidance(Localization::text(u"Нет модели"), howToGetAModel());
-        return;
-    }
+        throw Error(Localization::text(u"Диктовка уже идёт."));
+    if (modelFile().isEmpty())
+        refuse(Localization::text(u"Нет модели"), howToGetAModel());
+    m_session.request_stop();
     m_session = std::stop_source();
     setLastError({});
     setState(State::Starting);
     // The microphone first: nothing of what is said while the indicator appears may be lost.
-    spawn(record(m_session.get_token()));
+    QCoro::Task<> recording = record(m_session.get_token());
     if (m_state != State::Idle)
-        m_with.indicator.show(*this, m_with.settings);
+        m_services.indicator.show(*this, m_services.settings);
+    co_await std::move(recording);
 }
 
 QCoro::Task<> DictationController::record(std::stop_token session)
 {
+    QString title = Localization::text(u"Не удалось начать запись");
     QString failure;
     try {
-        co_await m_recorder.start();
+        if (!co_await m_scope(requestMicrophone(session), session))
+            throw CaptureError::accessRefused();
+        co_await m_scope(m_recorder.start(), session);
+    } catch (const Cancelled &) {
+        throw;
     } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
+        failure = descriptionOf(error);
+        const auto *capture = dynamic_cast<const CaptureError *>(&error);
+        if (capture && capture->kind() == CaptureError::Kind::accessRefused) {
+            title = Localization::text(u"Нет доступа к микрофону");
+            failure = Localization::text(
+                u"Разрешите доступ в Системных настройках → Конфиденциальность и безопасность → Микрофон.");
+        }
     }
-    if (session.stop_requested())
-        co_return;
     if (!failure.isEmpty()) {
         end();
-        presentGuidance(Localization::text(u"Не удалось начать запись"), failure);
-        co_return;
+        refuse(title, failure);
     }
     setState(State::Recording);
-    spawn(preload(m_lifetime.get_token()));
+    spawn(preload());
 }
 
-QCoro::Task<> DictationController::preload(std::stop_token alive)
+QCoro::Task<> DictationController::preload()
 {
     try {
-        co_await m_with.engine.load(modelFile(), alive);
+        co_await m_services.engine.load(modelFile(), m_scope.stop());
     } catch (const Error &) {
         // The recognition will meet it again, and say so if it is still true then.
     }
@@ -112,55 +129,75 @@ QCoro::Task<> DictationController::preload(std::stop_token alive)
 
 void DictationController::stop()
 {
+    process({});
+}
+
+void DictationController::process(const QString &problem)
+{
     if (m_state != State::Recording)
         return;
     setState(State::Transcribing);
-    spawn(finish(m_session.get_token()));
+    spawn(finish(m_session.get_token(), problem));
 }
 
-QCoro::Task<> DictationController::finish(std::stop_token session)
+QCoro::Task<> DictationController::finish(std::stop_token session, QString problem)
 {
-    QString text;
-    QString failure;
-    bool needsModel = false;
+    Dictated dictated;
     try {
-        std::vector<float> samples = co_await m_recorder.stop();
-        throwIfCancelled(session);
-        text = co_await recognised(std::move(samples), session);
-        throwIfCancelled(session);
-        if (!text.isEmpty()) {
-            const DictationMode mode = m_with.settings.dictationMode();
-            if (m_with.corrector.status().isReady)
-                text = co_await processed(text, mode, session);
-            else
-                needsModel = mode != DictationMode::Correct;
-        }
+        std::vector<float> samples = co_await m_scope(m_recorder.stop(), session);
+        dictated = co_await m_scope(textOf(std::move(samples), session), session);
+        if (dictated.problem.isEmpty())
+            dictated.problem = problem;
+    } catch (const Gone &) {
+        throw;
     } catch (const Cancelled &) {
-        text.clear();
+        throwIfCancelled(session); // who abandoned it has put everything in order
+        dictated.problem = Localization::text(u"Распознавание прервано.");
     } catch (const std::exception &error) {
-        text.clear();
-        failure = QString::fromUtf8(error.what());
+        dictated.problem = descriptionOf(error);
     }
-    if (session.stop_requested())
-        co_return; // who abandoned it has put everything in order
 
     end();
-    if (!failure.isEmpty())
-        fail(failure);
-    if (text.isEmpty())
-        co_return;
-    const QString problem = m_lastError; // why the text is as it was spoken
-    const std::stop_token alive = m_lifetime.get_token();
-    co_await sleepFor(settlingTime, alive);
-    const TextInjector::Outcome outcome = co_await m_with.injector.insert(text);
-    throwIfCancelled(alive);
-    if (outcome == TextInjector::Outcome::LeftOnClipboard)
-        m_with.indicator.notice(Localization::text(u"Текст в буфере обмена — вставьте его: Ctrl+V"));
-    else if (!problem.isEmpty())
-        m_with.indicator.notice(problem);
-    // Not before the paste: a dialog would take the focus, and the text with it.
-    if (needsModel)
-        notifyModelNeededOnce();
+    if (!dictated.problem.isEmpty())
+        setLastError(dictated.problem);
+    if (!dictated.text.isEmpty())
+        co_await m_scope(paste(dictated, session));
+    else if (!dictated.problem.isEmpty())
+        m_services.indicator.notice(dictated.problem);
+}
+
+QCoro::Task<DictationController::Dictated> DictationController::textOf(std::vector<float> samples,
+                                                                       std::stop_token session)
+{
+    Dictated dictated;
+    dictated.text = co_await m_scope(recognised(std::move(samples), session), session);
+    if (dictated.text.isEmpty())
+        co_return dictated;
+    const DictationMode mode = m_services.settings.dictationMode();
+    if (!m_services.corrector.status().isReady) {
+        dictated.needsModel = mode != DictationMode::Correct;
+        co_return dictated;
+    }
+    if (m_services.corrector.isCorrecting()) {
+        dictated.problem =
+            Localization::text(u"Языковая модель занята — вставлен распознанный текст без обработки.");
+        co_return dictated;
+    }
+    m_processingMode = mode;
+    setState(State::Correcting);
+    try {
+        dictated.text =
+            co_await m_scope(m_services.corrector.processDictation(dictated.text, mode, session), session);
+    } catch (const Gone &) {
+        throw;
+    } catch (const Cancelled &) {
+        throwIfCancelled(session);
+        dictated.problem = m_services.corrector.status().message; // switched off meanwhile
+    } catch (const std::exception &error) {
+        // What was said must not be lost because a model failed.
+        dictated.problem = descriptionOf(error);
+    }
+    co_return dictated;
 }
 
 QCoro::Task<QString> DictationController::recognised(std::vector<float> samples, std::stop_token session)
@@ -171,33 +208,37 @@ QCoro::Task<QString> DictationController::recognised(std::vector<float> samples,
     if (model.isEmpty())
         throw Error(howToGetAModel());
     const QList<RawSegment> segments =
-        co_await m_with.engine.transcribe(std::move(samples), model, spokenLanguage.toString(),
-                                          WhisperServerEngine::NonSpeech::Suppress, session);
+        co_await m_scope(m_services.engine.transcribe(std::move(samples), model, spokenLanguage.toString(),
+                                                      WhisperServerEngine::NonSpeech::Suppress, session),
+                         session);
     QString text;
     for (const RawSegment &segment : segments)
         text += segment.text;
     co_return text.trimmed();
 }
 
-QCoro::Task<QString> DictationController::processed(QString text, DictationMode mode, std::stop_token session)
+QCoro::Task<> DictationController::paste(Dictated dictated, std::stop_token session)
 {
-    m_processingMode = mode;
-    setState(State::Correcting);
-    // What was said must not be lost because a model failed.
-    QString reason = Localization::text(u"Языковая модель занята — вставлен "
-                                        "распознанный текст без обработки.");
-    if (!m_with.corrector.isCorrecting()) {
-        try {
-            co_return co_await m_with.corrector.processDictation(text, mode, session);
-        } catch (const Cancelled &) {
-            reason.clear(); // the processing was switched off
-        } catch (const std::exception &error) {
-            reason = descriptionOf(error);
-        }
-    }
+    co_await m_scope(sleepFor(settlingTime, m_scope.stop()));
+    const TextInjector::Outcome outcome = co_await m_scope(m_services.injector.insert(dictated.text));
+    // The text comes in any case, but not a word more once the next dictation is on the screen.
     throwIfCancelled(session);
-    setLastError(reason);
-    co_return text;
+    switch (outcome) {
+    case TextInjector::Outcome::Pasted:
+        break;
+    case TextInjector::Outcome::LeftOnClipboard:
+        dictated.problem = Localization::text(u"Текст в буфере обмена — вставьте его: Ctrl+V");
+        break;
+    case TextInjector::Outcome::Nothing:
+        dictated.problem = Localization::text(u"Текст не вставлен: буфер обмена недоступен.");
+        setLastError(dictated.problem);
+        break;
+    }
+    if (!dictated.problem.isEmpty())
+        m_services.indicator.notice(dictated.problem);
+    // Not before the paste: a dialog would take the focus, and the text with it.
+    if (dictated.needsModel)
+        notifyModelNeededOnce();
 }
 
 void DictationController::cancel()
@@ -206,38 +247,33 @@ void DictationController::cancel()
         return;
     m_session.request_stop();
     if (m_state == State::Recording)
-        spawn(discardRecording());
+        m_recorder.discard();
     end();
-}
-
-QCoro::Task<> DictationController::discardRecording()
-{
-    co_await m_recorder.stop();
 }
 
 void DictationController::end()
 {
     setState(State::Idle);
-    m_with.indicator.hide();
+    m_services.indicator.hide();
 }
 
-void DictationController::fail(const QString &problem)
+void DictationController::refuse(const QString &title, const QString &detail)
 {
-    setLastError(problem);
-    m_with.indicator.notice(problem);
+    presentGuidance(title, detail);
+    throw Error(m_lastError);
 }
 
 void DictationController::presentGuidance(const QString &title, const QString &detail)
 {
     setLastError(title + u": "_s + detail);
-    m_with.guidance.guide(title, detail);
+    m_services.guidance.guide(title, detail);
 }
 
 void DictationController::notifyModelNeededOnce()
 {
-    if (m_with.defaults.boolean(hintShownKey).value_or(false))
+    if (m_services.defaults.boolean(hintShownKey).value_or(false))
         return;
-    m_with.defaults.set(hintShownKey, true);
+    m_services.defaults.set(hintShownKey, true);
     presentGuidance(
         Localization::text(u"Нужна модель для этого режима"),
         Localization::text(u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в "
@@ -246,8 +282,8 @@ void DictationController::notifyModelNeededOnce()
 
 QString DictationController::modelFile() const
 {
-    const auto model = m_with.models.resolved(m_with.settings.selectedModelID());
-    return model ? m_with.models.localPath(*model) : QString();
+    const auto model = m_services.models.resolved(m_services.settings.selectedModelID());
+    return model ? m_services.models.localPath(*model) : QString();
 }
 
 void DictationController::setState(State state)

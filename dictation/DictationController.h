@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/AudioRecorder.h"
+#include "base/Scope.h"
 #include "dictation/DictationState.h"
 #include "settings/StoredChoices.h"
 
@@ -69,6 +70,9 @@ public:
 
     /// Begins a dictation, if none runs.
     void start();
+    /// The same for who has to know whether one began: resumes when the microphone records. Throws Error with
+    /// what the user has been shown when none began, and Cancelled when it was abandoned.
+    [[nodiscard]] QCoro::Task<> begin();
     /// Ends the recording and has it processed, if one runs.
     void stop();
     /// Abandons the dictation at any stage after its recording began. Nothing is pasted.
@@ -82,15 +86,25 @@ Q_SIGNALS:
     void hotkeyActiveChanged();
 
 private:
+    /// What became of what was said.
+    struct Dictated
+    {
+        QString text;
+        /// Why it is not what it should be; empty when it is.
+        QString problem;
+        bool needsModel = false;
+    };
+
     QCoro::Task<> record(std::stop_token session);
-    QCoro::Task<> preload(std::stop_token alive);
-    QCoro::Task<> finish(std::stop_token session);
+    QCoro::Task<> preload();
+    void process(const QString &problem);
+    QCoro::Task<> finish(std::stop_token session, QString problem);
+    QCoro::Task<Dictated> textOf(std::vector<float> samples, std::stop_token session);
     QCoro::Task<QString> recognised(std::vector<float> samples, std::stop_token session);
-    QCoro::Task<QString> processed(QString text, DictationMode mode, std::stop_token session);
-    QCoro::Task<> discardRecording();
+    QCoro::Task<> paste(Dictated dictated, std::stop_token session);
 
     void end();
-    void fail(const QString &problem);
+    [[noreturn]] void refuse(const QString &title, const QString &detail);
     void presentGuidance(const QString &title, const QString &detail);
     void notifyModelNeededOnce();
     /// The file of the model to recognise with; empty when none is downloaded.
@@ -98,15 +112,15 @@ private:
     void setState(State state);
     void setLastError(const QString &text);
 
-    Collaborators m_with;
+    Collaborators m_services;
     AudioRecorder m_recorder;
     State m_state = State::Idle;
     std::optional<DictationMode> m_processingMode;
     QString m_lastError;
     bool m_hotkeyActive = false;
-    /// Of the dictation that runs; stopped when it is abandoned or this is destroyed.
+    /// Of the last dictation; stopped when it is abandoned, or has ended and the next one has the screen.
     std::stop_source m_session;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

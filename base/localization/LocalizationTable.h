@@ -52,6 +52,12 @@ inline constexpr TextPair table[] = {
     {u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».",
      u"First download a Whisper model: Orvane menu → “Model settings…”."},
     {u"Не удалось начать запись", u"Couldn’t start recording"},
+    {u"Нет доступа к микрофону", u"No microphone access"},
+    {u"Разрешите доступ в Системных настройках → Конфиденциальность и безопасность → Микрофон.",
+     u"Allow access in System Settings → Privacy & Security → Microphone."},
+    {u"Распознавание прервано.", u"The recognition was interrupted."},
+    {u"Текст не вставлен: буфер обмена недоступен.",
+     u"The text was not inserted: the clipboard is not available."},
     {u"Нужна модель для этого режима", u"This mode needs a model"},
     {u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в Настройки → "
      u"«Коррекция». "

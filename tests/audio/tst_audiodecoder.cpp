@@ -631,7 +631,6 @@ void TestAudioDecoder::withoutModule()
         QCOMPARE(error.kind(), Kind::couldNotOpen);
         QVERIFY(error.description().startsWith(
             u"Не удалось открыть файл: модуль декодирования не загрузился; переустановите"_s));
-        QVERIFY(error.description().contains(u"orvane-decoder"_s));
     }
 }
 

@@ -77,15 +77,6 @@ class TestAudioRecorder : public QObject
     const QTemporaryDir m_folder;
     std::unique_ptr<SoundServer> m_server;
 
-    /// From here on this program reaches the server through a door that is closed to it.
-    void refuseToThisProgram()
-    {
-        const quint16 port = orvaneReserveFreePort(0);
-        m_server->control({u"load-module"_s, u"module-native-protocol-tcp"_s, u"listen=127.0.0.1"_s,
-                           u"port=%1"_s.arg(port), u"auth-cookie="_s + m_folder.filePath(u"other-cookie"_s)});
-        qputenv("PULSE_SERVER", u"tcp:127.0.0.1:%1"_s.arg(port).toUtf8());
-    }
-
     // A sine of half the full level.
     [[nodiscard]] QString tone(int frequency, double seconds) const
     {
@@ -335,7 +326,7 @@ void TestAudioRecorder::cannotStart()
     if (reason == u"monitor")
         m_server->control({u"load-module"_s, u"module-null-sink"_s});
     if (reason == u"refusal")
-        refuseToThisProgram();
+        m_server->refuseThisProcess(orvaneReserveFreePort(0));
     AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
     const TaskResult started(recorder.start());
     QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);

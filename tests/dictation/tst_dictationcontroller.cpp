@@ -1,6 +1,7 @@
 #include "correction/TextCorrectionService.h"
 #include "dictation/DictationController.h"
 #include "engine/EngineProcessRegistry.h"
+#include "engine/PortReservation.h"
 #include "models/ModelManager.h"
 #include "recognition/WhisperServerEngine.h"
 #include "settings/AppSettings.h"
@@ -8,12 +9,16 @@
 #include "tests/support/FakeDictationSurroundings.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/SoundServer.h"
+#include "tests/support/TaskResult.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <sys/resource.h>
+
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace orvane;
 using namespace orvane::test;
 using State = DictationState;
@@ -48,9 +53,13 @@ private Q_SLOTS:
 
     void pastes_data();
     void pastes();
+    void keepsTheTextWhenProcessingFails_data();
     void keepsTheTextWhenProcessingFails();
+    void saysWhenProcessingIsSwitchedOff();
     void hintsAtMissingModelOnce();
-    void leavesTheTextOnTheClipboard();
+    void saysWhereTheTextIs_data();
+    void saysWhereTheTextIs();
+    void leavesTheNextDictationInPeace();
     void saysWhatFailed_data();
     void saysWhatFailed();
     void guidesBeforeRecording_data();
@@ -62,6 +71,8 @@ private Q_SLOTS:
     void beginsAnewAfterCancelling();
     void modeChosenWhileRecordingCounts();
     void microphoneIsUnplugged();
+    void recordingEndsByItself();
+    void runsBesideAFile();
     void destroyed_data();
     void destroyed();
 
@@ -214,16 +225,40 @@ void TestDictationController::pastes()
         QVERIFY2(body.contains(field), field);
 }
 
+void TestDictationController::keepsTheTextWhenProcessingFails_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("server error") << 500 << QByteArray() << u"HTTP 500"_s;
+    QTest::newRow("blank answer") << 200 << QByteArray(R"({"choices":[{"message":{"content":" \n"}}]})")
+                                  << u"Модель ничего не ответила."_s;
+}
+
 void TestDictationController::keepsTheTextWhenProcessingFails()
 {
+    QFETCH(const int, status);
+    QFETCH(const QByteArray, answer);
+    QFETCH(const QString, reason);
     installLanguageModel();
-    m_home->behave(answering(recognised, {.status = 500}));
+    m_settings->setDictationMode(DictationMode::Email);
+    m_home->behave(answering(recognised, {.status = status, .body = answer}));
     record();
     m_dictation->stop();
     QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s});
-    QCOMPARE(m_dictation->lastError(), m_corrector->error());
-    QVERIFY(m_dictation->lastError().contains(u"HTTP 500"_s));
+    QVERIFY2(m_dictation->lastError().contains(reason), qPrintable(m_dictation->lastError()));
     QTRY_COMPARE(m_indicator->notices, QStringList{m_dictation->lastError()});
+}
+
+void TestDictationController::saysWhenProcessingIsSwitchedOff()
+{
+    installLanguageModel();
+    m_home->behave(answering(recognised, FakeAnswer::never()));
+    reach(State::Correcting);
+    m_settings->setTextCorrectionEnabled(false);
+    QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s});
+    QVERIFY2(m_dictation->lastError().contains(u"выключена в настройках"_s),
+             qPrintable(m_dictation->lastError()));
 }
 
 void TestDictationController::hintsAtMissingModelOnce()
@@ -239,12 +274,38 @@ void TestDictationController::hintsAtMissingModelOnce()
     QVERIFY(m_defaults->boolean(u"dictationModeModelHintShown"_s).value_or(false));
 }
 
-void TestDictationController::leavesTheTextOnTheClipboard()
+void TestDictationController::saysWhereTheTextIs_data()
 {
-    m_injector->outcome = TextInjector::Outcome::LeftOnClipboard;
+    QTest::addColumn<TextInjector::Outcome>("outcome");
+    QTest::addColumn<QString>("notice");
+    QTest::newRow("clipboard") << TextInjector::Outcome::LeftOnClipboard
+                               << u"Текст в буфере обмена — вставьте его: Ctrl+V"_s;
+    QTest::newRow("nowhere") << TextInjector::Outcome::Nothing
+                             << u"Текст не вставлен: буфер обмена недоступен."_s;
+}
+
+void TestDictationController::saysWhereTheTextIs()
+{
+    QFETCH(const TextInjector::Outcome, outcome);
+    QFETCH(const QString, notice);
+    m_injector->outcome = outcome;
     record();
     m_dictation->stop();
-    QTRY_COMPARE(m_indicator->notices, QStringList{u"Текст в буфере обмена — вставьте его: Ctrl+V"_s});
+    QTRY_COMPARE(m_indicator->notices, QStringList{notice});
+}
+
+void TestDictationController::leavesTheNextDictationInPeace()
+{
+    m_settings->setDictationMode(DictationMode::Email); // for which there is no model
+    m_injector->outcome = TextInjector::Outcome::LeftOnClipboard;
+    m_injector->delay = 300ms;
+    record();
+    m_dictation->stop();
+    QTRY_COMPARE(m_injector->texts.size(), 1);
+    record(); // while the first text is still being pasted
+    QTest::qWait(400);
+    QVERIFY(m_indicator->notices.isEmpty() && m_guidance->titles.isEmpty());
+    QCOMPARE(m_dictation->state(), State::Recording);
 }
 
 void TestDictationController::saysWhatFailed_data()
@@ -286,20 +347,25 @@ void TestDictationController::guidesBeforeRecording_data()
     QTest::addColumn<QString>("title");
     QTest::newRow("no model") << false << u"Нет модели"_s;
     QTest::newRow("no microphone") << true << u"Не удалось начать запись"_s;
+    QTest::newRow("refused") << true << u"Нет доступа к микрофону"_s;
 }
 
 void TestDictationController::guidesBeforeRecording()
 {
     QFETCH(const bool, hasModel);
     QFETCH(const QString, title);
-    if (hasModel)
+    if (title == u"Нет доступа к микрофону")
+        m_sound->refuseThisProcess(orvaneReserveFreePort(0));
+    else if (hasModel)
         m_sound->unplug(microphone);
     else
         QVERIFY(QFile::remove(m_models->localPath(WhisperModel::catalog().first().id)));
     m_models->refresh();
 
-    m_dictation->start();
-    QTRY_COMPARE(m_guidance->titles, QStringList{title});
+    const TaskResult begun(m_dictation->begin());
+    QTRY_VERIFY(begun.isDone());
+    QCOMPARE(begun.error(), m_dictation->lastError());
+    QCOMPARE(m_guidance->titles, QStringList{title});
     QCOMPARE(m_dictation->state(), State::Idle);
     QVERIFY(m_dictation->lastError().startsWith(title + u": "_s));
     QVERIFY(!m_indicator->isShown);
@@ -387,6 +453,34 @@ void TestDictationController::microphoneIsUnplugged()
     QCOMPARE(m_dictation->state(), State::Recording);
     m_dictation->stop();
     QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s}); // of what was said before
+}
+
+void TestDictationController::recordingEndsByItself()
+{
+    record();
+    // The audio thread waits for more files than that.
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit few{.rlim_cur = 1, .rlim_max = files.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    QThread::msleep(500);
+    setrlimit(RLIMIT_NOFILE, &files);
+    QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s});
+    QVERIFY(m_dictation->lastError().startsWith(u"Звуковая система отказала"_s));
+    QTRY_COMPARE(m_indicator->notices, QStringList{m_dictation->lastError()});
+}
+
+void TestDictationController::runsBesideAFile()
+{
+    m_home->behave(answering({.body = recognised.body, .delayMs = 1000}));
+    const QString model = m_models->localPath(WhisperModel::catalog().first().id);
+    const TaskResult file(m_engine->transcribe(std::vector<float>(16'000), model, u"ru"_s));
+    QTRY_COMPARE(m_home->requests(inference).size(), 1);
+    record();
+    m_dictation->stop();
+    QTRY_VERIFY(file.isDone());
+    QCOMPARE(file.error(), QString());
+    QTRY_COMPARE(m_injector->texts, QStringList{u"hello world"_s});
 }
 
 void TestDictationController::destroyed_data()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Async.h"
 #include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
 #include "dictation/Guidance.h"
@@ -39,11 +40,14 @@ public:
     QCoro::Task<Outcome> insert(QString text) override
     {
         texts.append(text);
-        co_return outcome;
+        const Outcome result = outcome;
+        co_await sleepFor(delay);
+        co_return result;
     }
 
     QStringList texts;
     Outcome outcome = Outcome::Pasted;
+    std::chrono::milliseconds delay{0};
 };
 
 } // namespace orvane::test

@@ -67,6 +67,13 @@ void SoundServer::start()
     }
 }
 
+void SoundServer::refuseThisProcess(quint16 freePort) const
+{
+    control({u"load-module"_s, u"module-native-protocol-tcp"_s, u"listen=127.0.0.1"_s,
+             u"port=%1"_s.arg(freePort), u"auth-cookie="_s + m_folder.filePath(u"cookie-of-others"_s)});
+    qputenv("PULSE_SERVER", u"tcp:127.0.0.1:%1"_s.arg(freePort).toUtf8());
+}
+
 void SoundServer::crash()
 {
     m_process.kill();

@@ -56,6 +56,9 @@ public:
     /// What pactl answers.
     QString control(const QStringList &arguments) const;
 
+    /// From the next recording on this process reaches the server through a door that is closed to it.
+    void refuseThisProcess(quint16 freePort) const;
+
     /// Ends the server, as a crash does.
     void crash();
     /// Begins anew at the same address, without microphones.
