@@ -63,18 +63,14 @@ WavFileWriter::WavWriteError::WavWriteError(Kind kind)
       m_kind(kind)
 {}
 
-WavFileWriter::WavFileWriter(const QString &path, quint32 sampleRate, quint64 dataBytes)
-    : m_sampleRate(sampleRate),
-      m_file(path),
-      m_dataBytes(dataBytes)
+WavFileWriter::WavFileWriter(const QString &path, quint32 sampleRate) : m_sampleRate(sampleRate), m_file(path)
 {
     // Unbuffered: a block is one write, and a full disk shows at once.
     const auto mode = QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered;
     if (!m_file.open(mode, QFile::ReadOwner | QFile::WriteOwner))
         throw FileError::notWritten(m_file);
     const auto bytes = header(m_sampleRate, 0);
-    if (m_file.write(bytes.data(), bytes.size()) != qint64(bytes.size()) ||
-        !m_file.seek(qint64(headerBytes + m_dataBytes)))
+    if (m_file.write(bytes.data(), bytes.size()) != qint64(bytes.size()))
         throw FileError::notWritten(m_file);
 }
 
@@ -92,7 +88,7 @@ void WavFileWriter::write(std::span<const char> block)
     const std::scoped_lock locked(m_lock);
     if (m_closed)
         return;
-    if (m_dataBytes + block.size() > mostDataBytes) {
+    if (m_dataBytes + block.size() > maxDataBytes) {
         m_writeFailed = true;
         return;
     }
@@ -108,8 +104,8 @@ void WavFileWriter::write(std::span<const char> block)
 void WavFileWriter::sync()
 {
     const std::scoped_lock locked(m_lock);
-    if (!m_closed)
-        static_cast<void>(FileControl::flush(m_file.handle()));
+    if (!m_closed && !FileControl::flush(m_file.handle()))
+        m_writeFailed = true;
 }
 
 void WavFileWriter::finalize()
@@ -118,7 +114,7 @@ void WavFileWriter::finalize()
     if (m_closed)
         return;
     m_closed = true;
-    const auto bytes = header(m_sampleRate, quint32(std::min(m_dataBytes, mostDataBytes)));
+    const auto bytes = header(m_sampleRate, quint32(std::min(m_dataBytes, maxDataBytes)));
     const bool whole = !m_writeFailed || m_file.resize(qint64(headerBytes + m_dataBytes));
     const bool patched = m_file.seek(0) && m_file.write(bytes.data(), bytes.size()) == qint64(bytes.size());
     const FileError failure = FileError::notWritten(m_file);
@@ -139,7 +135,7 @@ quint64 WavFileWriter::repair(const QString &path, quint32 sampleRate)
     if (!file.open(QFile::ReadWrite | QFile::ExistingOnly | QFile::Unbuffered))
         throw FileError::notWritten(file);
     const quint64 beyondHeader = quint64(std::max(file.size() - qint64(headerBytes), qint64(0)));
-    const quint64 dataBytes = std::min(beyondHeader, mostDataBytes) / sizeof(qint16) * sizeof(qint16);
+    const quint64 dataBytes = std::min(beyondHeader, maxDataBytes) / sizeof(qint16) * sizeof(qint16);
     const auto bytes = header(sampleRate, quint32(dataBytes));
     const QByteArrayView whole(bytes.data(), qsizetype(bytes.size()));
     if (file.read(whole.size()) == whole)

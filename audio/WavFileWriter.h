@@ -31,18 +31,18 @@ public:
     /// In front of the samples.
     static constexpr quint32 headerBytes = 44;
     /// Bytes of samples that fit: with them the 32-bit sizes of the header are at their end.
-    static constexpr quint64 mostDataBytes = 4'294'967'251;
+    static constexpr quint64 maxDataBytes = 4'294'967'251;
 
-    /// Creates the file, readable by its owner only, or empties it. Throws FileError. Samples are written
-    /// behind the `dataBytes` that the file is to begin with, a hole read as silence.
-    WavFileWriter(const QString &path, quint32 sampleRate, quint64 dataBytes = 0);
+    /// Creates the file, readable by its owner only, or empties it. Throws FileError.
+    WavFileWriter(const QString &path, quint32 sampleRate);
     Q_DISABLE_COPY_MOVE(WavFileWriter)
 
     /// Adds samples in −1…1; what lies outside is clipped, NaN becomes silence. Needs 2 bytes of memory
     /// per sample. Never fails: finalize() tells whether samples were lost. Ignored after finalize().
     void append(std::span<const float> samples);
 
-    /// Waits until what was appended so far is on the disk; failures show at the next append() or finalize().
+    /// Waits until what was appended so far is on the disk. Never fails: the system says only once that it
+    /// lost some of it, so from then on finalize() says that samples were lost.
     void sync();
 
     /// Writes the sizes into the header and closes the file. Throws FileError, or WavWriteError when the
@@ -59,7 +59,7 @@ private:
     const quint32 m_sampleRate;
     std::mutex m_lock; // guards everything below
     QFile m_file;
-    quint64 m_dataBytes;
+    quint64 m_dataBytes = 0;
     bool m_closed = false;
     bool m_writeFailed = false;
 };

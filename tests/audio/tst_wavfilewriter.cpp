@@ -7,6 +7,8 @@
 #include <QTest>
 #include <QtEndian>
 
+#include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <limits>
@@ -14,6 +16,8 @@
 #include <vector>
 
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -21,6 +25,8 @@ using namespace orvane;
 namespace {
 
 constexpr qint64 headerBytes = 44;
+
+std::atomic<bool> s_syncFails = false;
 
 QByteArray contentOf(const QString &path)
 {
@@ -64,6 +70,15 @@ bool isIncomplete(WavFileWriter &writer)
 }
 
 } // namespace
+
+// Takes the place of the C library's function in this program.
+extern "C" int fdatasync(int fildes)
+{
+    if (!s_syncFails)
+        return int(syscall(SYS_fdatasync, fildes));
+    errno = EIO;
+    return -1;
+}
 
 class TestWavFileWriter : public QObject
 {
@@ -127,16 +142,6 @@ private Q_SLOTS:
                  QFile::Permissions());
     }
 
-    void replacesAnEarlierFile()
-    {
-        QFile earlier(path());
-        QVERIFY(earlier.open(QFile::WriteOnly) && earlier.write(QByteArray(1000, 'x')) == 1000);
-        earlier.close();
-        WavFileWriter writer(path(), 16000);
-        writer.finalize();
-        QCOMPARE(QFileInfo(path()).size(), headerBytes);
-    }
-
     void cannotBeCreated_data()
     {
         QTest::addColumn<QString>("path");
@@ -168,34 +173,17 @@ private Q_SLOTS:
         writer.finalize(); // told once
     }
 
-    void fullDiskToTheEnd()
+    void failedSyncIsALoss()
     {
-        const auto full = limitFileSize(headerBytes + 200 + 101);
         WavFileWriter writer(path(), 16000);
-        for (int count = 0; count < 5; ++count)
-            writer.append(std::vector<float>(100, 0.25F));
+        writer.append(std::vector<float>(100, 0.25F));
+        s_syncFails = true;
+        writer.sync();
+        s_syncFails = false;
+        writer.append(std::vector<float>(100, 0.25F));
+        writer.sync(); // the system says it once only
         QVERIFY(isIncomplete(writer));
-        QCOMPARE(samplesOf(contentOf(path())), QList<int>(100, 8191));
-    }
-
-    void ceasesAtFourGiB()
-    {
-        constexpr quint64 before = WavFileWriter::mostDataBytes - 11;
-        WavFileWriter writer(path(), 16000, before); // takes no room on the disk
-        writer.append(std::vector<float>(6, 0.25F));
-        writer.append(std::vector<float>(5, 0.5F));
-        writer.append(std::vector<float>(1, 0.75F));
-        QVERIFY(isIncomplete(writer));
-
-        QFile file(path());
-        QVERIFY(file.open(QFile::ReadOnly));
-        QCOMPARE(file.size(), headerBytes + qint64(before) + 10);
-        const QByteArray header = file.read(headerBytes);
-        QCOMPARE(number(header, 4), 4'294'967'286U);
-        QCOMPARE(number(header, 40), 4'294'967'250U);
-        QVERIFY(file.seek(file.size() - 10));
-        QCOMPARE(samplesOf(header + file.readAll()), QList<int>(5, 16383));
-        file.remove();
+        QCOMPARE(samplesOf(contentOf(path())), QList<int>(200, 8191));
     }
 
     void longRecordingsGoInPieces()
