@@ -18,17 +18,17 @@ void CapturedSamples::setChunks(double seconds, ChunkHandler handler)
 
 void CapturedSamples::add(std::span<const float> samples) noexcept
 {
-    size_t leastSize = 0;
+    size_t minSize = 0;
     try {
         const std::lock_guard lock(m_mutex);
         std::vector<float> &target = m_chunkSize > 0 ? m_chunk : m_all;
         target.insert(target.end(), samples.begin(), samples.end());
-        leastSize = m_chunkSize;
+        minSize = m_chunkSize;
     } catch (const std::bad_alloc &) {
         return; // What is there stays; there may be memory for the next ones.
     }
-    if (leastSize > 0)
-        handOut(leastSize);
+    if (minSize > 0)
+        handOut(minSize);
 }
 
 void CapturedSamples::flushChunk() noexcept
@@ -36,12 +36,12 @@ void CapturedSamples::flushChunk() noexcept
     handOut(1);
 }
 
-void CapturedSamples::handOut(size_t leastSize) noexcept
+void CapturedSamples::handOut(size_t minSize) noexcept
 {
     try {
         const std::lock_guard order(m_order);
         std::unique_lock lock(m_mutex);
-        if (!m_handler || m_chunk.size() < leastSize)
+        if (!m_handler || m_chunk.size() < minSize)
             return;
         // A copy of the right size goes out; the room stays for the next chunk.
         std::vector<float> chunk(m_chunk);

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] std::vector<float> takePendingChunk();
 
 private:
-    void handOut(size_t leastSize) noexcept;
+    void handOut(size_t minSize) noexcept;
 
     std::mutex m_order;     // held while a chunk is taken and handed out, so that none overtakes another
     std::mutex m_mutex;     // guards everything below

@@ -22,7 +22,7 @@ namespace orvane {
 namespace {
 
 /// What is not longer than 0.3 s is a slip of the keys, not speech.
-constexpr size_t mostOfASlip = sampleRate * 3 / 10;
+constexpr size_t longestSlip = sampleRate * 3 / 10;
 /// Until the screen is as it was before the indicator, and the focus where the text is to go.
 constexpr auto settlingTime = 80ms;
 /// Dictations are in any language, whatever the files are in.
@@ -202,7 +202,7 @@ QCoro::Task<DictationController::Dictated> DictationController::textOf(std::vect
 
 QCoro::Task<QString> DictationController::recognised(std::vector<float> samples, std::stop_token session)
 {
-    if (samples.size() <= mostOfASlip)
+    if (samples.size() <= longestSlip)
         co_return QString();
     const QString model = modelFile();
     if (model.isEmpty())
