@@ -3,6 +3,7 @@
 #include "audio/AudioDecoderError.h"
 #include "audio/MediaFile.h"
 #include "audio/SampleBuffer.h"
+#include "audio/SampleRate.h"
 #include "audio/decoding/AudioDecoderModule.h"
 #include "base/localization/Localization.h"
 
@@ -50,7 +51,7 @@ namespace {
 
 AudioDecoder::AudioDecoder(const QString &moduleFolder) : m_moduleFile(moduleFolder + u"/orvane-decoder"_s) {}
 
-std::vector<float> AudioDecoder::decode(const QString &path, const std::stop_token &stop) const
+AudioDecoder::Sound AudioDecoder::decode(const QString &path, const std::stop_token &stop) const
 {
     throwIfCancelled(stop);
     MediaFile file(path, stop);
@@ -62,7 +63,10 @@ std::vector<float> AudioDecoder::decode(const QString &path, const std::stop_tok
     if (result.outcome != DecodingOutcome::Decoded)
         throwFailure(result, samples.isTooLong());
     try {
-        return samples.take();
+        Sound sound{.samples = samples.take(), .damagedFrom = std::nullopt};
+        if (result.isCutShort)
+            sound.damagedFrom = std::chrono::milliseconds(qint64(sound.samples.size()) * 1000 / sampleRate);
+        return sound;
     } catch (const std::bad_alloc &) {
         throw AudioDecoderError::conversionFailed(Localization::text(u"не хватило памяти"));
     }

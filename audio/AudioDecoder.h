@@ -22,10 +22,18 @@ public:
     explicit AudioDecoder(const QString &moduleFolder);
     Q_DISABLE_COPY_MOVE(AudioDecoder)
 
-    /// The track mixed down to mono at 16 kHz, −1…1; never empty. Packets that cannot be decoded and gaps
-    /// are left out; a file that ends early ends there. Throws AudioDecoderError, and Cancelled soon after
-    /// a stop is requested; nothing partial is returned.
-    [[nodiscard]] std::vector<float> decode(const QString &path, const std::stop_token &stop = {}) const;
+    struct Sound
+    {
+        /// Mono at 16 kHz, −1…1; never empty.
+        std::vector<float> samples;
+        /// The length of the samples where much more should have followed: the file is damaged from there
+        /// on, or a part of it is missing. None when it was read to its end.
+        std::optional<std::chrono::milliseconds> damagedFrom;
+    };
+
+    /// The track mixed down. Packets that cannot be decoded and gaps are left out. Throws
+    /// AudioDecoderError, and Cancelled soon after a stop is requested.
+    [[nodiscard]] Sound decode(const QString &path, const std::stop_token &stop = {}) const;
 
     /// The length of the track as the file tells, for an estimate; none when unknown for whatever reason.
     [[nodiscard]] std::optional<std::chrono::milliseconds> duration(const QString &path,

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <new>
 #include <span>
-#include <stdexcept>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace orvane {
 
@@ -22,11 +24,22 @@ float inRange(float sample)
     return sample == sample ? clipped : 0.0F;
 }
 
+// The system takes back the whole pages of memory whose content is not needed any more: a block as long as
+// the recording would otherwise stay there until all of it has been copied.
+void giveBack(std::span<float> samples)
+{
+    static const auto page = std::uintptr_t(::sysconf(_SC_PAGESIZE));
+    const auto begin = (std::uintptr_t(samples.data()) + page - 1) / page * page;
+    const auto end = std::uintptr_t(samples.data() + samples.size()) / page * page;
+    if (begin < end)
+        ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
+}
+
 } // namespace
 
 void SampleBuffer::expect(std::int64_t count) noexcept
 {
-    if (count <= 0 || count > mostSamples || !m_blocks.empty())
+    if (count <= 0 || count > maxSamples || !m_blocks.empty())
         return;
     try {
         m_blocks.emplace_back().reserve(size_t(count + spareSamples));
@@ -37,7 +50,7 @@ void SampleBuffer::expect(std::int64_t count) noexcept
 
 float *SampleBuffer::room(std::int64_t count) noexcept
 {
-    m_tooLong = m_count + count > mostSamples;
+    m_tooLong = m_count + count > maxSamples;
     if (m_tooLong)
         return nullptr;
     const auto wanted = size_t(count);
@@ -63,6 +76,21 @@ void SampleBuffer::commit(std::int64_t count) noexcept
     m_count += count;
 }
 
+std::vector<float> SampleBuffer::joined()
+{
+    std::vector<float> all;
+    all.reserve(size_t(m_count)); // takes memory only as it is filled
+    for (; !m_blocks.empty(); m_blocks.pop_front()) {
+        const std::span<float> block = m_blocks.front();
+        for (size_t done = 0; done < block.size(); done += blockSamples) {
+            const auto piece = block.subspan(done, std::min(blockSamples, block.size() - done));
+            all.insert(all.end(), piece.begin(), piece.end());
+            giveBack(piece);
+        }
+    }
+    return all;
+}
+
 std::vector<float> SampleBuffer::take()
 {
     if (m_blocks.empty())
@@ -72,9 +100,10 @@ std::vector<float> SampleBuffer::take()
     m_blocks.pop_front();
     if (m_blocks.empty() && all.capacity() / 2 > all.size())
         all.shrink_to_fit();
-    all.reserve(size_t(m_count));
-    for (; !m_blocks.empty(); m_blocks.pop_front())
-        all.insert(all.end(), m_blocks.front().begin(), m_blocks.front().end());
+    if (!m_blocks.empty()) {
+        m_blocks.push_front(std::move(all));
+        all = joined();
+    }
     m_count = 0;
     m_committed = 0;
     return all;

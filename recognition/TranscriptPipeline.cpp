@@ -1,6 +1,7 @@
 #include "recognition/TranscriptPipeline.h"
 
 #include "audio/AudioDecoder.h"
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
@@ -20,7 +21,6 @@ namespace orvane {
 namespace {
 
 constexpr int maxSpeakers = 2;
-constexpr int sampleRate = 16000;
 
 using Length = std::optional<std::chrono::milliseconds>;
 
@@ -142,20 +142,21 @@ QCoro::Task<Transcript> TranscriptPipeline::recogniseDecoded(Request request, Pr
     auto decode = [decoder = &m_decoder, path = request.audioPath, stop] {
         return decoder->decode(path, stop);
     };
-    std::vector<float> samples = co_await m_scope(offMainThread(&longWorkPool(), std::move(decode)), stop);
+    AudioDecoder::Sound sound = co_await m_scope(offMainThread(&longWorkPool(), std::move(decode)), stop);
 
-    const auto length = 1ms * (qint64(samples.size()) * 1000 / sampleRate);
+    const auto length = 1ms * (qint64(sound.samples.size()) * 1000 / sampleRate);
     progress.setStatus(recognitionStatus());
     co_await m_scope(m_engine.load(request.model.path, stop), stop);
     EstimatedProgress shown(progress, m_estimate, request.model.path);
     shown.setLength(length);
     shown.begin();
     const QList<RawSegment> segments =
-        co_await m_scope(m_engine.transcribe(std::move(samples), request.model.path, request.language,
+        co_await m_scope(m_engine.transcribe(std::move(sound.samples), request.model.path, request.language,
                                              WhisperServerEngine::NonSpeech::Keep, stop),
                          stop);
     shown.end();
-    co_return Transcript{.segments = DisplaySegment::from(segments), .length = length};
+    co_return Transcript{
+        .segments = DisplaySegment::from(segments), .length = length, .damagedFrom = sound.damagedFrom};
 }
 
 } // namespace orvane

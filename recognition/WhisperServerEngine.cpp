@@ -1,5 +1,6 @@
 #include "recognition/WhisperServerEngine.h"
 
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "base/AnyStop.h"
 #include "base/Async.h"
@@ -19,7 +20,6 @@ namespace orvane {
 
 namespace {
 
-constexpr int sampleRate = 16000;
 constexpr std::chrono::milliseconds requestTimeout = 30min;
 constexpr int badRequest = 400;
 

@@ -63,6 +63,8 @@ struct DecodingResult
     DecodingOutcome outcome = DecodingOutcome::Decoded;
     /// UTF-8, ends with a zero.
     std::array<char, 128> detail{};
+    /// Decoded, but the file could be read to a place well before its end only.
+    bool isCutShort = false;
 };
 
 /// Reads media files with libraries that the program itself does not load. Stateless, any thread.
@@ -70,8 +72,8 @@ class AudioDecoderModule
 {
 public:
     /// Puts the first audio track into the sink, mixed down and resampled. What the sink got counts only
-    /// with the outcome Decoded. A file that ends early ends there; packets that cannot be decoded are
-    /// left out as long as others can.
+    /// with the outcome Decoded. A file that ends early or is damaged from some place on ends there; packets
+    /// that cannot be decoded are left out as long as others can.
     virtual DecodingResult decode(MediaSource &source, SampleSink &sink) const noexcept = 0;
 
     /// Milliseconds of the first audio track as the file tells, −1 when it does not.
@@ -83,6 +85,6 @@ protected:
 
 /// The module's one exported function. Its name changes with what stands above.
 using AudioDecoderModuleEntry = const AudioDecoderModule *();
-inline constexpr char audioDecoderModuleEntryName[] = "orvaneAudioDecoderModule1";
+inline constexpr char audioDecoderModuleEntryName[] = "orvaneAudioDecoderModule2";
 
 } // namespace orvane

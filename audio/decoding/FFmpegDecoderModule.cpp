@@ -21,11 +21,11 @@ public:
             if (const auto length = input.duration(track); length && input.isDurationTold())
                 sink.expect(*length * sampleRate / 1000);
             FFmpegTrackDecoder(input, track, sink).run();
-            return {};
+            return {.outcome = DecodingOutcome::Decoded, .detail = {}, .isCutShort = input.isCutShort(track)};
         } catch (const DecodingFailure &failure) {
             return failure.result;
         } catch (const std::bad_alloc &) {
-            return {.outcome = DecodingOutcome::NoRoom, .detail = {}};
+            return {.outcome = DecodingOutcome::NoRoom, .detail = {}, .isCutShort = false};
         }
     }
 
@@ -47,7 +47,7 @@ public:
 } // namespace orvane
 
 extern "C" __attribute__((visibility("default"))) const orvane::AudioDecoderModule *
-orvaneAudioDecoderModule1()
+orvaneAudioDecoderModule2()
 {
     static const orvane::FFmpegDecoderModule module;
     return &module;

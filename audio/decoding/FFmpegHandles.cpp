@@ -8,7 +8,7 @@ namespace orvane {
 
 void fail(DecodingOutcome outcome, const char *detail)
 {
-    DecodingFailure failure{.result = {.outcome = outcome, .detail = {}}};
+    DecodingFailure failure{.result = {.outcome = outcome, .detail = {}, .isCutShort = false}};
     const size_t length = std::min(std::strlen(detail), failure.result.detail.size() - 1);
     std::copy_n(detail, length, failure.result.detail.begin());
     throw failure;

@@ -10,6 +10,9 @@ namespace orvane {
 namespace {
 
 constexpr int bufferBytes = 64 * 1024;
+constexpr AVRational milliseconds{1, 1000};
+// A told length can be wrong by some packets, or by a whole second.
+constexpr std::int64_t lengthTolerance = 3000;
 
 bool isSound(const AVStream &stream)
 {
@@ -75,7 +78,6 @@ AVStream &FFmpegInput::selectAudioTrack()
 
 std::optional<std::int64_t> FFmpegInput::duration(const AVStream &track) const
 {
-    constexpr AVRational milliseconds{1, 1000};
     std::int64_t found = 0;
     if (track.duration != AV_NOPTS_VALUE)
         found = av_rescale_q(track.duration, track.time_base, milliseconds);
@@ -96,12 +98,37 @@ bool FFmpegInput::read(AVPacket &packet, const AVStream &track)
         const int got = av_read_frame(m_format.get(), &packet);
         if (got == AVERROR(ENOMEM))
             fail(DecodingOutcome::NoRoom);
-        if (got < 0 && got != AVERROR(EAGAIN) && !m_source.isCancelled())
+        if (got < 0 && got != AVERROR(EAGAIN) && !m_source.isCancelled()) {
+            m_failed = got != AVERROR_EOF;
             return false;
-        if (got >= 0 && packet.stream_index == track.index)
+        }
+        if (got >= 0 && packet.stream_index == track.index) {
+            note(packet, track);
             return true;
+        }
     }
     fail(DecodingOutcome::Cancelled);
+}
+
+void FFmpegInput::note(const AVPacket &packet, const AVStream &track)
+{
+    if (packet.pts == AV_NOPTS_VALUE)
+        return;
+    const std::int64_t start = track.start_time == AV_NOPTS_VALUE ? 0 : track.start_time;
+    const std::int64_t end =
+        av_rescale_q(packet.pts + packet.duration - start, track.time_base, milliseconds);
+    m_reached = std::max(m_reached.value_or(0), end);
+}
+
+bool FFmpegInput::isCutShort(const AVStream &track) const
+{
+    // A container's length may be that of another track: it counts where reading broke off only.
+    const bool isOfTrack = track.duration != AV_NOPTS_VALUE || m_format->nb_streams == 1;
+    const bool isToldOfTrack = isOfTrack && isDurationTold();
+    const std::optional<std::int64_t> length = m_failed || isToldOfTrack ? duration(track) : std::nullopt;
+    if (!length || !m_reached)
+        return m_failed;
+    return *m_reached + lengthTolerance < *length;
 }
 
 int FFmpegInput::readBytes(void *input, std::uint8_t *buffer, int size)

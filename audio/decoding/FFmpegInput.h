@@ -27,6 +27,9 @@ public:
     /// The next packet of a track; false at the end, also where the file breaks off.
     [[nodiscard]] bool read(AVPacket &packet, const AVStream &track);
 
+    /// After the last packet: whether much more of the track should have come.
+    [[nodiscard]] bool isCutShort(const AVStream &track) const;
+
 private:
     static int readBytes(void *input, std::uint8_t *buffer, int size);
     static std::int64_t seekBytes(void *input, std::int64_t offset, int whence);
@@ -34,10 +37,14 @@ private:
     static int isInterrupted(void *input);
 
     void open();
+    void note(const AVPacket &packet, const AVStream &track);
 
     MediaSource &m_source;
     std::int64_t m_position = 0;
     bool m_refused = false;
+    bool m_failed = false;
+    /// Milliseconds of the track that the packets so far reach to; none while they tell no time.
+    std::optional<std::int64_t> m_reached;
     FFmpegHandle<AVIOContext> m_bytes;
     FFmpegHandle<AVFormatContext> m_format;
 };

@@ -17,13 +17,13 @@ namespace {
 constexpr int lowestRate = 1000;
 constexpr int highestRate = 2'822'400;
 // As many as the resampler can mix.
-constexpr int mostChannels = 64;
+constexpr int maxChannels = 64;
 
 // Each channel's share for layouts that FFmpeg cannot mix: the sound field's sum is its first channel,
 // of other channels nobody knows where they belong.
-std::array<double, mostChannels> ownMatrix(const AVChannelLayout &layout)
+std::array<double, maxChannels> ownMatrix(const AVChannelLayout &layout)
 {
-    std::array<double, mostChannels> shares{};
+    std::array<double, maxChannels> shares{};
     if (layout.order == AV_CHANNEL_ORDER_AMBISONIC)
         shares.front() = 1;
     else
@@ -67,7 +67,7 @@ bool FFmpegResampler::fits(const AVFrame &frame) const
 bool FFmpegResampler::configure(const AVFrame &frame)
 {
     const int channels = frame.ch_layout.nb_channels;
-    if (channels < 1 || channels > mostChannels || frame.sample_rate < lowestRate ||
+    if (channels < 1 || channels > maxChannels || frame.sample_rate < lowestRate ||
         frame.sample_rate > highestRate)
         return false;
     if (av_channel_layout_copy(&m_layout, &frame.ch_layout) < 0)

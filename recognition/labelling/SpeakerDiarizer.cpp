@@ -61,7 +61,7 @@ QCoro::Task<QList<DisplaySegment>> assignByVoice(QList<DisplaySegment> segments,
 {
     auto label = [segments, audioPath, maxSpeakers, decoder, stop] {
         try {
-            const std::vector<float> samples = decoder->decode(audioPath, stop);
+            const std::vector<float> samples = decoder->decode(audioPath, stop).samples;
             return assignByVoice(segments, samples, decodedRate, maxSpeakers);
         } catch (const AudioDecoderError &) {
             return assignSingle(segments); // the transcript is worth more than the numbers
