@@ -22,13 +22,14 @@ TranscriptRecord FileTranscript::record() const
     const QFileInfo file(path);
     TranscriptRecord record;
     record.kind = TranscriptKind::File;
-    record.title = titleOf(file);
+    record.title = title.isEmpty() ? titleOf(file) : title;
     record.modelID = modelID;
     record.languageCode = languageCode;
     record.durationMs = length ? qint64(length->count()) : segments.isEmpty() ? 0 : segments.last().end;
     record.segments = TranscriptRecord::segmentsFrom(segments);
     record.text = text;
-    record.sourceFilePath = file.absoluteFilePath();
+    if (title.isEmpty())
+        record.sourceFilePath = file.absoluteFilePath();
     return record;
 }
 

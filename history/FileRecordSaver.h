@@ -18,6 +18,8 @@ struct FileTranscript
 {
     /// Of the media file; may be relative to the working folder.
     QString path;
+    /// Of a medium that is no file of the user's; empty to take the file's name.
+    QString title = {};
     QList<DisplaySegment> segments;
     QString text;
     QString modelID;

@@ -43,6 +43,8 @@ public:
         QString language;
         SpeakerDetection speakers = SpeakerDetection::Off;
         History history = History::Save;
+        /// The record's when the audio is no file of the user's; empty to take the file's name.
+        QString title = {};
     };
 
     struct Result

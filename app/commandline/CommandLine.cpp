@@ -1,8 +1,8 @@
 #include "app/commandline/CommandLine.h"
 
 #include "app/commandline/ExitStatus.h"
+#include "app/commandline/InputStream.h"
 #include "app/commandline/Output.h"
-#include "app/commandline/TextInput.h"
 #include "base/localization/Localization.h"
 #include "settings/TranscriptionLanguage.h"
 
@@ -215,7 +215,7 @@ Command parseText(TextCommand::Action action, const QStringList &arguments)
         words.removeFirst();
     }
     options.record = valueOf(recordOption, parser).value_or(QString());
-    options.input = words.value(0, TextInput::standardInput.toString());
+    options.input = words.value(0, InputStream::standardInput.toString());
     options.model = parser.value(modelOption);
     options.output = outputOf(parser);
     refuseMoreThan(options.record.isEmpty() ? 1 : 0, words);

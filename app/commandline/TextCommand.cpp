@@ -2,6 +2,7 @@
 
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/HistoryAccess.h"
+#include "app/commandline/InputStream.h"
 #include "app/commandline/ModelChoice.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
@@ -44,7 +45,7 @@ TextCommand::TextCommand(AppServices &services, Options options)
             Localization::text(u"Для этой команды --output должен указывать файл, а не папку: ") +
             m_options.output);
     const bool isItsOwnResult = m_options.record.isEmpty() && output.isFile() &&
-                                m_options.input != TextInput::standardInput &&
+                                m_options.input != InputStream::standardInput &&
                                 QFileInfo(m_options.input) == output;
     if (isItsOwnResult)
         throw UsageError(
@@ -85,7 +86,7 @@ QCoro::Task<QString> TextCommand::result()
         if (record.text.trimmed().isEmpty())
             throw Error(Localization::text(u"В записи нет текста."));
     } else {
-        record.title = TextInput::title(m_options.input);
+        record.title = InputStream::title(m_options.input);
         record.text = co_await TextInput::read(m_options.input, stop);
     }
     throwIfCancelled(stop);

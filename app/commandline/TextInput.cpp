@@ -1,20 +1,10 @@
 #include "app/commandline/TextInput.h"
 
+#include "app/commandline/InputStream.h"
 #include "base/Error.h"
-#include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QScopeGuard>
-#include <QSocketNotifier>
 #include <QStringDecoder>
-
-#include <array>
-#include <cerrno>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -23,66 +13,31 @@ namespace orvane::TextInput {
 namespace {
 
 constexpr qsizetype mebibyte = 1024 * 1024;
-constexpr qsizetype mostMebibytes = 16;
-
-Error notRead(const QString &source)
-{
-    return Error(Localization::text(u"Не удалось прочитать файл") +
-                 u" «%1»: %2"_s.arg(title(source), qt_error_string(errno)));
-}
+constexpr qsizetype maxMebibytes = 16;
 
 Error unusable(const QString &source, const QString &reason)
 {
-    return Error(u"%1: %2"_s.arg(title(source), reason));
+    return Error(u"%1: %2"_s.arg(InputStream::title(source), reason));
 }
 
-/// Reading would block the event loop, and with it Ctrl-C, while nobody writes.
-QCoro::Task<> untilReadable(int descriptor, std::stop_token stop)
+QCoro::Task<QByteArray> bytesOf(QString source, std::stop_token stop)
 {
-    const std::shared_ptr<OneTimeEvent> readable = OneTimeEvent::create();
-    QSocketNotifier notifier(descriptor, QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier, readable] {
-        notifier.setEnabled(false);
-        readable->happen();
-    });
-    co_await readable->wait(stop);
-}
-
-QCoro::Task<QByteArray> bytesOf(int descriptor, QString source, std::stop_token stop)
-{
+    InputStream input(source);
     QByteArray bytes;
-    std::array<char, 65536> buffer;
-    while (bytes.size() <= mostMebibytes * mebibyte) {
-        co_await untilReadable(descriptor, stop);
-        const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
-        if (count == 0)
+    while (bytes.size() <= maxMebibytes * mebibyte) {
+        const QByteArray piece = co_await input.next(stop);
+        if (piece.isEmpty())
             co_return bytes;
-        if (count > 0)
-            bytes.append(buffer.data(), count);
-        else if (errno != EAGAIN && errno != EINTR)
-            throw notRead(source);
+        bytes += piece;
     }
-    throw unusable(source, Localization::text(u"текст больше %1 МБ, это слишком много.").arg(mostMebibytes));
+    throw unusable(source, Localization::text(u"текст больше %1 МБ, это слишком много.").arg(maxMebibytes));
 }
 
 } // namespace
 
-QString title(const QString &source)
-{
-    return source == standardInput ? Localization::text(u"стандартный ввод") : QFileInfo(source).fileName();
-}
-
 QCoro::Task<QString> read(QString source, std::stop_token stop)
 {
-    // Not waiting for somebody to write into a pipe, either.
-    const int descriptor = source == standardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                                   : ::open(QFile::encodeName(source).constData(),
-                                                            O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
-        throw notRead(source);
-    const auto close = qScopeGuard([descriptor] { ::close(descriptor); });
-    const QByteArray bytes = co_await bytesOf(descriptor, source, stop);
-
+    const QByteArray bytes = co_await bytesOf(source, stop);
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     if (decoder.hasError())

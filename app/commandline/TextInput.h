@@ -9,12 +9,6 @@
 /// Where a command reads the text that it works on.
 namespace orvane::TextInput {
 
-/// Names standard input where a file is asked for.
-inline constexpr QStringView standardInput = u"-";
-
-/// The file's name, or what to call standard input.
-[[nodiscard]] QString title(const QString &source);
-
 /// The text of a file, a pipe or, for "-", of standard input, which may take as long as somebody writes it.
 /// Throws Error when there is none: what cannot be read, is empty, is not in UTF-8 or is too large. Throws
 /// Cancelled when it is stopped.

@@ -1,13 +1,18 @@
 #include "app/commandline/TranscribeCommand.h"
 
 #include "app/commandline/ExitStatus.h"
+#include "app/commandline/InputStream.h"
 #include "app/commandline/ModelChoice.h"
 #include "app/commandline/Output.h"
 #include "app/commandline/ProgressLine.h"
 #include "app/services/AppServices.h"
+#include "base/StandardFolders.h"
+#include "base/files/FileError.h"
+#include "base/files/TemporaryFile.h"
 #include "base/localization/Localization.h"
 #include "history/FileRecordSaver.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -19,10 +24,15 @@ namespace orvane {
 
 namespace {
 
-QString fileName(const QString &path)
+bool isStandardInput(const QString &file)
 {
-    const QString name = QFileInfo(path).fileName();
-    return name.isEmpty() ? path : name;
+    return file == InputStream::standardInput;
+}
+
+QString shownName(const QString &file)
+{
+    const QString name = InputStream::title(file);
+    return name.isEmpty() ? file : name;
 }
 
 bool isFolder(const QString &path)
@@ -37,7 +47,8 @@ TranscribeCommand::TranscribeCommand(AppServices &services, Options options)
       m_options(std::move(options))
 {
     const auto isItsOwnResult = [this](const QString &file) {
-        return QFileInfo(file).isFile() && QFileInfo(file) == QFileInfo(destination(file));
+        return !isStandardInput(file) && QFileInfo(file).isFile() &&
+               QFileInfo(file) == QFileInfo(destination(file));
     };
     if (std::ranges::any_of(m_options.files, isItsOwnResult))
         throw UsageError(
@@ -66,13 +77,19 @@ QCoro::Task<int> TranscribeCommand::run()
     const ModelFile chosenModel = ModelChoice::recognitionModel(m_services, m_options.model);
     Output::requireWritable(m_options.output);
     co_await m_services.history().whenLoaded(); // what is saved can then be read back
-    const QString language = languageOfFiles();
+    const AppSettings &settings = m_services.settings();
+    TranscriptionService::Request request;
+    request.model = chosenModel;
+    request.language = languageOfFiles();
+    request.speakers =
+        settings.detectSpeakers() ? TranscriptionService::SpeakerDetection::On : m_options.speakers;
+    request.history = m_options.history;
 
     bool everyFileDone = true;
     for (const QString &file : m_options.files) {
-        if (m_interrupted)
+        if (m_stop.stop_requested())
             break;
-        const bool done = co_await transcribe(file, chosenModel, language);
+        const bool done = co_await transcribe(file, request);
         everyFileDone = everyFileDone && done;
     }
 
@@ -98,24 +115,24 @@ QString TranscribeCommand::languageOfFiles() const
 
 void TranscribeCommand::interrupt()
 {
-    m_interrupted = true;
+    m_stop.request_stop();
     m_services.transcriber().cancel();
     m_services.whisperEngine().stop(); // what waits for it ends with it
 }
 
-QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, QString language)
+QCoro::Task<bool> TranscribeCommand::transcribe(QString file, TranscriptionService::Request request)
 {
     TranscriptionService &transcriber = m_services.transcriber();
-    TranscriptionService::Request request;
+    const TemporaryFile received(StandardFolders::ofUser().temporary, u"orvane-"_s, u".media"_s);
     request.audioPath = file;
-    request.model = model;
-    request.language = language;
-    request.speakers = m_services.settings().detectSpeakers() ? TranscriptionService::SpeakerDetection::On
-                                                              : m_options.speakers;
-    request.history = m_options.history;
     TranscriptionService::Result result;
     try {
-        const ProgressLine progress(fileName(file), [&transcriber] {
+        if (isStandardInput(file)) {
+            co_await receive(received.path());
+            request.audioPath = received.path();
+            request.title = Localization::text(u"Стандартный ввод");
+        }
+        const ProgressLine progress(shownName(file), [&transcriber] {
             return ProgressLine::State{.stage = transcriber.statusText(),
                                        .remainingMs = transcriber.remainingMs()};
         });
@@ -123,7 +140,7 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, Q
     } catch (const Cancelled &) {
         co_return false;
     } catch (const Error &error) {
-        Output::complain(u"%1: %2"_s.arg(fileName(file), error.description()));
+        Output::complain(u"%1: %2"_s.arg(shownName(file), error.description()));
         co_return false;
     }
 
@@ -136,6 +153,23 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, ModelFile model, Q
     co_return true;
 }
 
+QCoro::Task<> TranscribeCommand::receive(QString path)
+{
+    InputStream input(InputStream::standardInput.toString());
+    QFile file(path);
+    if (!file.open(QFile::WriteOnly | QFile::NewOnly, QFile::ReadOwner | QFile::WriteOwner))
+        throw FileError::notWritten(file);
+    while (true) {
+        const QByteArray piece = co_await input.next(m_stop.get_token());
+        if (piece.isEmpty())
+            break;
+        if (file.write(piece) != piece.size())
+            throw FileError::notWritten(file);
+    }
+    if (!file.flush())
+        throw FileError::notWritten(file);
+}
+
 TranscriptRecord TranscribeCommand::recordOf(const TranscriptionService::Request &request,
                                              const TranscriptionService::Result &result) const
 {
@@ -144,6 +178,7 @@ TranscriptRecord TranscribeCommand::recordOf(const TranscriptionService::Request
             return *stored;
     }
     return FileTranscript{.path = request.audioPath,
+                          .title = request.title,
                           .segments = result.transcript.segments,
                           .text = joinedText(result.transcript.segments),
                           .modelID = request.model.id,
@@ -155,7 +190,7 @@ TranscriptRecord TranscribeCommand::recordOf(const TranscriptionService::Request
 void TranscribeCommand::writeResult(const QString &file, const TranscriptRecord &record) const
 {
     if (record.text.trimmed().isEmpty())
-        Output::complain(u"%1: %2"_s.arg(fileName(file), Localization::text(u"речь не найдена")));
+        Output::complain(u"%1: %2"_s.arg(shownName(file), Localization::text(u"речь не найдена")));
     const QString target = destination(file);
     const bool needsHeading = m_options.files.size() > 1 && m_options.format == OutputFormat::Text &&
                               target == Output::standardOutput;
@@ -167,8 +202,8 @@ QString TranscribeCommand::destination(const QString &file) const
 {
     if (!isFolder(m_options.output))
         return m_options.output;
-    return u"%1/%2.%3"_s.arg(m_options.output, QFileInfo(file).completeBaseName(),
-                             extension(m_options.format));
+    const QString name = isStandardInput(file) ? u"stdin"_s : QFileInfo(file).completeBaseName();
+    return u"%1/%2.%3"_s.arg(m_options.output, name, extension(m_options.format));
 }
 
 } // namespace orvane

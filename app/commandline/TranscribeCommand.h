@@ -8,6 +8,8 @@
 
 #include <QCoroTask>
 
+#include <stop_token>
+
 namespace orvane {
 
 class AppServices;
@@ -19,6 +21,7 @@ class TranscribeCommand
 public:
     struct Options
     {
+        /// "-" is standard input.
         QStringList files;
         /// Id of a catalogue model or path of a file; empty for the user's choice.
         QString model;
@@ -44,7 +47,9 @@ public:
 
 private:
     [[nodiscard]] QString languageOfFiles() const;
-    QCoro::Task<bool> transcribe(QString file, ModelFile model, QString language);
+    QCoro::Task<bool> transcribe(QString file, TranscriptionService::Request request);
+    /// Keeps standard input in a file.
+    QCoro::Task<> receive(QString path);
     /// The stored record when there is one, else one made for the occasion.
     [[nodiscard]] TranscriptRecord recordOf(const TranscriptionService::Request &request,
                                             const TranscriptionService::Result &result) const;
@@ -53,7 +58,7 @@ private:
 
     AppServices &m_services;
     const Options m_options;
-    bool m_interrupted = false;
+    std::stop_source m_stop;
 };
 
 } // namespace orvane

@@ -64,6 +64,7 @@ TranscriptionService &AppServices::transcriber()
         const auto save = [this](const TranscriptionService::Request &request, const Transcript &transcript) {
             return FileRecordSaver(*m_history)
                 .save({.path = request.audioPath,
+                       .title = request.title,
                        .segments = transcript.segments,
                        .text = joinedText(transcript.segments),
                        .modelID = request.model.id,

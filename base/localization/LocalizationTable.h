@@ -416,6 +416,7 @@ inline constexpr TextPair table[] = {
     {u"Исправленный текст", u"Corrected text"},
     {u"Что сделано", u"What was done"},
     {u"стандартный ввод", u"standard input"},
+    {u"Стандартный ввод", u"Standard input"},
     {u"текст больше %1 МБ, это слишком много.", u"the text is larger than %1 MB, which is too much."},
     {u"это не текст в кодировке UTF-8.", u"this is no text in UTF-8."},
     {u"текста нет.", u"there is no text."},
@@ -443,7 +444,7 @@ inline constexpr TextPair table[] = {
     {u"Нет такой модели: ", u"There is no such model: "},
     {uR"(Orvane превращает речь в текст на вашем компьютере.
 
-  orvane transcribe ФАЙЛ…         расшифровать аудио или видео
+  orvane transcribe ФАЙЛ|-…       расшифровать аудио или видео; - читает стандартный ввод
       --model ИМЯ|ПУТЬ            модель распознавания (по умолчанию выбранная в настройках)
       --language КОД              язык речи, например ru или en; auto — определить
       --speakers                  различать двух говорящих по голосу
@@ -492,7 +493,7 @@ inline constexpr TextPair table[] = {
 )",
      uR"(Orvane turns speech into text on your computer.
 
-  orvane transcribe FILE…         transcribe audio or video
+  orvane transcribe FILE|-…       transcribe audio or video; - reads standard input
       --model NAME|PATH           recognition model (by default the one chosen in the settings)
       --language CODE             language of the speech, such as ru or en; auto finds out
       --speakers                  tell two speakers apart by their voices
