@@ -100,19 +100,21 @@ void OrvaneProgram::setPreferences(const QByteArray &json) const
             "cannot write the preferences");
 }
 
-OrvaneProgram::Result OrvaneProgram::run(const QStringList &arguments) const
+OrvaneProgram::Result OrvaneProgram::run(const QStringList &arguments, const QString &input) const
 {
-    const std::unique_ptr<QProcess> process = start(arguments);
+    const std::unique_ptr<QProcess> process = start(arguments, input);
     require(process->waitForFinished(patience), "the program did not end");
     return {.exitCode = process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1,
             .output = process->readAllStandardOutput(),
             .complaints = process->readAllStandardError()};
 }
 
-std::unique_ptr<QProcess> OrvaneProgram::start(const QStringList &arguments) const
+std::unique_ptr<QProcess> OrvaneProgram::start(const QStringList &arguments, const QString &input) const
 {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(m_environment);
+    if (!input.isEmpty())
+        process->setStandardInputFile(input);
     process->start(m_program, arguments);
     require(process->waitForStarted(patience), "the program cannot be started");
     return process;

@@ -45,10 +45,11 @@ public:
     void setPreferences(const QByteArray &json) const;
     void setEnvironment(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
-    /// Runs to the end.
-    [[nodiscard]] Result run(const QStringList &arguments) const;
+    /// Runs to the end, with the file as its standard input.
+    [[nodiscard]] Result run(const QStringList &arguments, const QString &input = {}) const;
     /// Starts and returns at once.
-    [[nodiscard]] std::unique_ptr<QProcess> start(const QStringList &arguments) const;
+    [[nodiscard]] std::unique_ptr<QProcess> start(const QStringList &arguments,
+                                                  const QString &input = {}) const;
 
     /// Process identifiers of the engines that children of this home's program run.
     [[nodiscard]] QList<qint64> enginesOf(const QProcess &program) const;

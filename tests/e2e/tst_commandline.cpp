@@ -19,19 +19,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("complaint");
 
         QTest::newRow("unknown command") << QStringList{u"sing"_s} << u"Неизвестная команда: sing"_s;
-        QTest::newRow("no file") << QStringList{u"transcribe"_s} << u"Укажите файл"_s;
-        QTest::newRow("unknown option")
-            << QStringList{u"transcribe"_s, u"a"_s, u"--loud"_s} << u"Неизвестный параметр: --loud"_s;
-        QTest::newRow("option without value")
-            << QStringList{u"transcribe"_s, u"a"_s, u"--model"_s} << u"Параметру нужно значение: --model"_s;
-        QTest::newRow("flag with value") << QStringList{u"transcribe"_s, u"a"_s, u"--no-history=1"_s, u"b"_s}
-                                         << u"Параметр не принимает значения: --no-history"_s;
-        QTest::newRow("output that is empty")
-            << QStringList{u"transcribe"_s, u"a"_s, u"--output"_s, QString()}
-            << u"Параметру нужно значение: --output"_s;
-        QTest::newRow("format") << QStringList{u"transcribe"_s, u"a"_s, u"--format"_s, u"pdf"_s} << u"pdf"_s;
-        QTest::newRow("language") << QStringList{u"transcribe"_s, u"a"_s, u"--language"_s, u"xx"_s}
-                                  << u"xx"_s;
         QTest::newRow("several files into one")
             << QStringList{u"transcribe"_s, u"a"_s, u"b"_s, u"--output"_s, u"c.txt"_s} << u"--output"_s;
         QTest::newRow("subtitles of several files")
@@ -39,22 +26,8 @@ private Q_SLOTS:
         QTest::newRow("results that overwrite each other")
             << QStringList{u"transcribe"_s, u"a.wav"_s, u"a.mp3"_s, u"--output"_s, u"/tmp"_s}
             << u"одинаковыми"_s;
-        QTest::newRow("history action") << QStringList{u"history"_s, u"burn"_s} << u"burn"_s;
-        QTest::newRow("no record") << QStringList{u"history"_s, u"show"_s} << u"Укажите запись"_s;
-        QTest::newRow("record that is an empty name")
-            << QStringList{u"history"_s, u"delete"_s, QString()} << u"Укажите запись"_s;
-        QTest::newRow("blank title") << QStringList{u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}
-                                     << u"Укажите новое название"_s;
-        QTest::newRow("no question") << QStringList{u"ask"_s, u" "_s} << u"Задайте вопрос"_s;
-        QTest::newRow("file and record")
-            << QStringList{u"correct"_s, u"a.txt"_s, u"--record"_s, u"1"_s} << u"a.txt"_s;
-        QTest::newRow("record that is empty")
-            << QStringList{u"correct"_s, u"--record="_s} << u"Параметру нужно значение: --record"_s;
         QTest::newRow("text into a folder")
             << QStringList{u"correct"_s, u"a"_s, u"--output"_s, u"/tmp"_s} << u"файл, а не папку: /tmp"_s;
-        QTest::newRow("no record to transcribe")
-            << QStringList{u"history"_s, u"retranscribe"_s} << u"Укажите запись"_s;
-        QTest::newRow("one word too many") << QStringList{u"history"_s, u"show"_s, u"1"_s, u"2"_s} << u"2"_s;
     }
 
     void refusesAWrongCommand()

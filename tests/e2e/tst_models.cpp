@@ -1,4 +1,5 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Files.h"
 #include "tests/support/Nginx.h"
 
 #include <QDir>
@@ -37,12 +38,6 @@ const QByteArray &largeModel()
 {
     static const QByteArray model = content("lmgg", 31 * mebibyte);
     return model;
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList filesIn(const QString &folder)
@@ -138,8 +133,8 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(QString::fromUtf8(result.output),
                  recognitionFile(u"tiny"_s) + u'\n' + correctionFile() + u'\n');
-        QVERIFY(read(recognitionFile(u"tiny"_s)) == recognition);
-        QVERIFY(read(correctionFile()) == correction);
+        QVERIFY(test::contentOf(recognitionFile(u"tiny"_s)) == recognition);
+        QVERIFY(test::contentOf(correctionFile()) == correction);
         QCOMPARE(recognitionFiles(), QStringList{u"ggml-tiny.bin"_s});
 
         // Once there, it is not asked for again.
@@ -262,7 +257,7 @@ private Q_SLOTS:
 
         QCOMPARE(result.complaints, QByteArray());
         QCOMPARE(result.exitCode, 0);
-        QVERIFY(read(recognitionFile(u"large-v3"_s)) == largeModel());
+        QVERIFY(test::contentOf(recognitionFile(u"large-v3"_s)) == largeModel());
         QCOMPARE(recognitionFiles(), QStringList{u"ggml-large-v3.bin"_s});
         QTRY_COMPARE_WITH_TIMEOUT(m_nginx->requests().size(), 4, 60'000);
         QCOMPARE(QString::fromLatin1(m_nginx->requests().last().range),
@@ -324,7 +319,7 @@ private:
     [[nodiscard]] qint64 recorded() const
     {
         const QJsonArray written =
-            QJsonDocument::fromJson(read(part() + u".meta"_s)).object()[u"written"_s].toArray();
+            QJsonDocument::fromJson(test::contentOf(part() + u".meta"_s)).object()[u"written"_s].toArray();
         return std::accumulate(written.begin(), written.end(), qint64(0),
                                [](qint64 sum, const QJsonValue &one) { return sum + one.toInteger(); });
     }

@@ -1,4 +1,5 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,23 +13,13 @@
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using test::contentOf;
+using test::put;
 
 namespace {
 
 const QString recordID = u"0A1B2C3D-4E5F-4607-8899-AABBCCDDEEFF"_s;
 const QString said = u"hello my name is ivan"_s;
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-}
 
 /// The program with the real engine behind a recorder, and a record in its history.
 class TextProgram : public OrvaneProgram
@@ -57,14 +48,14 @@ public:
 
     [[nodiscard]] QJsonObject record() const
     {
-        return QJsonDocument::fromJson(read(recordFiles().first())).object();
+        return QJsonDocument::fromJson(contentOf(recordFiles().first())).object();
     }
 
     /// What the engine was asked so far.
     [[nodiscard]] QList<QJsonObject> requests() const
     {
         QList<QJsonObject> requests;
-        for (const QByteArray &line : read(path(u"requests"_s)).split('\n')) {
+        for (const QByteArray &line : contentOf(path(u"requests"_s)).split('\n')) {
             const QJsonDocument request = QJsonDocument::fromJson(line);
             if (request.isObject()) // the last line may be half written
                 requests.append(request.object());
@@ -107,7 +98,7 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         QFETCH(QString, system);
         const TextProgram orvane;
-        write(orvane.path(u"a.txt"_s), said.toUtf8() + '\n');
+        put(orvane.path(u"a.txt"_s), said.toUtf8() + '\n');
 
         const auto result = orvane.run(arguments + QStringList{orvane.path(u"a.txt"_s)});
 
@@ -192,7 +183,7 @@ private Q_SLOTS:
         const TextProgram orvane;
         orvane.setPreferences(preferences);
         // Four tokens a character, as the model knows none of these.
-        write(orvane.path(u"a.txt"_s), u"𓀀"_s.repeated(6000).toUtf8());
+        put(orvane.path(u"a.txt"_s), u"𓀀"_s.repeated(6000).toUtf8());
         const auto result = orvane.run({u"ask"_s, u"What?"_s, orvane.path(u"a.txt"_s)});
         QCOMPARE(result.exitCode, 1);
         QTEST(QString::fromUtf8(result.complaints), "complaint");
@@ -259,11 +250,11 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, complaint);
         const TextProgram orvane;
-        write(orvane.path(u"empty"_s), {});
-        write(orvane.path(u"blank"_s), " \n\t");
-        write(orvane.path(u"utf16"_s), QByteArray("\xff\xfeh\0i\0", 6));
-        write(orvane.path(u"cut"_s), QByteArray("Приве").chopped(1));
-        write(orvane.path(u"large"_s), QByteArray((16 << 20) + 1, 'a'));
+        put(orvane.path(u"empty"_s), {});
+        put(orvane.path(u"blank"_s), " \n\t");
+        put(orvane.path(u"utf16"_s), QByteArray("\xff\xfeh\0i\0", 6));
+        put(orvane.path(u"cut"_s), QByteArray("Приве").chopped(1));
+        put(orvane.path(u"large"_s), QByteArray((16 << 20) + 1, 'a'));
         const auto program = orvane.start({u"correct"_s, u"--"_s, name == u"-"_s ? name : orvane.path(name)});
         program->closeWriteChannel();
         QVERIFY(program->waitForFinished(60'000));

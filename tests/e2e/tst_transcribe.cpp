@@ -1,5 +1,7 @@
 #include "tests/e2e/OrvaneProgram.h"
 #include "tests/support/Dialogue.h"
+#include "tests/support/Files.h"
+#include "tests/support/WordError.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,15 +15,14 @@
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using test::contentOf;
+using test::put;
 
 namespace {
 
-const QString said = u"ask not what your country can do for you"_s;
-
-bool heard(const QByteArray &output)
-{
-    return QString::fromUtf8(output).contains(said, Qt::CaseInsensitive);
-}
+const QString said =
+    u"And so my fellow Americans ask not what your country can do for you ask what you can do for "
+    "your country"_s;
 
 /// Makes a media file with the ffmpeg program.
 void makeMedia(const QStringList &arguments)
@@ -29,12 +30,6 @@ void makeMedia(const QStringList &arguments)
     QProcess ffmpeg;
     ffmpeg.start(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s, u"-y"_s} + arguments);
     QVERIFY2(ffmpeg.waitForFinished(-1) && ffmpeg.exitCode() == 0, ffmpeg.readAllStandardError().constData());
-}
-
-/// The same where the sentence may be spread over several lines.
-bool heardInPieces(const QByteArray &output)
-{
-    return output.contains("my fellow Americans") && output.contains("country");
 }
 
 } // namespace
@@ -75,7 +70,7 @@ private Q_SLOTS:
 
         QCOMPARE(result.complaints, QByteArray());
         QCOMPARE(result.exitCode, 0);
-        QVERIFY2(heard(result.output), result.output.constData());
+        VERIFY_WORDS(QString::fromUtf8(result.output), said);
         QCOMPARE(orvane.temporaryFiles(), QStringList());
         QCOMPARE(orvane.recordFiles(), QStringList());
     }
@@ -104,10 +99,10 @@ private Q_SLOTS:
         makeMedia({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s, u"-t"_s, u"1"_s,
                    orvane.path(u"silent.mp4"_s)});
         makeMedia({u"-i"_s, fixture(u"jfk.wav"_s), orvane.path(u"whole.m4a"_s)});
-        write(orvane.path(u"truncated.m4a"_s), read(orvane.path(u"whole.m4a"_s)).first(20'000));
-        write(orvane.path(u"empty.wav"_s), {});
-        write(orvane.path(u"empty.m4a"_s), {});
-        write(orvane.path(u"text.mp3"_s), "Dear diary, nothing here can be heard.\n");
+        put(orvane.path(u"truncated.m4a"_s), contentOf(orvane.path(u"whole.m4a"_s)).first(20'000));
+        put(orvane.path(u"empty.wav"_s), {});
+        put(orvane.path(u"empty.m4a"_s), {});
+        put(orvane.path(u"text.mp3"_s), "Dear diary, nothing here can be heard.\n");
         QDir().mkpath(orvane.path(u"folder.wav"_s));
 
         const auto result = orvane.run({u"transcribe"_s, orvane.path(name)});
@@ -128,8 +123,28 @@ private Q_SLOTS:
         const auto result =
             orvane.run({u"transcribe"_s, fixture(u"russian.wav"_s), u"--language"_s, u"auto"_s});
         QCOMPARE(result.exitCode, 0);
-        QCOMPARE(QString::fromUtf8(result.output).trimmed(),
-                 QString::fromUtf8(read(fixture(u"russian.txt"_s))).trimmed());
+        VERIFY_WORDS(QString::fromUtf8(result.output),
+                     QString::fromUtf8(contentOf(fixture(u"russian.txt"_s))));
+    }
+
+    /// The language that nobody chose is found out.
+    void readsStandardInput()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const QString media = orvane.path(u"a.mp3"_s);
+        makeMedia({u"-i"_s, fixture(u"jfk.wav"_s), media});
+
+        const auto result = orvane.run({u"transcribe"_s, u"-"_s}, media);
+
+        QCOMPARE(result.complaints, QByteArray());
+        VERIFY_WORDS(QString::fromUtf8(result.output), said);
+        QCOMPARE(orvane.temporaryFiles(), QStringList());
+        const QStringList files = orvane.recordFiles();
+        QCOMPARE(files.size(), 1);
+        const QJsonObject record = QJsonDocument::fromJson(contentOf(files.constFirst())).object();
+        QCOMPARE(record[u"title"_s].toString(), u"Стандартный ввод"_s);
+        QVERIFY(!record.contains(u"sourceFilePath"_s));
     }
 
     void labelsSpeakers_data()
@@ -177,7 +192,7 @@ private Q_SLOTS:
 
         const QStringList files = orvane.recordFiles();
         QCOMPARE(files.size(), 1);
-        QCOMPARE(read(files.first()).trimmed(), result.output.trimmed());
+        QCOMPARE(contentOf(files.first()).trimmed(), result.output.trimmed());
         QCOMPARE(QFileInfo(files.first()).permissions() & ~(QFile::ReadUser | QFile::WriteUser),
                  QFile::ReadOwner | QFile::WriteOwner);
 
@@ -192,7 +207,8 @@ private Q_SLOTS:
         QVERIFY(record[u"durationMs"_s].toInteger() > 9000);
 
         const QString id = record[u"id"_s].toString();
-        QVERIFY(heardInPieces(orvane.run({u"history"_s, u"show"_s, id}).output));
+        VERIFY_WORDS(record[u"text"_s].toString(), said);
+        QVERIFY(orvane.run({u"history"_s, u"show"_s, id}).output.contains("country"));
         QCOMPARE(orvane.run({u"history"_s, u"rename"_s, id, u"Речь"_s}).exitCode, 0);
         const auto srt = orvane.run({u"history"_s, u"export"_s, id.first(8), u"--format"_s, u"srt"_s});
         QVERIFY2(srt.output.startsWith("1\n00:00:00,000 --> 00:00:"), srt.output.constData());
@@ -216,8 +232,8 @@ private Q_SLOTS:
             {u"history"_s, u"retranscribe"_s, id, u"--model"_s, u"base"_s, u"--language"_s, u"en"_s});
         QCOMPARE(anew.complaints, QByteArray());
         QCOMPARE(anew.exitCode, 0);
-        QVERIFY2(heard(anew.output), anew.output.constData());
-        const QByteArray stored = read(orvane.recordFiles().first());
+        VERIFY_WORDS(QString::fromUtf8(anew.output), said);
+        const QByteArray stored = contentOf(orvane.recordFiles().first());
         const QJsonObject record = QJsonDocument::fromJson(stored).object();
         QCOMPARE(record[u"modelID"_s].toString(), u"base"_s);
         QCOMPARE(record[u"text"_s].toString().trimmed(), QString::fromUtf8(anew.output).trimmed());
@@ -230,7 +246,7 @@ private Q_SLOTS:
         QCOMPARE(failed.exitCode, 1);
         QVERIFY(failed.complaints.startsWith("Аудиофайл этой записи не найден"));
         QCOMPARE(failed.complaints.count('\n'), 1);
-        QCOMPARE(read(orvane.recordFiles().first()), stored);
+        QCOMPARE(contentOf(orvane.recordFiles().first()), stored);
     }
 
     void goesOnAfterAFileThatFails()
@@ -246,7 +262,7 @@ private Q_SLOTS:
 
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.complaints.startsWith("missing.mp3: "));
-        QVERIFY(heardInPieces(read(results + u"/jfk.md"_s)));
+        QVERIFY(contentOf(results + u"/jfk.md"_s).contains("country"));
     }
 
     void saysWhatDoesNotFitOnAFullDisk()
@@ -297,19 +313,6 @@ private Q_SLOTS:
         program->kill();
         QVERIFY(program->waitForFinished(60'000));
         QTRY_VERIFY_WITH_TIMEOUT(!isAlive(engine), 10'000);
-    }
-
-private:
-    static QByteArray read(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    static void write(const QString &path, const QByteArray &bytes)
-    {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
 };
 
