@@ -19,7 +19,7 @@ ModelFile named(const ModelCatalogManager &models, const QString &name)
     if (QFileInfo(name).isFile())
         return ModelFile::atPath(name);
     throw Error((models.localPath(name).isEmpty() ? Localization::text(u"Нет такой модели: ")
-                                                 : Localization::text(u"Эта модель не скачана: ")) +
+                                                  : Localization::text(u"Эта модель не скачана: ")) +
                 name);
 }
 
