@@ -20,8 +20,9 @@ std::optional<std::uint8_t> setUpXkb(const XcbConnection &connection)
     return firstEvent;
 }
 
-/// Raw events of the second revision arrive whoever grabs the keyboard; those of the first do not.
-bool selectRawKeys(const XcbConnection &connection)
+/// Keys, and keyboards that come and go. Raw events of the second revision arrive whoever grabs the keyboard;
+/// those of the first do not.
+bool selectInput(const XcbConnection &connection)
 {
     const XcbOwned<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
         connection.get(), xcb_input_xi_query_version(connection.get(), 2, 2), nullptr));
@@ -29,12 +30,15 @@ bool selectRawKeys(const XcbConnection &connection)
         return false;
     struct
     {
-        xcb_input_event_mask_t head = {.deviceid = XCB_INPUT_DEVICE_ALL_MASTER, .mask_len = 1};
-        std::uint32_t mask = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+        xcb_input_event_mask_t keys = {.deviceid = XCB_INPUT_DEVICE_ALL_MASTER, .mask_len = 1};
+        std::uint32_t keyEvents =
+            XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+        xcb_input_event_mask_t devices = {.deviceid = XCB_INPUT_DEVICE_ALL, .mask_len = 1};
+        std::uint32_t deviceEvents = XCB_INPUT_XI_EVENT_MASK_HIERARCHY;
     } const selection;
     const XcbOwned<xcb_generic_error_t> error(xcb_request_check(
         connection.get(),
-        xcb_input_xi_select_events_checked(connection.get(), connection.root(), 1, &selection.head)));
+        xcb_input_xi_select_events_checked(connection.get(), connection.root(), 2, &selection.keys)));
     return error == nullptr;
 }
 
@@ -63,7 +67,7 @@ std::shared_ptr<KeyDisplay> KeyDisplay::open()
     selectMapChanges(connection);
     std::optional<KeyboardMap> map = KeyboardMap::read(connection.get());
     const xcb_query_extension_reply_t *input = xcb_get_extension_data(connection.get(), &xcb_input_id);
-    if (!map || input == nullptr || input->present == 0 || !selectRawKeys(connection))
+    if (!map || input == nullptr || input->present == 0 || !selectInput(connection))
         return nullptr;
     return std::make_shared<KeyDisplay>(KeyDisplay{.connection = std::move(connection),
                                                    .map = *std::move(map),

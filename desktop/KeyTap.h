@@ -27,18 +27,33 @@ public:
     /// Whether F5, or Esc while it is intercepted, cannot be had because another program holds it. Taken
     /// within 2 s of being free; the trigger keys go on working.
     [[nodiscard]] virtual bool grabIsMissing() const { return false; }
+    /// Whether Esc is one of those.
+    [[nodiscard]] virtual bool escapeIsMissing() const { return false; }
+    /// Whether the keyboard has that key: options of its layout may have given it another meaning.
+    [[nodiscard]] virtual bool has(TriggerKey key) const
+    {
+        Q_UNUSED(key)
+        return false;
+    }
+    /// Whether the right Alt is an AltGr, with which the user types.
+    [[nodiscard]] virtual bool rightOptionTypes() const { return false; }
     /// Whether Esc comes here instead of going to the focused application.
     virtual void setEscapeIntercepted(bool intercepted) { Q_UNUSED(intercepted) }
 
 Q_SIGNALS:
     /// A trigger key went down or up. It reaches the focused application too.
     void triggerKeyChanged(orvane::TriggerKey key, bool down);
+    /// A key that is no trigger key went down.
+    void otherKeyPressed();
     /// F5 alone was pressed; holding it is one press.
     void togglePressed();
     /// Esc alone was pressed while it is intercepted; holding it is one press.
     void escapePressed();
     void activeChanged();
+    /// Also for escapeIsMissing().
     void grabIsMissingChanged();
+    /// What the keys mean has changed.
+    void keysChanged();
 };
 
 } // namespace orvane

@@ -79,6 +79,21 @@ bool X11KeyTap::grabIsMissing() const
     return m_toggle.isMissing() || m_escape.isMissing();
 }
 
+bool X11KeyTap::has(TriggerKey key) const
+{
+    if (!m_display)
+        return false;
+    const KeyboardMap &map = m_display->map;
+    if (key == TriggerKey::RightCommand)
+        return map.canBePressed(XKB_KEY_Control_R);
+    return map.canBePressed(XKB_KEY_Alt_R) || map.canBePressed(XKB_KEY_ISO_Level3_Shift);
+}
+
+bool X11KeyTap::rightOptionTypes() const
+{
+    return m_display && m_display->map.canBePressed(XKB_KEY_ISO_Level3_Shift);
+}
+
 void X11KeyTap::setEscapeIntercepted(bool intercepted)
 {
     if (std::exchange(m_escapeIsIntercepted, intercepted) == intercepted || !m_display)
@@ -128,6 +143,7 @@ QCoro::Task<> X11KeyTap::refreshMap()
     m_display->map = *map;
     m_down.clear();
     takeGrabs();
+    Q_EMIT keysChanged();
 }
 
 void X11KeyTap::readEvents()
@@ -171,7 +187,7 @@ void X11KeyTap::handle(const xcb_generic_event_t &event)
         m_toggle.handleError(error);
         m_escape.handleError(error);
     } else if (type == XCB_GE_GENERIC) {
-        handleRawKey(event);
+        handleInput(event);
     } else if (type == m_display->xkbEvent) {
         spawn(refreshMap());
     } else if (type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE) {
@@ -185,15 +201,27 @@ void X11KeyTap::handle(const xcb_generic_event_t &event)
     }
 }
 
+void X11KeyTap::handleInput(const xcb_generic_event_t &event)
+{
+    const auto &input = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
+    if (input.extension != m_display->inputOpcode)
+        return;
+    if (input.event_type == XCB_INPUT_RAW_KEY_PRESS || input.event_type == XCB_INPUT_RAW_KEY_RELEASE)
+        handleRawKey(event);
+    else if (input.event_type == XCB_INPUT_HIERARCHY)
+        handleDevices(event);
+}
+
 void X11KeyTap::handleRawKey(const xcb_generic_event_t &event)
 {
     const auto &raw = reinterpret_cast<const xcb_input_raw_key_press_event_t &>(event);
     const bool isPress = raw.event_type == XCB_INPUT_RAW_KEY_PRESS;
-    if (raw.extension != m_display->inputOpcode || (!isPress && raw.event_type != XCB_INPUT_RAW_KEY_RELEASE))
-        return;
     const std::optional<TriggerKey> key = triggerKey(m_display->map.symbol(xcb_keycode_t(raw.detail)));
-    if (!key)
+    if (!key) {
+        if (isPress)
+            Q_EMIT otherKeyPressed();
         return;
+    }
     // A press of what is down already is a repetition, a release of what is not had no press here.
     const std::pair<int, int> place(raw.sourceid, int(raw.detail));
     if (m_down.contains(place) == isPress)
@@ -203,6 +231,19 @@ void X11KeyTap::handleRawKey(const xcb_generic_event_t &event)
     else
         m_down.remove(place);
     Q_EMIT triggerKeyChanged(*key, isPress);
+}
+
+/// The keys of a keyboard that is gone are up, and its number may be that of the next one.
+void X11KeyTap::handleDevices(const xcb_generic_event_t &event)
+{
+    constexpr std::uint32_t gone =
+        XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED | XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
+    const auto &change = reinterpret_cast<const xcb_input_hierarchy_event_t &>(event);
+    xcb_input_hierarchy_info_iterator_t infos = xcb_input_hierarchy_infos_iterator(&change);
+    for (; infos.rem > 0; xcb_input_hierarchy_info_next(&infos)) {
+        if ((infos.data->flags & gone) != 0)
+            m_down.removeIf([device = int(infos.data->deviceid)](auto key) { return key.first == device; });
+    }
 }
 
 void X11KeyTap::takeGrabs()
@@ -236,7 +277,8 @@ void X11KeyTap::settleGrabs()
         m_retry.start();
     else
         m_retry.stop();
-    if (std::exchange(m_grabWasMissing, grabIsMissing()) != m_grabWasMissing)
+    const std::pair missing(grabIsMissing(), escapeIsMissing());
+    if (std::exchange(m_missing, missing) != missing)
         Q_EMIT grabIsMissingChanged();
 }
 
@@ -267,7 +309,7 @@ void X11KeyTap::disconnectFromDisplay()
     m_down.clear();
     const QPointer self(this);
     Q_EMIT activeChanged();
-    if (self && std::exchange(m_grabWasMissing, false))
+    if (self && std::exchange(m_missing, {}).first)
         Q_EMIT grabIsMissingChanged();
 }
 

@@ -32,6 +32,9 @@ public:
     void uninstall() override;
     [[nodiscard]] bool isActive() const override { return m_display != nullptr; }
     [[nodiscard]] bool grabIsMissing() const override;
+    [[nodiscard]] bool escapeIsMissing() const override { return m_escape.isMissing(); }
+    [[nodiscard]] bool has(TriggerKey key) const override;
+    [[nodiscard]] bool rightOptionTypes() const override;
     void setEscapeIntercepted(bool intercepted) override;
 
 private:
@@ -40,7 +43,9 @@ private:
 
     void readEvents();
     void handle(const xcb_generic_event_t &event);
+    void handleInput(const xcb_generic_event_t &event);
     void handleRawKey(const xcb_generic_event_t &event);
+    void handleDevices(const xcb_generic_event_t &event);
 
     void takeGrabs();
     void releaseGrabs();
@@ -56,7 +61,7 @@ private:
     KeyGrab m_escape;
     bool m_escapeIsIntercepted = false;
     std::optional<unsigned> m_answer; // the request that tells how the grabs went
-    bool m_grabWasMissing = false;    // as published
+    std::pair<bool, bool> m_missing;  // any grab and that of Esc, as published
     QSet<std::pair<int, int>> m_down; // trigger keys, each after its device
     bool m_mapIsStale = false;
     bool m_mapIsBeingRead = false;

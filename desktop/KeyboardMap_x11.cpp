@@ -63,6 +63,9 @@ std::optional<KeyboardMap> KeyboardMap::read(xcb_connection_t *connection)
     }
     map.m_activeLayout = int(xkb_state_serialize_layout(state.get(), XKB_STATE_LAYOUT_EFFECTIVE));
 
+    if (const xkb_keycode_t virtualKey = xkb_keymap_key_by_name(keymap.get(), "LVL3"); virtualKey <= 255)
+        map.m_virtualLevel3 = xcb_keycode_t(virtualKey);
+
     const xcb_keycode_t *keys = xcb_get_modifier_mapping_keycodes(modifiers.get());
     for (QList<xcb_keycode_t> &row : map.m_modifiers) {
         for (int i = 0; i < modifiers->keycodes_per_modifier; ++i, ++keys) {
@@ -82,6 +85,17 @@ QList<xcb_keycode_t> KeyboardMap::keysWith(xkb_keysym_t symbol) const
             keys.append(xcb_keycode_t(key));
     }
     return keys;
+}
+
+bool KeyboardMap::canBePressed(xkb_keysym_t symbol) const
+{
+    return std::any_of(m_layouts.begin(), m_layouts.end(), [this, symbol](const Symbols &symbols) {
+        for (size_t key = 0; key < symbols.size(); ++key) {
+            if (symbols.at(key) == symbol && key != m_virtualLevel3)
+                return true;
+        }
+        return false;
+    });
 }
 
 std::optional<xcb_keycode_t> KeyboardMap::keyInAnyLayout(xkb_keysym_t symbol) const

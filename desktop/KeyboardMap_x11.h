@@ -24,6 +24,8 @@ public:
     [[nodiscard]] xkb_keysym_t symbol(xcb_keycode_t key) const { return m_layouts.constFirst().at(key); }
     /// The keys that have the symbol in the first layout.
     [[nodiscard]] QList<xcb_keycode_t> keysWith(xkb_keysym_t symbol) const;
+    /// Whether a key that a keyboard can really have has the symbol, in any layout.
+    [[nodiscard]] bool canBePressed(xkb_keysym_t symbol) const;
     /// The key that has the symbol in the active layout, else in any other.
     [[nodiscard]] std::optional<xcb_keycode_t> keyInAnyLayout(xkb_keysym_t symbol) const;
     /// A key that acts as the modifier, best the one with the wanted symbol.
@@ -41,6 +43,7 @@ private:
 
     QList<Symbols> m_layouts; // never empty
     int m_activeLayout = 0;
+    xcb_keycode_t m_virtualLevel3 = 0; // a key of every map that stands on no keyboard; 0 for none
     std::array<QList<xcb_keycode_t>, 8> m_modifiers; // by xcb_map_index_t
 };
 

@@ -1,6 +1,7 @@
 #include "desktop/PasteKeys.h"
 
 #include "desktop/KeyboardMap_x11.h"
+#include "desktop/Terminals.h"
 #include "desktop/Xcb.h"
 
 #include <QByteArray>
@@ -24,7 +25,7 @@ namespace {
 constexpr std::chrono::seconds patience{1};
 constexpr std::chrono::milliseconds pollInterval{10};
 
-/// Both strings of WM_CLASS in small letters, each ended by a NUL; empty when the window has none.
+/// Both strings of WM_CLASS, each ended by a NUL; empty when the window has none.
 QByteArray classOf(const XcbConnection &connection, xcb_window_t window)
 {
     const XcbOwned<xcb_get_property_reply_t> property(xcb_get_property_reply(
@@ -33,7 +34,7 @@ QByteArray classOf(const XcbConnection &connection, xcb_window_t window)
     if (!property)
         return {};
     const auto *text = static_cast<const char *>(xcb_get_property_value(property.get()));
-    return QByteArray(text, xcb_get_property_value_length(property.get())).toLower();
+    return QByteArray(text, xcb_get_property_value_length(property.get()));
 }
 
 xcb_window_t parentOf(const XcbConnection &connection, xcb_window_t window)
@@ -58,23 +59,6 @@ bool noWindowIsActive(const XcbConnection &connection)
         nullptr));
     return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
            *static_cast<const xcb_window_t *>(xcb_get_property_value(active.get())) == XCB_WINDOW_NONE;
-}
-
-/// By the class names that terminals give their windows.
-bool isTerminal(const QByteArray &windowClass)
-{
-    // Parts of the names that nothing else has, and whole names that would be part of others.
-    static constexpr const char *parts[] = {
-        "terminal", "xterm",       "rxvt",    "konsole", "kitty", "alacritty",         "wezterm",
-        "ghostty",  "termite",     "tilix",   "guake",   "tilda", "yakuake",           "mlterm",
-        "sakura",   "terminology", "roxterm", "ptyxis",  "eterm", "org.gnome.console",
-    };
-    static constexpr const char *names[] = {"st", "st-256color", "kgx", "foot", "footclient", "terminator"};
-    const QList<QByteArray> given = windowClass.split('\0');
-    return std::any_of(std::begin(parts), std::end(parts),
-                       [&](const char *part) { return windowClass.contains(part); }) ||
-           std::any_of(std::begin(names), std::end(names),
-                       [&](const char *name) { return given.contains(name); });
 }
 
 QList<xcb_keycode_t> heldOf(const XcbConnection &connection, const QList<xcb_keycode_t> &keys)
@@ -136,10 +120,11 @@ std::optional<Shortcut> shortcutFor(Receiver receiver, const KeyboardMap &map)
 
 bool canBePressed()
 {
-    return QGuiApplication::platformName() == "xcb"_L1;
+    // In a Wayland session keys pressed at the X server reach nobody, though it says that they were.
+    return QGuiApplication::platformName() == "xcb"_L1 && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-Receiver receiver()
+Receiver receiver(const QStringList &terminalClasses)
 {
     const XcbConnection connection = XcbConnection::open();
     if (!connection)
@@ -152,7 +137,8 @@ Receiver receiver()
     for (xcb_window_t window = focus->focus; window > XCB_INPUT_FOCUS_POINTER_ROOT;
          window = parentOf(connection, window)) {
         if (const QByteArray windowClass = classOf(connection, window); !windowClass.isEmpty())
-            return isTerminal(windowClass) ? Receiver::Terminal : Receiver::Application;
+            return Terminals::include(windowClass, terminalClasses) ? Receiver::Terminal
+                                                                    : Receiver::Application;
     }
     return noWindowIsActive(connection) ? Receiver::Nobody : Receiver::Application;
 }

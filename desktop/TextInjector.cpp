@@ -5,6 +5,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QInputMethodQueryEvent>
 #include <QMimeData>
 
 #include <utility>
@@ -27,6 +28,17 @@ void offer(const QString &text, QClipboard::Mode mode)
     QGuiApplication::clipboard()->setMimeData(data, mode);
 }
 
+/// Whether what is typed goes to a window of our own that takes no text.
+bool focusIsLostOnUs()
+{
+    if (!QGuiApplication::focusWindow())
+        return false;
+    QInputMethodQueryEvent query(Qt::ImEnabled);
+    if (QObject *focus = QGuiApplication::focusObject())
+        QCoreApplication::sendEvent(focus, &query);
+    return !query.value(Qt::ImEnabled).toBool();
+}
+
 class ClipboardInjector final : public TextInjector
 {
 public:
@@ -36,14 +48,20 @@ public:
         if (trimmed.isEmpty() || !qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
             co_return Outcome::Nothing;
         offer(trimmed, QClipboard::Clipboard);
-        if (!PasteKeys::canBePressed())
+        if (!PasteKeys::canBePressed() || focusIsLostOnUs())
             co_return Outcome::LeftOnClipboard;
-        const PasteKeys::Receiver receiver = co_await offMainThread(PasteKeys::receiver);
+        const auto ask = [terminals = m_terminalClasses] { return PasteKeys::receiver(terminals); };
+        const PasteKeys::Receiver receiver = co_await offMainThread(ask);
         if (receiver == PasteKeys::Receiver::Terminal)
             offer(trimmed, QClipboard::Selection); // what Shift+Insert pastes there
         const bool isPressed = co_await offMainThread([receiver] { return PasteKeys::press(receiver); });
         co_return isPressed ? Outcome::Pasted : Outcome::LeftOnClipboard;
     }
+
+    void setTerminalClasses(const QStringList &classes) override { m_terminalClasses = classes; }
+
+private:
+    QStringList m_terminalClasses;
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <QCoroTask>
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -13,9 +14,11 @@ class TextInjector
 {
 public:
     enum class Outcome {
-        Nothing,        ///< the text is blank, or there is no clipboard; nothing was changed
-        Pasted,         ///< the focused application was told to paste
-        LeftOnClipboard ///< no application could be told: the user pastes it
+        Nothing, ///< the text is blank, or there is no clipboard; nothing was changed
+        Pasted,  ///< the focused application was told to paste
+        /// No application could be told, or a window of our own has the focus where nothing can be typed: the
+        /// user pastes it.
+        LeftOnClipboard
     };
 
     /// The injector of this display, never null. Needs the application object.
@@ -27,6 +30,9 @@ public:
     /// nothing for a clipboard history. The focus stays where it is. Takes up to 1 s while the user holds a
     /// modifier key. Never throws; goes on when this object ends. Call on the main thread.
     virtual QCoro::Task<Outcome> insert(QString text) = 0;
+
+    /// Classes of windows that are to be treated as terminals, where another shortcut pastes.
+    virtual void setTerminalClasses(const QStringList &classes) { Q_UNUSED(classes) }
 };
 
 } // namespace orvane

@@ -24,6 +24,9 @@ public:
     /// this completes a double press; the next press then is the first of a new pair.
     bool keyChanged(TriggerKey trigger, TriggerKey key, bool down);
 
+    /// The next press is a first one.
+    void reset() { m_firstPress.reset(); }
+
 private:
     Clock m_clock;
     /// The last press without its second.

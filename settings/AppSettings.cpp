@@ -23,6 +23,7 @@ const QString dictationMode = u"dictationMode"_s;
 const QString shareAnonymousStats = u"shareAnonymousStats"_s;
 const QString correctionPrompt = u"correctionPrompt"_s;
 const QString interfaceLanguage = u"interfaceLanguage"_s;
+const QString terminalClasses = u"terminalClasses"_s;
 } // namespace Key
 
 template <typename T>
@@ -30,6 +31,8 @@ QVariant stored(const T &value)
 {
     if constexpr (std::is_enum_v<T>)
         return storedForm(value);
+    else if constexpr (std::is_same_v<T, QStringList>)
+        return QVariantList(value.begin(), value.end()); // as a list is read back
     else
         return value;
 }
@@ -50,7 +53,8 @@ AppSettings::AppSettings(UserDefaults &defaults, QObject *parent)
       m_dictationMode(dictationModeFrom(defaults.string(Key::dictationMode).value_or(QString()))),
       m_shareAnonymousStats(defaults.boolean(Key::shareAnonymousStats).value_or(false)),
       m_correctionPrompt(defaults.string(Key::correctionPrompt).value_or(defaultCorrectionPrompt())),
-      m_interfaceLanguage(defaults.string(Key::interfaceLanguage).value_or(u"ru"_s))
+      m_interfaceLanguage(defaults.string(Key::interfaceLanguage).value_or(u"ru"_s)),
+      m_terminalClasses(defaults.value(Key::terminalClasses).toStringList())
 {
     Localization::setLanguage(m_interfaceLanguage);
 }
@@ -142,6 +146,11 @@ void AppSettings::setInterfaceLanguage(const QString &code)
         return;
     Q_EMIT dictationTriggerNameChanged();
     Q_EMIT languageChanged();
+}
+
+void AppSettings::setTerminalClasses(const QStringList &classes)
+{
+    change(m_terminalClasses, classes, Key::terminalClasses, &AppSettings::terminalClassesChanged);
 }
 
 QString AppSettings::dictationTriggerName() const

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -39,6 +40,8 @@ class AppSettings : public QObject
                    correctionPromptChanged)
     Q_PROPERTY(QString interfaceLanguage READ interfaceLanguage WRITE setInterfaceLanguage NOTIFY
                    interfaceLanguageChanged)
+    Q_PROPERTY(QStringList terminalClasses READ terminalClasses WRITE setTerminalClasses NOTIFY
+                   terminalClassesChanged)
     Q_PROPERTY(QString dictationTriggerName READ dictationTriggerName NOTIFY dictationTriggerNameChanged)
     Q_PROPERTY(orvane::TranscriptionLanguage language READ language NOTIFY languageChanged)
 
@@ -66,6 +69,8 @@ public:
     [[nodiscard]] QString correctionPrompt() const { return m_correctionPrompt; }
     /// "ru" or "en".
     [[nodiscard]] QString interfaceLanguage() const { return m_interfaceLanguage; }
+    /// Classes of windows that the user has found to be terminals that the program does not know.
+    [[nodiscard]] QStringList terminalClasses() const { return m_terminalClasses; }
 
     void setSelectedModelID(const QString &id);
     void setLanguageCode(const QString &code);
@@ -79,6 +84,7 @@ public:
     void setShareAnonymousStats(bool on);
     void setCorrectionPrompt(const QString &prompt);
     void setInterfaceLanguage(const QString &code);
+    void setTerminalClasses(const QStringList &classes);
 
     /// The trigger's key as the keyboard calls it, in the interface language.
     [[nodiscard]] QString dictationTriggerName() const;
@@ -101,6 +107,7 @@ Q_SIGNALS:
     void shareAnonymousStatsChanged();
     void correctionPromptChanged();
     void interfaceLanguageChanged();
+    void terminalClassesChanged();
     void dictationTriggerNameChanged();
     void languageChanged();
 
@@ -124,6 +131,7 @@ private:
     bool m_shareAnonymousStats;
     QString m_correctionPrompt;
     QString m_interfaceLanguage;
+    QStringList m_terminalClasses;
 };
 
 } // namespace orvane

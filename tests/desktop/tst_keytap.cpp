@@ -1,5 +1,4 @@
 #include "desktop/KeyTap.h"
-#include "dictation/DictationTrigger.h"
 #include "tests/support/FocusedEditor.h"
 #include "tests/support/XDisplay.h"
 #include "tests/support/XKeyboard.h"
@@ -15,7 +14,6 @@
 using namespace orvane;
 using namespace orvane::test;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 using Key = XKeyboard::Key;
 
@@ -71,14 +69,13 @@ private Q_SLOTS:
 
     void triggerKeys_data();
     void triggerKeys();
-    void doublePress_data();
-    void doublePress();
-    void postedKeysCount();
     void toggleKeyIsSwallowed_data();
     void toggleKeyIsSwallowed();
     void escapeIsSwallowedWhileIntercepted();
     void heldKeyIsOnePress();
     void followsTheKeyboardMap();
+    void keyWithAnotherMeaning_data();
+    void keyWithAnotherMeaning();
     void keyHeldByAnotherProgram();
     void keyboardHeldByAnotherProgram();
     void letsGoWhenUninstalled();
@@ -150,57 +147,20 @@ void TestKeyTap::triggerKeys()
     QTRY_VERIFY(m_tap->isActive());
 
     QSignalSpy spy(m_tap.get(), &KeyTap::triggerKeyChanged);
+    QSignalSpy others(m_tap.get(), &KeyTap::otherKeyPressed);
     m_keyboard->tap(XKeyboard::LeftCtrl);
     m_keyboard->tap(XKeyboard::A);
     m_keyboard->tap(key);
     QTRY_COMPARE(spy.size(), 2);
     QCOMPARE(spy.at(0), (QVariantList{QVariant::fromValue(expected), true}));
     QCOMPARE(spy.at(1), (QVariantList{QVariant::fromValue(expected), false}));
-}
-
-void TestKeyTap::doublePress_data()
-{
-    QTest::addColumn<std::chrono::milliseconds>("apart");
-    QTest::addColumn<int>("toggles");
-    QTest::newRow("quick") << 120ms << 1;
-    QTest::newRow("slow") << 700ms << 0;
-}
-
-void TestKeyTap::doublePress()
-{
-    QFETCH(std::chrono::milliseconds, apart);
-    QFETCH(int, toggles);
-    std::chrono::nanoseconds now = 5s;
-    DictationTrigger rule([&now] { return now; });
-    int toggled = 0;
-    int changes = 0;
-    connect(m_tap.get(), &KeyTap::triggerKeyChanged, this, [&](TriggerKey key, bool down) {
-        toggled += rule.keyChanged(TriggerKey::RightCommand, key, down) ? 1 : 0;
-        ++changes;
-    });
-    m_keyboard->tap(XKeyboard::RightCtrl);
-    QTRY_COMPARE(changes, 2);
-    now += apart;
-    m_keyboard->tap(XKeyboard::RightCtrl);
-    QTRY_COMPARE(changes, 4);
-    QCOMPARE(toggled, toggles);
-}
-
-void TestKeyTap::postedKeysCount()
-{
-    QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
-    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
-    QCOMPARE(QProcess::execute(u"xdotool"_s, {u"key"_s, u"105"_s, u"105"_s, u"71"_s}), 0);
-    QTRY_COMPARE(trigger.size(), 4);
-    QTRY_COMPARE(toggle.size(), 1);
+    QCOMPARE(others.size(), 2);
 }
 
 void TestKeyTap::toggleKeyIsSwallowed_data()
 {
     QTest::addColumn<QList<Key>>("locks");
     QTest::newRow("no lock") << QList<Key>{};
-    QTest::newRow("Caps Lock") << QList<Key>{XKeyboard::CapsLock};
-    QTest::newRow("Num Lock") << QList<Key>{XKeyboard::NumLock};
     QTest::newRow("both, in the second layout")
         << QList<Key>{XKeyboard::CapsLock, XKeyboard::NumLock, XKeyboard::ScrollLock};
 }
@@ -291,6 +251,34 @@ void TestKeyTap::followsTheKeyboardMap()
     m_keyboard->tap(XKeyboard::A);
     QTRY_COMPARE(trigger.size(), 2);
     QCOMPARE(toggle.size(), before);
+}
+
+void TestKeyTap::keyWithAnotherMeaning_data()
+{
+    QTest::addColumn<QString>("layouts");
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<bool>("hasControl");
+    QTest::addColumn<bool>("hasAlt");
+    QTest::addColumn<bool>("altTypes");
+    QTest::newRow("plain") << u"us"_s << QString() << true << true << false;
+    QTest::newRow("AltGr") << u"de"_s << QString() << true << true << true;
+    QTest::newRow("right Ctrl changes the layout")
+        << u"us,ru"_s << u"grp:rctrl_toggle"_s << false << true << false;
+    QTest::newRow("right Alt composes") << u"us"_s << u"compose:ralt"_s << true << false << false;
+}
+
+void TestKeyTap::keyWithAnotherMeaning()
+{
+    QFETCH(const QString, layouts);
+    QFETCH(const QString, options);
+    XKeyboard::setLayouts(layouts, options);
+    const auto restore = qScopeGuard([] { XKeyboard::setLayouts(u"us"_s); });
+    m_tap->uninstall();
+    m_tap->install();
+    QTRY_VERIFY(m_tap->isActive());
+    QTEST(m_tap->has(TriggerKey::RightCommand), "hasControl");
+    QTEST(m_tap->has(TriggerKey::RightOption), "hasAlt");
+    QTEST(m_tap->rightOptionTypes(), "altTypes");
 }
 
 void TestKeyTap::keyHeldByAnotherProgram()

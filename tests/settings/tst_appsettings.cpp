@@ -161,6 +161,8 @@ void TestAppSettings::everyPropertyIsStoredAndTold_data()
     flag("shareAnonymousStats", true);
     text("correctionPrompt", u"correctionPrompt"_s, u"Строка\n«вторая»\t\"\\ 🎙"_s);
     text("interfaceLanguage", u"interfaceLanguage"_s, u"en"_s);
+    QTest::newRow("terminalClasses") << u"terminalClasses"_s << QVariant(QStringList{u"warp"_s})
+                                     << QJsonValue(QJsonArray{u"warp"_s});
 }
 
 void TestAppSettings::everyPropertyIsStoredAndTold()
