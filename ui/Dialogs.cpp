@@ -49,26 +49,12 @@ Dialogs::~Dialogs()
 
 QCoro::Task<UpdatePresenter::Choice> Dialogs::offer(Offer offer, std::stop_token stop)
 {
-    const bool accepted = co_await askUntil(
-        {.title = offer.title, .text = offer.text, .yes = offer.downloadButton, .no = offer.laterButton},
-        stop);
-    co_return accepted ? Choice::Download : Choice::Later;
-}
-
-QCoro::Task<bool> Dialogs::ask(Question question)
-{
-    return askUntil(std::move(question), {});
-}
-
-QCoro::Task<bool> Dialogs::askUntil(Question question, std::stop_token stop)
-{
     throwIfCancelled(stop);
     const std::stop_token lifetime = m_lifetime.get_token();
-    QMessageBox *message = makeMessage(QMessageBox::Information, question.title, question.text);
-    QPushButton *yes = message->addButton(question.yes, QMessageBox::AcceptRole);
-    QPushButton *no = message->addButton(question.no, QMessageBox::RejectRole);
-    message->setDefaultButton(yes);
-    message->setEscapeButton(no);
+    QMessageBox *message = makeMessage(QMessageBox::Information, offer.title, offer.text);
+    QPushButton *download = message->addButton(offer.downloadButton, QMessageBox::AcceptRole);
+    message->setDefaultButton(download);
+    message->setEscapeButton(message->addButton(offer.laterButton, QMessageBox::RejectRole));
     bringForward(*message);
 
     {
@@ -79,7 +65,7 @@ QCoro::Task<bool> Dialogs::askUntil(Question question, std::stop_token stop)
     }
     throwIfCancelled(stop);
     throwIfCancelled(lifetime);
-    co_return message->clickedButton() == yes;
+    co_return message->clickedButton() == download ? Choice::Download : Choice::Later;
 }
 
 void Dialogs::notice(const QString &title, const QString &text)

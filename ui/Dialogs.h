@@ -31,13 +31,11 @@ public:
 
     /// One dialog at a time: a newer problem takes the older one's place.
     void guide(const QString &title, const QString &detail) override;
-    [[nodiscard]] QCoro::Task<bool> ask(Question question) override;
 
     /// Opens a file with the desktop's handler; false when there is none.
     [[nodiscard]] static bool openFile(const QString &file);
 
 private:
-    [[nodiscard]] QCoro::Task<bool> askUntil(Question question, std::stop_token stop);
     QMessageBox *makeMessage(QMessageBox::Icon icon, const QString &title, const QString &text);
 
     QList<QPointer<QMessageBox>> m_messages; ///< each deletes itself once it is closed

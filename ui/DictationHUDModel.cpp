@@ -75,6 +75,14 @@ void DictationHUDModel::setDeviceIsSilent(bool silent)
     Q_EMIT contentChanged();
 }
 
+void DictationHUDModel::setKeys(Keys keys)
+{
+    if (m_keys == keys)
+        return;
+    m_keys = keys;
+    Q_EMIT contentChanged();
+}
+
 void DictationHUDModel::setWaveform(const QList<float> &levels)
 {
     if (m_waveform == levels)
@@ -117,8 +125,7 @@ QString DictationHUDModel::subtitle() const
     case DictationState::Starting:
         return Localization::text(u"Готов");
     case DictationState::Recording:
-        return Localization::text(u"Дважды") + u' ' + m_settings.dictationTriggerName() + u" — "_s +
-               Localization::text(u"готово · Esc — отмена");
+        return hint();
     case DictationState::Correcting:
         if (m_processing)
             return subtitleWhile(*m_processing);
@@ -127,6 +134,15 @@ QString DictationHUDModel::subtitle() const
         return Localization::text(u"Подождите немного");
     }
     Q_UNREACHABLE();
+}
+
+QString DictationHUDModel::hint() const
+{
+    if (!m_keys.trigger)
+        return Localization::text(u"orvane toggle или меню — готово · orvane cancel — отмена");
+    return Localization::text(u"Дважды") + u' ' + m_settings.dictationTriggerName() + u" — "_s +
+           (m_keys.escape ? Localization::text(u"готово · Esc — отмена")
+                          : Localization::text(u"готово · отмена — в меню"));
 }
 
 bool DictationHUDModel::subtitleIsWarning() const

@@ -37,6 +37,16 @@ public:
     /// `processing` is the mode that is carried out while Correcting; none when no mode applies.
     void setState(DictationState state, std::optional<DictationMode> processing = std::nullopt);
     void setDeviceIsSilent(bool silent);
+
+    /// The keys that reach the dictation.
+    struct Keys
+    {
+        bool trigger = true;
+        bool escape = true;
+        bool operator==(const Keys &) const = default;
+    };
+    /// The hint names those that work only.
+    void setKeys(Keys keys);
     /// 0…1, the newest last.
     void setWaveform(const QList<float> &levels);
     /// Shown alone, in place of everything else, until it is empty again.
@@ -72,10 +82,13 @@ Q_SIGNALS:
     void waveformChanged();
 
 private:
+    [[nodiscard]] QString hint() const;
+
     AppSettings &m_settings;
     DictationState m_state = DictationState::Idle;
     std::optional<DictationMode> m_processing;
     bool m_deviceIsSilent = false;
+    Keys m_keys;
     int m_hoveredChip = -1;
     QString m_notice;
     QList<float> m_waveform;

@@ -1,12 +1,17 @@
 #include "ui/DictationPanel.h"
 
+#include "desktop/KeyTap.h"
 #include "dictation/DictationController.h"
+#include "settings/AppSettings.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDController.h"
 
 namespace orvane {
 
-DictationPanel::DictationPanel(const QString &moduleFolder) : m_moduleFolder(moduleFolder) {}
+DictationPanel::DictationPanel(const QString &moduleFolder, const KeyTap &keys)
+    : m_moduleFolder(moduleFolder),
+      m_keys(keys)
+{}
 
 DictationPanel::~DictationPanel() = default;
 
@@ -20,8 +25,23 @@ void DictationPanel::show(DictationController &dictation, AppSettings &settings)
 void DictationPanel::make(DictationController &dictation, AppSettings &settings)
 {
     m_model = std::make_unique<DictationHUDModel>(settings);
-    m_hud = std::make_unique<HUDController>(*m_model, m_moduleFolder);
+    m_hud = std::make_unique<HUDController>(*m_model, m_moduleFolder,
+                                            [this](const QString &text) { Q_EMIT noticeNotShown(text); });
+    follow(dictation);
 
+    const auto showKeys = [this, &settings] {
+        m_model->setKeys({.trigger = m_keys.isActive() && m_keys.has(settings.dictationTrigger()),
+                          .escape = !m_keys.escapeIsMissing()});
+    };
+    QObject::connect(&m_keys, &KeyTap::activeChanged, m_model.get(), showKeys);
+    QObject::connect(&m_keys, &KeyTap::keysChanged, m_model.get(), showKeys);
+    QObject::connect(&m_keys, &KeyTap::grabIsMissingChanged, m_model.get(), showKeys);
+    QObject::connect(&settings, &AppSettings::dictationTriggerChanged, m_model.get(), showKeys);
+    showKeys();
+}
+
+void DictationPanel::follow(DictationController &dictation)
+{
     DictationHUDModel *model = m_model.get();
     const AudioRecorder &recorder = dictation.recorder();
     const auto showState = [model, &dictation] {
@@ -48,6 +68,8 @@ void DictationPanel::notice(const QString &text)
 {
     if (m_hud)
         m_hud->notice(text);
+    else
+        Q_EMIT noticeNotShown(text);
 }
 
 } // namespace orvane

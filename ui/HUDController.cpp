@@ -50,9 +50,10 @@ QRegion capsuleShape(QSize size)
 
 } // namespace
 
-HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder)
+HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder, Fallback fallback)
     : m_hud(hud),
-      m_moduleFile(moduleFolder + u"/orvane-indicator"_s)
+      m_moduleFile(moduleFolder + u"/orvane-indicator"_s),
+      m_fallback(std::move(fallback))
 {
     m_again.setSingleShot(true);
     m_again.setInterval(untilShownAgain);
@@ -76,7 +77,7 @@ HUDController::HUDController(DictationHUDModel &hud, const QString &moduleFolder
 
 HUDController::~HUDController()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     HUDController::hide();
 }
 
@@ -101,6 +102,10 @@ void HUDController::hide()
 
 void HUDController::notice(const QString &text)
 {
+    if (m_cannotBeMade) {
+        m_fallback(text);
+        return;
+    }
     m_hud.setNotice(text);
     m_endOfNotice.start();
     appear();
@@ -120,18 +125,25 @@ void HUDController::appear()
 
 QCoro::Task<> HUDController::makeWindow()
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     const auto load = [file = m_moduleFile] { return loadedMaker(file); };
-    IndicatorWindowMaker *maker = co_await offMainThread(load);
-    throwIfCancelled(lifetime);
-    if (!maker)
+    IndicatorWindowMaker *maker = co_await m_scope(offMainThread(load));
+    if (!maker) {
+        giveUp();
         co_return;
+    }
     m_window.reset(maker(&m_hud, [this] {
         m_isReady = true;
         if (m_wantsVisible)
             appear();
     }));
     m_window->setFlags(windowFlags);
+}
+
+void HUDController::giveUp()
+{
+    m_cannotBeMade = true;
+    if (const QString notice = m_hud.notice(); !notice.isEmpty())
+        m_fallback(notice);
 }
 
 void HUDController::present()

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "ui/indicator/IndicatorModule.h"
 
 #include <QCoroTask>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
-#include <stop_token>
 
 class QWindow;
 
@@ -20,9 +21,11 @@ class DictationHUDModel;
 class HUDController
 {
 public:
+    using Fallback = std::function<void(const QString &)>;
+
     /// Shows that model, which outlives this. The module "orvane-indicator" lies in that folder; without
-    /// it nothing is shown.
-    HUDController(DictationHUDModel &hud, const QString &moduleFolder);
+    /// it nothing is shown, and notices go to `fallback`.
+    HUDController(DictationHUDModel &hud, const QString &moduleFolder, Fallback fallback);
     ~HUDController();
     Q_DISABLE_COPY_MOVE(HUDController)
 
@@ -36,6 +39,7 @@ public:
 private:
     void appear();
     QCoro::Task<> makeWindow();
+    void giveUp();
     void present();
     void reposition();
     void showHelp();
@@ -43,6 +47,8 @@ private:
     DictationHUDModel &m_hud;
     const QString m_moduleFile;
     std::unique_ptr<QWindow> m_window;
+    const Fallback m_fallback;
+    bool m_cannotBeMade = false;
     bool m_isBeingMade = false;
     bool m_isReady = false;
     bool m_wantsVisible = false;
@@ -50,7 +56,7 @@ private:
     QTimer m_again;
     QTimer m_endOfNotice;
     QTimer m_help;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "base/Async.h"
 #include "base/localization/Localization.h"
+#include "desktop/KeyTap.h"
 #include "dictation/DictationController.h"
 #include "dictation/DictationModeTexts.h"
 #include "meeting/MeetingTranscriber.h"
@@ -9,15 +10,19 @@
 #include "settings/AppSettings.h"
 #include "settings/BuildInfo.h"
 #include "settings/TriggerName.h"
+#include "ui/MenuEntries.h"
 #include "ui/TrayIcon.h"
 #include "update/UpdateChecker.h"
 
-#include <QActionGroup>
+#include <QApplication>
 #include <QCursor>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
+
+using namespace MenuEntries;
 
 namespace {
 
@@ -43,57 +48,28 @@ TrayIcon::Look lookOf(State state, const MeetingTranscriber &meeting)
     Q_UNREACHABLE();
 }
 
-/// A text of the user's or a library's, where "&" would underline the next letter.
-QString asShown(QString text)
+QIcon standardIcon(QStyle::StandardPixmap picture)
 {
-    return text.replace(u'&', u"&&"_s);
+    return QApplication::style()->standardIcon(picture);
 }
-
-QAction *addLine(QMenu &menu, const QString &text)
-{
-    QAction *line = menu.addAction(asShown(text));
-    line->setEnabled(false);
-    return line;
-}
-
-/// A submenu of which one entry is chosen.
-class ChoiceMenu
-{
-public:
-    ChoiceMenu(QMenu &menu, const QString &title)
-        : m_menu(menu.addMenu(title)),
-          m_group(new QActionGroup(m_menu))
-    {}
-
-    template <typename Choose>
-    void add(const QString &text, bool isChosen, Choose choose)
-    {
-        QAction *entry = m_menu->addAction(asShown(text));
-        entry->setCheckable(true);
-        entry->setChecked(isChosen);
-        m_group->addAction(entry);
-        QObject::connect(entry, &QAction::triggered, entry, choose);
-    }
-
-    [[nodiscard]] QMenu &menu() { return *m_menu; }
-
-private:
-    QMenu *m_menu;
-    QActionGroup *m_group;
-};
 
 } // namespace
 
 MenuBarController::MenuBarController(Services services, QObject *parent)
     : QObject(parent),
-      m_services(services)
+      m_services(services),
+      m_meeting(services.meeting),
+      m_meetingNotices(services.meeting)
 {
+    connect(&m_meeting, &MeetingMenu::refused, this, &MenuBarController::notify);
+    connect(&m_meetingNotices, &MeetingNotices::notice, this, &MenuBarController::notify);
     connect(&m_menu, &QMenu::aboutToShow, this, &MenuBarController::rebuild);
     connect(&m_services.dictation, &DictationController::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.dictation, &DictationController::lastErrorChanged, this,
             &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::statusTextChanged, this, &MenuBarController::showState);
+    connect(&m_services.meeting, &MeetingTranscriber::errorTextChanged, this, &MenuBarController::showState);
     connect(&m_services.settings, &AppSettings::interfaceLanguageChanged, this,
             &MenuBarController::showState);
     connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -107,16 +83,14 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
     m_icon.show();
 }
 
-void MenuBarController::setKeyIsTaken(bool taken)
-{
-    m_keyIsTaken = taken;
-}
-
 void MenuBarController::announce()
 {
-    m_icon.showMessage(BuildInfo::editionName,
-                       Localization::text(u"Orvane уже работает: его значок — в области уведомлений."),
-                       m_icon.icon());
+    notify(Localization::text(u"Orvane уже работает: его значок — в области уведомлений."));
+}
+
+void MenuBarController::notify(const QString &text)
+{
+    m_icon.showMessage(BuildInfo::editionName, text, m_icon.icon());
 }
 
 void MenuBarController::showState()
@@ -130,11 +104,7 @@ QString MenuBarController::statusLine() const
     const DictationController &dictation = m_services.dictation;
     switch (dictation.state()) {
     case State::Idle:
-        if (m_services.meeting.isRunning() || m_services.meeting.isTranscribing())
-            return m_services.meeting.statusText();
-        if (!dictation.lastError().isEmpty())
-            return dictation.lastError();
-        [[fallthrough]];
+        return statusAtRest();
     case State::Starting:
         return Localization::text(u"Готов");
     case State::Recording:
@@ -148,6 +118,18 @@ QString MenuBarController::statusLine() const
     Q_UNREACHABLE();
 }
 
+/// Of what no dictation hides: a meeting, or how the last thing ended.
+QString MenuBarController::statusAtRest() const
+{
+    const MeetingTranscriber &meeting = m_services.meeting;
+    QStringList ofMeeting = {meeting.errorText(), meeting.statusText()};
+    ofMeeting.removeAll(QString());
+    const bool meetingIsActive = meeting.isRunning() || meeting.isTranscribing();
+    if (!meetingIsActive && !m_services.dictation.lastError().isEmpty())
+        return m_services.dictation.lastError();
+    return ofMeeting.isEmpty() ? Localization::text(u"Готов") : ofMeeting.join(u" · "_s);
+}
+
 void MenuBarController::rebuild()
 {
     m_menu.clear(); // of entries only: the submenus stay its children
@@ -158,7 +140,7 @@ void MenuBarController::rebuild()
         status = status.left(longestStatus - 1) + u'…';
     addLine(m_menu, status)->setToolTip(statusLine());
     addDictation();
-    addMeeting();
+    m_meeting.addTo(m_menu);
     m_menu.addSeparator();
     addModels();
     addTriggers();
@@ -192,33 +174,25 @@ void MenuBarController::addDictation()
     }
 }
 
-void MenuBarController::addMeeting()
-{
-    MeetingTranscriber &meeting = m_services.meeting;
-    if (meeting.isRunning()) {
-        m_menu.addAction(Localization::text(u"Завершить запись совещания"), &meeting,
-                         &MeetingTranscriber::stop);
-    } else if (meeting.isTranscribing()) {
-        m_menu.addAction(
-            Localization::text(u"Прервать расшифровку — аудиозапись совещания останется на диске"), &meeting,
-            &MeetingTranscriber::cancelTranscription);
-    } else {
-        QAction *start = m_menu.addAction(Localization::text(u"Начать запись совещания"), &meeting,
-                                          [&meeting] { spawn(meeting.start()); });
-        start->setEnabled(meeting.canStart());
-    }
-}
-
 void MenuBarController::addKeyCapture()
 {
+    const auto add = [this](QStyle::StandardPixmap picture, const QString &text) {
+        addLine(m_menu, text)->setIcon(standardIcon(picture));
+    };
+    const TriggerKey trigger = m_services.settings.dictationTrigger();
     if (!m_services.dictation.hotkeyActive()) {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ нет доступа"));
+        add(QStyle::SP_MessageBoxWarning, Localization::text(u"Перехват клавиш: нет доступа"));
         m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"), this,
                          &MenuBarController::keyCaptureHelpRequested);
-    } else if (m_keyIsTaken) {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"));
+    } else if (!m_services.keys.has(trigger)) {
+        add(QStyle::SP_MessageBoxWarning,
+            Localization::text(u"Перехват клавиш: в раскладке нет клавиши «%1» — выберите другую")
+                .arg(triggerName(trigger).toString()));
+    } else if (m_services.keys.grabIsMissing()) {
+        add(QStyle::SP_MessageBoxWarning,
+            Localization::text(u"Перехват клавиш: F5 или Esc заняты другой программой"));
     } else {
-        addLine(m_menu, Localization::text(u"Перехват клавиш: ✅ активен"));
+        add(QStyle::SP_DialogApplyButton, Localization::text(u"Перехват клавиш: активен"));
     }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "ui/MeetingMenu.h"
+#include "ui/MeetingNotices.h"
+
 #include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
@@ -8,6 +11,7 @@ namespace orvane {
 
 class AppSettings;
 class DictationController;
+class KeyTap;
 class MeetingTranscriber;
 class ModelManager;
 class UpdateChecker;
@@ -26,15 +30,16 @@ public:
         DictationController &dictation;
         MeetingTranscriber &meeting;
         UpdateChecker &updates;
+        const KeyTap &keys;
     };
 
     explicit MenuBarController(Services services, QObject *parent = nullptr);
 
-    /// Whether another program keeps a key that the dictation needs; the menu then says so.
-    void setKeyIsTaken(bool taken);
-
     /// Says where the program is, to somebody who started it again.
     void announce();
+
+    /// Says something at once, wherever the user is, and for a few seconds.
+    void notify(const QString &text);
 
     /// What the menu holds now.
     [[nodiscard]] QMenu &menu() { return m_menu; }
@@ -48,7 +53,6 @@ Q_SIGNALS:
 private:
     void rebuild();
     void addDictation();
-    void addMeeting();
     void addKeyCapture();
     void addModels();
     void addTriggers();
@@ -57,9 +61,11 @@ private:
     void addUpdates();
     void showState();
     [[nodiscard]] QString statusLine() const;
+    [[nodiscard]] QString statusAtRest() const;
 
     Services m_services;
-    bool m_keyIsTaken = false;
+    MeetingMenu m_meeting;
+    MeetingNotices m_meetingNotices;
     QMenu m_menu;
     QSystemTrayIcon m_icon;
 };

@@ -25,11 +25,6 @@ class FakeGuidance : public Guidance
 {
 public:
     void guide(const QString &title, const QString & /*detail*/) override { titles.append(title); }
-    QCoro::Task<bool> ask(Question question) override
-    {
-        titles.append(question.title);
-        co_return false;
-    }
 
     QStringList titles;
 };

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void states_data();
     void states();
     void changesOnTheWay();
+    void hintNamesWhatWorks();
     void silentMicrophone();
     void chips();
     void placement_data();
@@ -107,6 +108,17 @@ void TestDictationHUD::changesOnTheWay()
     const qsizetype before = content.size();
     hud.setState(State::Recording);
     QCOMPARE(content.size(), before);
+}
+
+void TestDictationHUD::hintNamesWhatWorks()
+{
+    m_settings.setInterfaceLanguage(u"ru"_s);
+    DictationHUDModel hud(m_settings);
+    hud.setState(State::Recording);
+    hud.setKeys({.trigger = true, .escape = false});
+    QCOMPARE(hud.subtitle(), u"Дважды правый Ctrl — готово · отмена — в меню"_s);
+    hud.setKeys({.trigger = false, .escape = false});
+    QCOMPARE(hud.subtitle(), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
 }
 
 void TestDictationHUD::silentMicrophone()

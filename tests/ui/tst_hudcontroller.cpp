@@ -90,6 +90,13 @@ private Q_SLOTS:
     void missingModule();
 
 private:
+    [[nodiscard]] std::unique_ptr<HUDController> make(const QString &moduleFolder)
+    {
+        return std::make_unique<HUDController>(m_hud, moduleFolder,
+                                               [this](const QString &text) { m_saidElsewhere << text; });
+    }
+
+    QStringList m_saidElsewhere;
     QTemporaryDir m_folder;
     UserDefaults m_defaults{m_folder.filePath(u"settings.json"_s)};
     AppSettings m_settings{m_defaults};
@@ -102,7 +109,7 @@ void TestHUDController::init()
     moveMouse({10, 10});
     m_hud.setState(DictationState::Recording);
     m_hud.setWaveform(QList<float>(48, 0.0F));
-    m_controller = std::make_unique<HUDController>(m_hud, QStringLiteral(ORVANE_RESOURCES));
+    m_controller = make(QStringLiteral(ORVANE_RESOURCES));
     QVERIFY(!sceneWindow());
 }
 
@@ -130,7 +137,7 @@ void TestHUDController::showsAndHides()
     QVERIFY(!isShown());
 
     // Hidden before it was first shown.
-    m_controller = std::make_unique<HUDController>(m_hud, QStringLiteral(ORVANE_RESOURCES));
+    m_controller = make(QStringLiteral(ORVANE_RESOURCES));
     m_controller->show();
     m_controller->hide();
     QTest::qWait(500);
@@ -200,10 +207,11 @@ void TestHUDController::missingModule()
 {
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(u"^The dictation indicator could not be loaded: "_s));
-    m_controller = std::make_unique<HUDController>(m_hud, m_folder.path());
-    m_controller->show();
-    QTest::qWait(200);
-    m_controller->hide();
+    m_controller = make(m_folder.path());
+    m_controller->notice(u"первое"_s);
+    QTRY_COMPARE(m_saidElsewhere, QStringList{u"первое"_s});
+    m_controller->notice(u"второе"_s);
+    QCOMPARE(m_saidElsewhere.size(), 2);
     QVERIFY(!sceneWindow());
 }
 

@@ -1,6 +1,7 @@
 #include "app/Termination.h"
 #include "app/services/AppServices.h"
 #include "base/Async.h"
+#include "desktop/KeyTap.h"
 #include "tests/support/FakeDictationSurroundings.h"
 #include "tests/update/FakePresenter.h"
 #include "ui/MenuBarController.h"
@@ -17,6 +18,20 @@ using namespace orvane;
 using namespace orvane::test;
 using namespace std::chrono_literals;
 
+namespace {
+
+class FakeKeys : public KeyTap
+{
+public:
+    [[nodiscard]] bool grabIsMissing() const override { return isTaken; }
+    [[nodiscard]] bool has(TriggerKey key) const override { return key == there; }
+
+    bool isTaken = false;
+    TriggerKey there = TriggerKey::RightCommand;
+};
+
+} // namespace
+
 class TestMenuBarController : public QObject
 {
     Q_OBJECT
@@ -31,6 +46,7 @@ private Q_SLOTS:
     void choosesWhatTheSettingsHold();
     void tellsOfMissingKeys();
     void startsDictation();
+    void offersLeftovers();
     void doesNotGrow();
     void quits();
     void whoMayEndTheProgram();
@@ -42,6 +58,7 @@ private:
     [[nodiscard]] static QString chosen(const QMenu &menu);
 
     std::unique_ptr<QTemporaryDir> m_home;
+    FakeKeys m_keys;
     FakePresenter m_updates;
     FakeGuidance m_guidance;
     FakeIndicator m_indicator;
@@ -69,7 +86,8 @@ void TestMenuBarController::init()
                                                                         .models = m_services->models(),
                                                                         .dictation = *m_services->dictation(),
                                                                         .meeting = m_services->meeting(),
-                                                                        .updates = *m_services->updates()});
+                                                                        .updates = *m_services->updates(),
+                                                                        .keys = m_keys});
 }
 
 void TestMenuBarController::cleanup()
@@ -123,7 +141,7 @@ void TestMenuBarController::speaksBothLanguages_data()
                                             u"Клавиша диктовки"_s,
                                             u"Язык распознавания"_s,
                                             u"Режим диктовки"_s,
-                                            u"Перехват клавиш: ⚠️ нет доступа"_s,
+                                            u"Перехват клавиш: нет доступа"_s,
                                             u"Выдать «Универсальный доступ»…"_s,
                                             u"Проверить обновления…"_s,
                                             u"Завершить Orvane"_s};
@@ -135,7 +153,7 @@ void TestMenuBarController::speaksBothLanguages_data()
                                             u"Dictation key"_s,
                                             u"Recognition language"_s,
                                             u"Dictation mode"_s,
-                                            u"Key capture: ⚠️ no access"_s,
+                                            u"Key capture: no access"_s,
                                             u"Grant Accessibility…"_s,
                                             u"Check for updates…"_s,
                                             u"Quit Orvane"_s};
@@ -191,10 +209,40 @@ void TestMenuBarController::tellsOfMissingKeys()
     QCOMPARE(help.size(), 1);
 
     m_services->dictation()->setHotkeyActive(true);
-    QVERIFY(entry(opened(), u"Перехват клавиш: ✅ активен"_s));
+    QVERIFY(entry(opened(), u"Перехват клавиш: активен"_s));
     QVERIFY(!entry(opened(), u"Выдать «Универсальный доступ»…"_s));
-    m_controller->setKeyIsTaken(true);
-    QVERIFY(entry(opened(), u"Перехват клавиш: ⚠️ F5 или Esc заняты другой программой"_s));
+    m_keys.isTaken = true;
+    QVERIFY(entry(opened(), u"Перехват клавиш: F5 или Esc заняты другой программой"_s));
+    m_keys.there = TriggerKey::RightOption;
+    QVERIFY(entry(opened(), u"Перехват клавиш: в раскладке нет клавиши «правый Ctrl» — выберите другую"_s));
+}
+
+void TestMenuBarController::offersLeftovers()
+{
+    const QString audio = m_home->filePath(u"Orvane/Recordings/Совещание.wav"_s);
+    QVERIFY(QDir().mkpath(m_home->filePath(u"Orvane/Recordings"_s)));
+    const auto write = [](const QString &path, const QByteArray &content) {
+        QFile file(path);
+        return file.open(QFile::WriteOnly) && file.write(content) == content.size();
+    };
+    QVERIFY(write(audio, QByteArray(44 + 32'000, '\0')));
+    QVERIFY(write(audio + u".unfinished.json"_s,
+                  R"({"languageCode": "ru", "modelID": "base", "startedAt": "2025-03-03T14:05:09Z"})"));
+    spawn(m_services->meeting().findLeftovers());
+    QTRY_COMPARE(m_services->meeting().leftovers().size(), 1);
+
+    const QString title = u"Нерасшифрованные записи"_s;
+    QMenu *recordings = entry(opened(), title)->menu();
+    QCOMPARE(recordings->actions().size(), 1);
+    QMenu *actions = recordings->actions().constFirst()->menu();
+    entry(*actions, u"Расшифровать"_s)->trigger(); // there is no model
+    QTRY_VERIFY(!m_services->meeting().errorText().isEmpty());
+    QTRY_VERIFY(texts(opened()).constFirst().contains(m_services->meeting().errorText().left(40)));
+
+    actions = entry(opened(), title)->menu()->actions().constFirst()->menu();
+    entry(*actions, u"Больше не предлагать"_s)->trigger();
+    QVERIFY(!entry(opened(), title));
+    QVERIFY(QFile::exists(audio));
 }
 
 void TestMenuBarController::startsDictation()
