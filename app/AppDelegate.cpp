@@ -1,13 +1,16 @@
 #include "app/AppDelegate.h"
 
 #include "app/Termination.h"
+#include "app/control/ControlService.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
+#include "desktop/SessionLock.h"
+#include "dictation/Guidance.h"
 #include "ui/MenuBarController.h"
 
+#include <QEvent>
 #include <QGuiApplication>
-#include <QPointer>
 
 #include <utility>
 
@@ -22,21 +25,17 @@ std::chrono::nanoseconds uptime()
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-QCoro::Task<> endInOrder(MeetingTranscriber *meeting)
-{
-    co_await meeting->finishForQuit();
-    QCoreApplication::quit();
-}
-
 } // namespace
 
-AppDelegate::AppDelegate(AppServices &services, Guidance *guidance, QObject *parent)
+AppDelegate::AppDelegate(AppServices &services, ControlService &control,
+                         const std::optional<Desktop> &desktop, QObject *parent)
     : QObject(parent),
       m_services(services),
-      m_guidance(guidance),
+      m_desktop(desktop),
       m_trigger(uptime)
 {
     m_sinceLaunch.start();
+    QCoreApplication::instance()->installEventFilter(this);
     if (auto *application = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
         connect(application, &QGuiApplication::commitDataRequest, this, &AppDelegate::answerSession);
         connect(application, &QGuiApplication::saveStateRequest, this, [](QSessionManager &session) {
@@ -44,53 +43,62 @@ AppDelegate::AppDelegate(AppServices &services, Guidance *guidance, QObject *par
                 QSessionManager::RestartNever); // autostart begins us anew, without windows
         });
     }
-}
-
-AppDelegate::~AppDelegate() = default;
-
-void AppDelegate::applicationDidFinishLaunching()
-{
-    DictationController *dictation = m_services.dictation();
-    if (dictation) {
-        showMenu(*dictation);
-        installHotkey(*dictation);
-    }
-    MeetingTranscriber &meeting = m_services.meeting();
-    m_control = std::make_unique<ControlService>(dictation, meeting);
-    connect(m_control.get(), &ControlService::quitRequested, this, &AppDelegate::quit);
-    connect(m_control.get(), &ControlService::activated, this, [this] {
+    connect(&control, &ControlService::quitRequested, this, &AppDelegate::quit);
+    connect(&control, &ControlService::activated, this, [this] {
         if (m_menuBar)
             m_menuBar->announce();
     });
-    m_control->publish();
+    control.serve(m_services.dictation(), m_services.meeting());
+}
 
+AppDelegate::~AppDelegate()
+{
+    m_scope.end();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    if (DictationController *dictation = m_services.dictation(); dictation && m_desktop) {
+        showMenu(*dictation);
+        listenToKeys(*dictation);
+    }
     m_services.engineProcesses().killStaleProcesses();
     m_services.history().watch();
-    if (m_guidance)
-        connect(&meeting, &MeetingTranscriber::leftoversChanged, this, &AppDelegate::offerLeftovers);
-    spawn(meeting.findLeftovers());
+    spawn(findLeftovers());
     if (UpdateChecker *updates = m_services.updates())
         updates->start();
     m_services.telemetry().start();
 }
 
-void AppDelegate::installHotkey(DictationController &dictation)
+void AppDelegate::listenToKeys(DictationController &dictation)
 {
-    m_keyTap = KeyTap::forDisplay();
-    connect(m_keyTap.get(), &KeyTap::triggerKeyChanged, this, [this, &dictation](TriggerKey key, bool down) {
-        if (m_trigger.keyChanged(m_services.settings().dictationTrigger(), key, down))
+    KeyTap &keys = m_desktop->keys;
+    connect(&keys, &KeyTap::triggerKeyChanged, this, &AppDelegate::triggerKeyChanged);
+    connect(&keys, &KeyTap::otherKeyPressed, this, [this, &keys] {
+        // Two letters of the third level in a row are typing, not a double press.
+        if (m_services.settings().dictationTrigger() == TriggerKey::RightOption && keys.rightOptionTypes())
+            m_trigger.reset();
+    });
+    connect(&keys, &KeyTap::togglePressed, &dictation, [this, &dictation] {
+        if (!m_desktop->lock.isLocked())
             dictation.toggle();
     });
-    connect(m_keyTap.get(), &KeyTap::togglePressed, &dictation, &DictationController::toggle);
-    connect(m_keyTap.get(), &KeyTap::escapePressed, &dictation, &DictationController::cancel);
-    connect(&dictation, &DictationController::stateChanged, m_keyTap.get(),
-            [this, &dictation] { m_keyTap->setEscapeIntercepted(dictation.interceptsEscape()); });
-    connect(m_keyTap.get(), &KeyTap::activeChanged, this,
-            [this, &dictation] { dictation.setHotkeyActive(m_keyTap->isActive()); });
-    connect(m_keyTap.get(), &KeyTap::grabIsMissingChanged, this,
-            [this] { m_menuBar->setKeyIsTaken(m_keyTap->grabIsMissing()); });
-    m_keyTap->install();
-    dictation.setHotkeyActive(m_keyTap->isActive());
+    connect(&keys, &KeyTap::escapePressed, &dictation, &DictationController::cancel);
+    connect(&dictation, &DictationController::stateChanged, &keys,
+            [&keys, &dictation] { keys.setEscapeIntercepted(dictation.interceptsEscape()); });
+    connect(&keys, &KeyTap::activeChanged, &dictation,
+            [&keys, &dictation] { dictation.setHotkeyActive(keys.isActive()); });
+    keys.install();
+    dictation.setHotkeyActive(keys.isActive());
+}
+
+void AppDelegate::triggerKeyChanged(TriggerKey key, bool down)
+{
+    // Whoever types at a locked screen is not dictating.
+    if (m_desktop->lock.isLocked())
+        m_trigger.reset();
+    else if (m_trigger.keyChanged(m_services.settings().dictationTrigger(), key, down))
+        m_services.dictation()->toggle();
 }
 
 void AppDelegate::showMenu(DictationController &dictation)
@@ -100,7 +108,8 @@ void AppDelegate::showMenu(DictationController &dictation)
                                                                         .models = m_services.models(),
                                                                         .dictation = dictation,
                                                                         .meeting = m_services.meeting(),
-                                                                        .updates = *m_services.updates()});
+                                                                        .updates = *m_services.updates(),
+                                                                        .keys = m_desktop->keys});
     connect(m_menuBar.get(), &MenuBarController::quitRequested, this, &AppDelegate::quit);
     connect(m_menuBar.get(), &MenuBarController::keyCaptureHelpRequested, this,
             &AppDelegate::explainKeyCapture);
@@ -108,63 +117,78 @@ void AppDelegate::showMenu(DictationController &dictation)
 
 void AppDelegate::explainKeyCapture()
 {
-    m_guidance->guide(
+    m_desktop->guidance.guide(
         Localization::text(u"Клавиши диктовки здесь недоступны"),
         Localization::text(
             u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание "
             "клавиш для команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит."));
 }
 
-void AppDelegate::offerLeftovers()
+void AppDelegate::notify(const QString &text)
 {
-    const MeetingTranscriber &meeting = m_services.meeting();
-    if (m_isAsking || meeting.isRunning() || meeting.isTranscribing())
-        return;
-    for (const RecordedMeeting &leftover : meeting.leftovers()) {
-        if (m_asked.contains(leftover.audioFileName))
-            continue;
-        m_asked.insert(leftover.audioFileName);
-        m_isAsking = true;
-        spawn(offerLeftover(leftover));
-        return;
-    }
+    if (m_menuBar)
+        m_menuBar->notify(text);
 }
 
-QCoro::Task<> AppDelegate::offerLeftover(RecordedMeeting leftover)
+QCoro::Task<> AppDelegate::findLeftovers()
 {
-    const QPointer<AppDelegate> alive(this);
-    const bool accepted =
-        co_await m_guidance->ask({.title = Localization::text(u"Запись совещания не расшифрована"),
-                                  .text = MeetingRecordings::noticeOf(leftover),
-                                  .yes = Localization::text(u"Расшифровать"),
-                                  .no = Localization::text(u"Не сейчас")});
-    if (!alive)
-        co_return;
-    m_isAsking = false;
-    if (accepted)
-        m_services.meeting().transcribeLeftover(leftover.audioFileName);
-    else
-        offerLeftovers();
+    MeetingTranscriber &meeting = m_services.meeting();
+    co_await m_scope(meeting.findLeftovers());
+    if (!meeting.leftovers().isEmpty())
+        notify(Localization::text(u"Запись совещания не расшифрована") + u": "_s +
+               meetingTitle(meeting.leftovers().constFirst().startedAt) + u". "_s +
+               Localization::text(u"Расшифровать можно из меню Orvane."));
+}
+
+bool AppDelegate::sessionMayEndIt() const
+{
+    const std::chrono::nanoseconds sinceLaunch(m_sinceLaunch.nsecsElapsed());
+    return Termination::isHonoured(Termination::Source::Session, sinceLaunch);
 }
 
 void AppDelegate::answerSession(QSessionManager &session)
 {
     session.setRestartHint(QSessionManager::RestartNever);
-    const std::chrono::nanoseconds sinceLaunch(m_sinceLaunch.nsecsElapsed());
-    if (!Termination::isHonoured(Termination::Source::Session, sinceLaunch))
+    if (!sessionMayEndIt())
         session.cancel();
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::Quit || watched != QCoreApplication::instance())
+        return QObject::eventFilter(watched, event);
+    event->ignore(); // not yet
+    if (sessionMayEndIt())
+        quit();
+    return true;
 }
 
 void AppDelegate::quit()
 {
-    if (!std::exchange(m_isQuitting, true))
-        spawn(endInOrder(&m_services.meeting()));
+    if (std::exchange(m_isQuitting, true))
+        return;
+    if (m_menuBar)
+        m_menuBar.release()->deleteLater(); // it may be what called us
+    Q_EMIT quitting();
+    spawn(endInOrder());
+}
+
+QCoro::Task<> AppDelegate::endInOrder()
+{
+    try {
+        co_await m_scope(m_services.meeting().finishForQuit());
+    } catch (const Gone &) {
+        throw;
+    } catch (const std::exception &) {
+        // The recording lies on the disk as far as it came; the next start offers it.
+    }
+    QCoreApplication::exit();
 }
 
 void AppDelegate::applicationWillTerminate()
 {
-    if (m_keyTap)
-        m_keyTap->uninstall();
+    if (m_desktop)
+        m_desktop->keys.uninstall();
     m_services.engineProcesses().terminateAll();
 }
 

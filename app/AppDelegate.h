@@ -1,63 +1,81 @@
 #pragma once
 
-#include "app/control/ControlService.h"
 #include "app/services/AppServices.h"
 #include "dictation/DictationTrigger.h"
-#include "dictation/Guidance.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QSessionManager>
-#include <QSet>
 
 #include <memory>
+#include <optional>
 
 namespace orvane {
 
+class ControlService;
 class KeyTap;
 class MenuBarController;
+class SessionLock;
 
-/// The application's life between its start and its end: the keys and the menu that lead to the services, and
-/// who may end the program when.
+/// The application's life between its start and its end: the keys, the menu and the requests that lead to the
+/// services, and who may end the program when.
 class AppDelegate : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Without a display there is no one to guide.
-    AppDelegate(AppServices &services, Guidance *guidance, QObject *parent = nullptr);
+    /// What the application hears and shows on a display. Outlives the delegate.
+    struct Desktop
+    {
+        Guidance &guidance;
+        KeyTap &keys;
+        const SessionLock &lock;
+    };
+
+    /// Requests are served from now on. The references outlive this; `desktop` is none without a display.
+    AppDelegate(AppServices &services, ControlService &control, const std::optional<Desktop> &desktop,
+                QObject *parent = nullptr);
     ~AppDelegate() override;
 
     /// Once, when the event loop begins: ends the engines that a crashed run left behind, looks for the
-    /// recordings it left, listens to keys and to the command line, and begins with update checks and device
-    /// reports.
+    /// recordings it left, listens to keys, and begins with update checks and device reports.
     void applicationDidFinishLaunching();
 
-    /// Ends the program in order, for a user or a signal: a recording in progress is completed first.
+    /// Ends the program in order, for a user or a signal: a recording in progress is completed first. Nobody
+    /// can object any more.
     void quit();
 
     /// Once, when the program is about to end: asks every engine to end, without waiting.
     void applicationWillTerminate();
 
+    /// Says something where the user sees it, if there is a display.
+    void notify(const QString &text);
+
+Q_SIGNALS:
+    /// The program has begun to end.
+    void quitting();
+
+protected:
+    /// Leads what Qt takes for the end of the program, such as the session manager's order, to quit().
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
-    void installHotkey(DictationController &dictation);
+    void listenToKeys(DictationController &dictation);
+    void triggerKeyChanged(TriggerKey key, bool down);
     void showMenu(DictationController &dictation);
     void explainKeyCapture();
-    /// Asks once about each recording that an earlier run left behind.
-    void offerLeftovers();
-    QCoro::Task<> offerLeftover(RecordedMeeting leftover);
+    QCoro::Task<> findLeftovers();
+    QCoro::Task<> endInOrder();
     void answerSession(QSessionManager &session);
+    [[nodiscard]] bool sessionMayEndIt() const;
 
     AppServices &m_services;
-    Guidance *const m_guidance;
+    const std::optional<Desktop> m_desktop;
     QElapsedTimer m_sinceLaunch;
     bool m_isQuitting = false;
-    bool m_isAsking = false;
-    QSet<QString> m_asked;
     DictationTrigger m_trigger;
-    std::unique_ptr<KeyTap> m_keyTap;
     std::unique_ptr<MenuBarController> m_menuBar;
-    std::unique_ptr<ControlService> m_control;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -6,11 +6,14 @@
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Interruption.h"
 #include "app/commandline/Output.h"
+#include "app/control/ControlService.h"
 #include "app/services/AppServices.h"
 #include "base/Async.h"
 #include "base/StandardFolders.h"
 #include "base/localization/Localization.h"
 #include "desktop/Display.h"
+#include "desktop/KeyTap.h"
+#include "desktop/SessionLock.h"
 #include "desktop/TextInjector.h"
 #include "settings/BuildInfo.h"
 #include "settings/UserDefaults.h"
@@ -21,6 +24,7 @@
 #include <QScopeGuard>
 #include <QTimer>
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -34,20 +38,26 @@ void write(const QString &text)
     Output::write(text.toUtf8());
 }
 
-/// What shows the program on a display.
+/// What the program hears and shows on a display.
 struct DesktopParts
 {
     Dialogs dialogs;
+    std::unique_ptr<KeyTap> keys = KeyTap::forDisplay();
+    std::unique_ptr<SessionLock> lock = SessionLock::ofThisSession();
     std::unique_ptr<TextInjector> injector = TextInjector::forDisplay();
-    DictationPanel indicator{StandardFolders::ofUser().resources};
+    DictationPanel indicator{StandardFolders::ofUser().resources, *keys};
 
-    [[nodiscard]] AppServices::Desktop parts()
+    [[nodiscard]] AppServices::Desktop forServices()
     {
         return {.updates = dialogs,
                 .guidance = dialogs,
                 .indicator = indicator,
                 .injector = *injector,
                 .openFile = Dialogs::openFile};
+    }
+    [[nodiscard]] AppDelegate::Desktop forDelegate()
+    {
+        return {.guidance = dialogs, .keys = *keys, .lock = *lock};
     }
 };
 
@@ -58,18 +68,25 @@ int runApplication(CommandLine::RunApplication options)
         write(CommandLine::help());
         return ExitStatus::success;
     }
-    if (SingleInstance::claim() == SingleInstance::Claim::AnotherRuns) {
+    ControlService control;
+    control.publish();
+    AppServices::Environment environment{.role = AppServices::Role::Application};
+    SingleInstance instance;
+    if (instance.claim(environment.folders.orvane()) == SingleInstance::Claim::AnotherRuns) {
         Output::complain(Localization::text(u"Orvane уже работает."));
         if (options.start == CommandLine::Start::Open)
             ControlCommand::activate();
         return ExitStatus::success;
     }
     std::optional<DesktopParts> desktop;
-    AppServices::Environment environment{.role = AppServices::Role::Application};
     if (hasWindows)
-        environment.desktop.emplace(desktop.emplace().parts());
+        environment.desktop.emplace(desktop.emplace().forServices());
     AppServices services(environment);
-    AppDelegate delegate(services, desktop ? &desktop->dialogs : nullptr);
+    AppDelegate delegate(services, control, desktop ? std::optional(desktop->forDelegate()) : std::nullopt);
+    QObject::connect(&delegate, &AppDelegate::quitting, &delegate, [&instance] { instance.giveUpName(); });
+    if (desktop)
+        QObject::connect(&desktop->indicator, &DictationPanel::noticeNotShown, &delegate,
+                         &AppDelegate::notify);
     Interruption interruption;
     QObject::connect(&interruption, &Interruption::requested, &delegate, &AppDelegate::quit);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
@@ -102,13 +119,21 @@ struct Execute
 /// Without a display the application runs too, for what needs no windows; it then checks for no updates.
 std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &command, int &argc, char **argv)
 {
-    if (!std::holds_alternative<CommandLine::RunApplication>(command) || !hasDisplay())
+    if (!std::holds_alternative<CommandLine::RunApplication>(command))
         return std::make_unique<QCoreApplication>(argc, argv);
-    // What Qt Quick shows here is flat and small: the processor draws it without the time and the memory that
-    // a graphics driver takes before its first frame.
-    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
-        qputenv("QT_QUICK_BACKEND", "software");
-    auto application = std::make_unique<QApplication>(argc, argv);
+    const QString platform = displayPlatform();
+    if (platform.isEmpty()) {
+        if (const QString wanted = qEnvironmentVariable("QT_QPA_PLATFORM"); !wanted.isEmpty())
+            Output::complain(
+                Localization::text(u"Окна показать негде: %1. Orvane работает без экрана.").arg(wanted));
+        return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    // As an argument: the environment would be that of the programs opened from here too.
+    static QByteArray option = "-platform";
+    static QByteArray name = platform.toLocal8Bit();
+    static std::array<char *, 4> arguments = {argv[0], option.data(), name.data(), nullptr};
+    static int count = 3;
+    auto application = std::make_unique<QApplication>(count, arguments.data());
     QApplication::setQuitOnLastWindowClosed(false);
     return application;
 }

@@ -3,12 +3,12 @@
 #include "app/control/ApplicationAdaptor.h"
 #include "app/control/ControlInterface.h"
 #include "base/Async.h"
+#include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
 #include "dictation/DictationController.h"
 #include "meeting/MeetingTranscriber.h"
 
 #include <QDBusConnection>
-#include <QPointer>
 #include <QStringList>
 
 using namespace Qt::StringLiterals;
@@ -17,13 +17,21 @@ namespace orvane {
 
 using State = DictationState;
 
-ControlService::ControlService(DictationController *dictation, MeetingTranscriber &meeting, QObject *parent)
-    : QObject(parent),
-      m_dictation(dictation),
-      m_meeting(meeting)
+ControlService::ControlService(QObject *parent) : QObject(parent)
 {
     const auto *application = new ApplicationAdaptor(this);
     connect(application, &ApplicationAdaptor::activated, this, &ControlService::activated);
+}
+
+ControlService::~ControlService()
+{
+    m_scope.end();
+}
+
+void ControlService::serve(DictationController *dictation, MeetingTranscriber &meeting)
+{
+    m_dictation = dictation;
+    m_meeting = &meeting;
 }
 
 void ControlService::publish()
@@ -37,11 +45,18 @@ void ControlService::Toggle()
 {
     if (!hasDictation())
         return;
-    const State state = m_dictation->state();
-    if (state != State::Idle && state != State::Recording)
+    switch (m_dictation->state()) {
+    case State::Idle:
+        beginDictation();
+        break;
+    case State::Recording:
+        m_dictation->stop();
+        break;
+    case State::Starting:
+    case State::Transcribing:
+    case State::Correcting:
         refuse(Localization::text(u"Предыдущая диктовка ещё обрабатывается."));
-    else
-        m_dictation->toggle();
+    }
 }
 
 void ControlService::Start()
@@ -51,7 +66,33 @@ void ControlService::Start()
     if (m_dictation->state() != State::Idle)
         refuse(Localization::text(u"Диктовка уже идёт."));
     else
-        m_dictation->start();
+        beginDictation();
+}
+
+void ControlService::beginDictation()
+{
+    setDelayedReply(true);
+    spawn(startDictation(message()));
+}
+
+QCoro::Task<> ControlService::startDictation(QDBusMessage request)
+{
+    m_dictation->start();
+    if (m_dictation->state() == State::Starting) {
+        const auto known = OneTimeEvent::create();
+        const QMetaObject::Connection connection =
+            connect(m_dictation, &DictationController::stateChanged, this, [known] { known->happen(); });
+        co_await m_scope(known->wait(m_scope.stop()));
+        disconnect(connection);
+    }
+    QDBusMessage answer = request.createReply();
+    if (m_dictation->state() == State::Idle) {
+        const QString problem = m_dictation->lastError();
+        answer = request.createErrorReply(ControlInterface::refusal,
+                                          problem.isEmpty() ? Localization::text(u"Диктовка не началась.")
+                                                            : problem);
+    }
+    QDBusConnection::sessionBus().send(answer);
 }
 
 void ControlService::Stop()
@@ -95,19 +136,16 @@ QString ControlService::Status()
 
 void ControlService::StartMeeting()
 {
-    if (refuse(m_meeting.startRefusal()))
+    if (refuse(m_meeting->startRefusal()))
         return;
     setDelayedReply(true);
-    spawn(startMeeting(&m_meeting, message()));
+    spawn(startMeeting(message()));
 }
 
-QCoro::Task<> ControlService::startMeeting(MeetingTranscriber *meeting, QDBusMessage request)
+QCoro::Task<> ControlService::startMeeting(QDBusMessage request)
 {
-    const QPointer<MeetingTranscriber> alive(meeting);
-    co_await meeting->start();
-    if (!alive)
-        co_return;
-    const QString problem = meeting->isRunning() ? QString() : meeting->errorText();
+    co_await m_scope(m_meeting->start());
+    const QString problem = m_meeting->isRunning() ? QString() : m_meeting->errorText();
     QDBusConnection::sessionBus().send(problem.isEmpty()
                                            ? request.createReply()
                                            : request.createErrorReply(ControlInterface::refusal, problem));
@@ -115,38 +153,42 @@ QCoro::Task<> ControlService::startMeeting(MeetingTranscriber *meeting, QDBusMes
 
 void ControlService::StopMeeting()
 {
-    if (!refuse(m_meeting.stopRefusal()))
-        m_meeting.stop();
+    if (!refuse(m_meeting->stopRefusal()))
+        m_meeting->stop();
 }
 
 void ControlService::CancelMeeting()
 {
-    if (!refuse(m_meeting.cancelRefusal()))
-        m_meeting.cancelTranscription();
+    if (!refuse(m_meeting->cancelRefusal()))
+        m_meeting->cancelTranscription();
 }
 
 QString ControlService::MeetingStatus()
 {
-    QStringList lines = {m_meeting.isRunning()        ? u"recording"_s
-                         : m_meeting.isTranscribing() ? u"transcribing"_s
-                                                      : u"idle"_s,
-                         m_meeting.statusText(), m_meeting.errorText(), m_meeting.leftoverNotice()};
+    QStringList lines = {m_meeting->isRunning()        ? u"recording"_s
+                         : m_meeting->isTranscribing() ? u"transcribing"_s
+                                                       : u"idle"_s,
+                         m_meeting->statusText(), m_meeting->errorText(), m_meeting->leftoverNotice()};
     lines.removeAll(QString());
     return lines.join(u'\n');
 }
 
 void ControlService::TranscribeMeeting()
 {
-    if (!refuse(m_meeting.leftoverRefusal()))
-        m_meeting.transcribeLeftover(m_meeting.leftovers().constFirst().audioFileName);
+    if (!refuse(m_meeting->leftoverRefusal()))
+        m_meeting->transcribeLeftover(m_meeting->leftovers().constFirst().audioFileName);
 }
 
 void ControlService::DismissMeeting()
 {
-    if (m_meeting.leftovers().isEmpty())
+    if (m_meeting->leftovers().isEmpty()) {
         refuse(Localization::text(u"Нерасшифрованных записей нет."));
-    else
-        m_meeting.dismissLeftover(m_meeting.leftovers().constFirst().audioFileName);
+        return;
+    }
+    const qsizetype before = m_meeting->leftovers().size();
+    m_meeting->dismissLeftover(m_meeting->leftovers().constFirst().audioFileName);
+    if (m_meeting->leftovers().size() == before)
+        refuse(Localization::text(u"Эта запись сейчас расшифровывается."));
 }
 
 void ControlService::Quit()

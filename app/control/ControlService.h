@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Scope.h"
+
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QObject>
@@ -21,13 +23,19 @@ class ControlService : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "com.orvane.Orvane1")
 
 public:
-    /// `dictation` is null in an application without a display.
-    ControlService(DictationController *dictation, MeetingTranscriber &meeting, QObject *parent = nullptr);
+    explicit ControlService(QObject *parent = nullptr);
+    ~ControlService() override;
 
-    /// Takes requests from now on. Without a session bus there are none.
+    /// Takes requests from now on; without a session bus there are none. They are answered by the event loop,
+    /// which must not run before serve(): so none is lost while the program starts.
     void publish();
 
+    /// What the requests are about. `dictation` is null in an application without a display. Both outlive the
+    /// event loop.
+    void serve(DictationController *dictation, MeetingTranscriber &meeting);
+
 public Q_SLOTS:
+    /// Answered, like Start, when it is known whether a recording that was to begin has begun.
     Q_SCRIPTABLE void Toggle();
     Q_SCRIPTABLE void Start();
     Q_SCRIPTABLE void Stop();
@@ -56,10 +64,13 @@ private:
     bool hasDictation();
     /// Answers with that text unless it is empty; whether it did.
     bool refuse(const QString &text);
-    static QCoro::Task<> startMeeting(MeetingTranscriber *meeting, QDBusMessage request);
+    void beginDictation();
+    QCoro::Task<> startDictation(QDBusMessage request);
+    QCoro::Task<> startMeeting(QDBusMessage request);
 
-    DictationController *m_dictation;
-    MeetingTranscriber &m_meeting;
+    DictationController *m_dictation = nullptr;
+    MeetingTranscriber *m_meeting = nullptr;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "app/services/AppServices.h"
 
 #include "base/Async.h"
+#include "desktop/TextInjector.h"
 #include "history/FileRecordSaver.h"
 #include "history/LegacyMigration.h"
 #include "meeting/MicrophoneSource.h"
@@ -41,6 +42,14 @@ AppServices::AppServices(const Environment &environment)
                              m_corrector->local().requestRestart();
                      });
 
+    if (m_desktop) {
+        const auto nameTerminals = [this] {
+            m_desktop->injector.setTerminalClasses(m_settings->terminalClasses());
+        };
+        QObject::connect(m_settings.get(), &AppSettings::terminalClassesChanged, m_settings.get(),
+                         nameTerminals);
+        nameTerminals();
+    }
     if (environment.role == Role::Application) {
         QObject::connect(m_settings.get(), &AppSettings::shareAnonymousStatsChanged, m_settings.get(),
                          [this] { telemetry().pingIfEnabled(); });
@@ -50,7 +59,9 @@ AppServices::AppServices(const Environment &environment)
 AppServices::~AppServices()
 {
     m_recordProcessor.reset(); // uses the transcriber
-    // They tell their work on other threads to stop; that work uses the decoder until it has.
+    // What is being prepared for the engine ends, and so does the work of these on other threads, which uses
+    // the decoder until it has.
+    m_whisperEngine->stop();
     m_meeting.reset();
     m_transcriber.reset();
     m_pipeline.reset();

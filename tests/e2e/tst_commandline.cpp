@@ -105,6 +105,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("display");
         QTest::newRow("X") << u"DISPLAY"_s << u":59999"_s;
         QTest::newRow("Wayland") << u"WAYLAND_DISPLAY"_s << u"nobody"_s;
+        QTest::newRow("platform") << u"QT_QPA_PLATFORM"_s << u"xcb"_s;
+        QTest::newRow("platform without a plugin") << u"QT_QPA_PLATFORM"_s << u"nothing"_s;
     }
 
     void survivesADisplayThatDoesNotAnswer()
@@ -116,7 +118,7 @@ private Q_SLOTS:
             orvane.setEnvironment(other, {});
         orvane.setEnvironment(variable, display);
         const auto result = orvane.run({});
-        QCOMPARE(result.complaints, QByteArray());
+        QCOMPARE(result.complaints.count('\n'), variable == "QT_QPA_PLATFORM"_L1 ? 1 : 0);
         QCOMPARE(result.exitCode, 0);
         QVERIFY(result.output.contains("orvane transcribe"));
     }
@@ -156,6 +158,24 @@ private Q_SLOTS:
         application->terminate();
         QVERIFY(application->waitForFinished());
         QCOMPARE(application->exitStatus(), QProcess::NormalExit);
+    }
+
+    /// Nobody is on a bus here: the lock in the data folder is all that there is.
+    void staysAloneOnItsData()
+    {
+        const OrvaneProgram orvane;
+        const auto first = orvane.start({u"--background"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(orvane.dataFolder() + u"/application.lock"_s), 30'000);
+        const auto second = orvane.run({u"--background"_s});
+        QCOMPARE(second.exitCode, 0);
+        QVERIFY(second.complaints.contains("Orvane уже работает."));
+        first->terminate();
+        QVERIFY(first->waitForFinished());
+
+        const auto third = orvane.start({u"--background"_s});
+        QVERIFY(!third->waitForFinished(1000));
+        third->terminate();
+        QVERIFY(third->waitForFinished());
     }
 
     /// A power loss ended the recording: its header tells of no samples.

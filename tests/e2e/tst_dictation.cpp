@@ -83,7 +83,6 @@ private:
 void DictationTest::initTestCase()
 {
     XKeyboard::setLayouts(u"us"_s);
-    m_program.setEnvironment(u"QT_QUICK_BACKEND"_s, u"software"_s);
     m_program.install(u"base"_s);
     m_speech = spoken(sentence, m_program.path(u"sentence.wav"_s));
 
