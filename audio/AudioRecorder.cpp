@@ -72,8 +72,9 @@ QCoro::Task<> AudioRecorder::start()
     co_await m_scope(recording->openedOrEnded->wait());
     if (recording->isStopped)
         throw Cancelled();
-    if (!recording->hasOpened && recording->result.failure)
-        throw CaptureError(*recording->result.failure);
+    const std::optional<CaptureError> failure = recording->result.failure;
+    if (!recording->hasOpened && failure)
+        throw CaptureError(*failure);
 }
 
 QCoro::Task<> AudioRecorder::record(std::shared_ptr<Recording> recording)
@@ -99,8 +100,9 @@ QCoro::Task<> AudioRecorder::record(std::shared_ptr<Recording> recording)
     if (!recording->hasOpened)
         m_recording.reset(); // start() reports it
     showNothing();
-    if (m_recording == recording && recording->result.failure)
-        Q_EMIT endedByItself(recording->result.failure->description());
+    const std::optional<CaptureError> failure = recording->result.failure;
+    if (m_recording == recording && failure)
+        Q_EMIT endedByItself(failure->description());
 }
 
 QCoro::Task<std::vector<float>> AudioRecorder::stop()

@@ -28,11 +28,11 @@ float inRange(float sample)
 // the recording would otherwise stay there until all of it has been copied.
 void giveBack(std::span<float> samples)
 {
-    static const auto page = std::uintptr_t(::sysconf(_SC_PAGESIZE));
-    const auto begin = (std::uintptr_t(samples.data()) + page - 1) / page * page;
-    const auto end = std::uintptr_t(samples.data() + samples.size()) / page * page;
-    if (begin < end)
-        ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
+    static const auto page = size_t(::sysconf(_SC_PAGESIZE));
+    const auto bytes = std::as_writable_bytes(samples);
+    const size_t before = (page - std::uintptr_t(bytes.data()) % page) % page;
+    if (before < bytes.size())
+        ::madvise(bytes.data() + before, (bytes.size() - before) / page * page, MADV_DONTNEED);
 }
 
 } // namespace
