@@ -1,8 +1,6 @@
 #include "history/TranscriptExporter.h"
 
-#include "base/localization/Localization.h"
-
-#include <QSaveFile>
+#include "history/TranscriptRecord.h"
 
 #include <optional>
 
@@ -29,10 +27,6 @@ QString withoutOuterBlanks(QStringView text)
 
 } // namespace
 
-TranscriptExporter::ExportError::ExportError(const QString &reason)
-    : Error(Localization::text(u"Не удалось сохранить файл: ") + reason)
-{}
-
 QString TranscriptExporter::extension(Format format)
 {
     switch (format) {
@@ -44,6 +38,11 @@ QString TranscriptExporter::extension(Format format)
         return u".md"_s;
     }
     Q_UNREACHABLE();
+}
+
+QByteArray TranscriptExporter::exported(Format format, const TranscriptRecord &record)
+{
+    return content(format, record.title, record.displaySegments(), record.text.trimmed()).toUtf8();
 }
 
 QString TranscriptExporter::content(Format format, const QString &baseName,
@@ -98,14 +97,6 @@ QString TranscriptExporter::markdown(const QString &title, const QList<DisplaySe
         document += u'`' + segment.timecode() + u"`  "_s + withoutOuterBlanks(segment.text) + u"\n\n"_s;
     }
     return document;
-}
-
-void TranscriptExporter::save(const QString &path, const QString &content)
-{
-    const QByteArray bytes = content.toUtf8();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw ExportError(file.errorString());
 }
 
 } // namespace orvane

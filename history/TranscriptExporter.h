@@ -1,12 +1,14 @@
 #pragma once
 
-#include "base/Error.h"
 #include "transcript/DisplaySegment.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 
 namespace orvane {
+
+struct TranscriptRecord;
 
 /// Transcripts as text files. Any thread.
 class TranscriptExporter
@@ -14,17 +16,12 @@ class TranscriptExporter
 public:
     enum class Format { PlainText, SubRip, Markdown };
 
-    class ExportError : public Error
-    {
-    public:
-        enum class Kind { NotSaved };
-
-        explicit ExportError(const QString &reason);
-        [[nodiscard]] Kind kind() const { return Kind::NotSaved; }
-    };
-
     /// ".txt", ".srt" or ".md".
     [[nodiscard]] static QString extension(Format format);
+
+    /// What is exported of a record: the same bytes for whoever exports it, UTF-8. The recognised text
+    /// begins with a blank that no file needs.
+    [[nodiscard]] static QByteArray exported(Format format, const TranscriptRecord &record);
 
     /// What a file of that format holds. `baseName` is the heading of the Markdown form; `text` is the
     /// plain form as it stands, and the Markdown form of a transcript without segments.
@@ -38,10 +35,6 @@ public:
     /// Time codes, and a heading wherever the speaker changes.
     [[nodiscard]] static QString markdown(const QString &title, const QList<DisplaySegment> &segments,
                                           const QString &plainText);
-
-    /// Writes the content in UTF-8: the whole file or, with ExportError, nothing; an existing file is
-    /// replaced. Waits for the disk: not for the main thread of an application with windows.
-    static void save(const QString &path, const QString &content);
 };
 
 } // namespace orvane

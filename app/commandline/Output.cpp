@@ -1,11 +1,10 @@
 #include "app/commandline/Output.h"
 
-#include "base/Error.h"
+#include "base/files/FileError.h"
+#include "base/files/FileReplacement.h"
 #include "base/localization/Localization.h"
 
-#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <cerrno>
 #include <cstdio>
@@ -16,29 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace orvane::Output {
-
-namespace {
-
-// Both return what went wrong, or nothing.
-
-QString replaceFile(const QByteArray &bytes, const QString &path)
-{
-    QSaveFile file(path);
-    const bool written =
-        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-    return written ? QString() : file.errorString();
-}
-
-// A pipe or a device is written to; replacing it by a file would destroy it.
-QString writeInPlace(const QByteArray &bytes, const QString &path)
-{
-    QFile file(path);
-    const bool written =
-        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size();
-    return written ? QString() : file.errorString();
-}
-
-} // namespace
 
 void reserveStandardStreams()
 {
@@ -55,21 +31,17 @@ void write(const QByteArray &bytes)
     const size_t written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
     if (written == size_t(bytes.size()) && std::fflush(stdout) == 0)
         return;
-    throw Error(Localization::text(u"Не удалось записать результат: ") + qt_error_string(errno));
+    throw Error(Localization::text(u"Не удалось записать результат: ") + FileError::reason(errno));
 }
 
 void write(const QByteArray &bytes, const QString &destination)
 {
-    if (destination == standardOutput) {
-        write(bytes);
+    if (destination != standardOutput) {
+        replaceFile(destination, bytes, FileAccess::Usual);
         return;
     }
-    const QFileInfo present(destination);
-    const bool isDevice = present.exists() && !present.isFile();
-    const QString failure = isDevice ? writeInPlace(bytes, destination) : replaceFile(bytes, destination);
-    if (!failure.isEmpty())
-        throw Error(Localization::text(u"Не удалось записать файл") +
-                    u" «%1»: %2"_s.arg(destination, failure));
+    const bool wantsLineFeed = !bytes.isEmpty() && !bytes.endsWith('\n') && ::isatty(STDOUT_FILENO) != 0;
+    write(wantsLineFeed ? bytes + '\n' : bytes);
 }
 
 void requireWritable(const QString &destination)

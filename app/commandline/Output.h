@@ -16,8 +16,8 @@ void reserveStandardStreams();
 /// Writes results to standard output. Throws Error when not all could be written.
 void write(const QByteArray &bytes);
 
-/// Writes results to a file, which is replaced in one step or not at all, or to standard output for "-".
-/// Throws Error.
+/// Writes results to a file, which is replaced in one step or not at all, or to standard output for "-",
+/// where a terminal gets a line feed at the end. Throws Error.
 void write(const QByteArray &bytes, const QString &destination);
 
 /// Throws Error when a result could not be written to this file, folder, device or "-", so that nothing is

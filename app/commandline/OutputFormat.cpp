@@ -2,7 +2,8 @@
 
 #include "history/TranscriptExporter.h"
 
-#include <QMap>
+#include <algorithm>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -10,53 +11,44 @@ namespace orvane {
 
 namespace {
 
-const QMap<QString, OutputFormat> &formats()
+struct NamedFormat
 {
-    static const QMap<QString, OutputFormat> byName = {{u"txt"_s, OutputFormat::Text},
-                                                       {u"md"_s, OutputFormat::Markdown},
-                                                       {u"srt"_s, OutputFormat::SubRip},
-                                                       {u"json"_s, OutputFormat::Json}};
-    return byName;
-}
+    QLatin1StringView name;
+    OutputFormat format;
+    /// None for a record as it is stored.
+    std::optional<TranscriptExporter::Format> exported;
+};
 
-QByteArray content(const TranscriptRecord &record, OutputFormat format)
+constexpr NamedFormat formats[] = {
+    {"txt"_L1, OutputFormat::Text, TranscriptExporter::Format::PlainText},
+    {"md"_L1, OutputFormat::Markdown, TranscriptExporter::Format::Markdown},
+    {"srt"_L1, OutputFormat::SubRip, TranscriptExporter::Format::SubRip},
+    {"json"_L1, OutputFormat::Json, std::nullopt},
+};
+
+const NamedFormat &named(OutputFormat format)
 {
-    const auto exported = [&record](TranscriptExporter::Format as) {
-        const QString text = record.text.trimmed(); // recognised text begins with a blank
-        return TranscriptExporter::content(as, record.title, record.displaySegments(), text).toUtf8();
-    };
-    switch (format) {
-    case OutputFormat::Text:
-        return exported(TranscriptExporter::Format::PlainText);
-    case OutputFormat::Markdown:
-        return exported(TranscriptExporter::Format::Markdown);
-    case OutputFormat::SubRip:
-        return exported(TranscriptExporter::Format::SubRip);
-    case OutputFormat::Json:
-        return record.json();
-    }
-    Q_UNREACHABLE();
+    return *std::ranges::find(formats, format, &NamedFormat::format);
 }
 
 } // namespace
 
 std::optional<OutputFormat> outputFormat(const QString &name)
 {
-    const auto found = formats().constFind(name);
-    return found == formats().cend() ? std::nullopt : std::optional(*found);
+    const auto found = std::ranges::find(formats, name, &NamedFormat::name);
+    return found == std::end(formats) ? std::nullopt : std::optional(found->format);
 }
 
 QString extension(OutputFormat format)
 {
-    return formats().key(format);
+    const auto exported = named(format).exported;
+    return exported ? TranscriptExporter::extension(*exported) : u".json"_s;
 }
 
 QByteArray rendered(const TranscriptRecord &record, OutputFormat format)
 {
-    QByteArray text = content(record, format);
-    if (!text.isEmpty() && !text.endsWith('\n'))
-        text += '\n';
-    return text;
+    const auto exported = named(format).exported;
+    return exported ? TranscriptExporter::exported(*exported, record) : record.json();
 }
 
 } // namespace orvane

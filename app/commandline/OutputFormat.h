@@ -12,11 +12,12 @@ namespace orvane {
 /// The forms in which the command line gives out a transcript.
 enum class OutputFormat { Text, Markdown, SubRip, Json };
 
-/// The format of a name such as "srt", which is also its file extension; none for an unknown one.
+/// The format of a name such as "srt"; none for an unknown one.
 [[nodiscard]] std::optional<OutputFormat> outputFormat(const QString &name);
+/// With its dot.
 [[nodiscard]] QString extension(OutputFormat format);
 
-/// The record in that form, UTF-8, ending in a line break unless it is empty.
+/// The record in that form, UTF-8: what the windows export, byte for byte.
 [[nodiscard]] QByteArray rendered(const TranscriptRecord &record, OutputFormat format);
 
 } // namespace orvane

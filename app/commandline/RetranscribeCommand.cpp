@@ -63,7 +63,8 @@ QCoro::Task<int> RetranscribeCommand::run()
         std::rethrow_exception(failure);
     if (text.trimmed().isEmpty())
         Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена")));
-    Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text));
+    Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text),
+                  Output::standardOutput.toString());
     co_await HistoryAccess::untilSaved(&history); // last, so that a full disk costs nobody the text
     co_return ExitStatus::success;
 }

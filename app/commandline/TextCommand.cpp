@@ -69,7 +69,7 @@ QCoro::Task<int> TextCommand::run()
         co_return ExitStatus::failure;
     if (failure)
         std::rethrow_exception(failure);
-    Output::write(text.toUtf8() + (text.endsWith(u'\n') ? "" : "\n"), m_options.output);
+    Output::write(text.toUtf8(), m_options.output);
     // Last, so that a full disk does not cost the user what took minutes.
     co_await HistoryAccess::untilSaved(&m_services.history());
     co_return ExitStatus::success;

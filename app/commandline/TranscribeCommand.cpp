@@ -194,8 +194,10 @@ void TranscribeCommand::writeResult(const QString &file, const TranscriptRecord 
     const QString target = destination(file);
     const bool needsHeading = m_options.files.size() > 1 && m_options.format == OutputFormat::Text &&
                               target == Output::standardOutput;
-    const QByteArray heading = needsHeading ? u"==> %1 <==\n"_s.arg(file).toUtf8() : QByteArray();
-    Output::write(heading + rendered(record, m_options.format), target);
+    QByteArray text = rendered(record, m_options.format);
+    if (needsHeading)
+        text = u"==> %1 <==\n"_s.arg(file).toUtf8() + text + '\n';
+    Output::write(text, target);
 }
 
 QString TranscribeCommand::destination(const QString &file) const
@@ -203,7 +205,7 @@ QString TranscribeCommand::destination(const QString &file) const
     if (!isFolder(m_options.output))
         return m_options.output;
     const QString name = isStandardInput(file) ? u"stdin"_s : QFileInfo(file).completeBaseName();
-    return u"%1/%2.%3"_s.arg(m_options.output, name, extension(m_options.format));
+    return u"%1/%2%3"_s.arg(m_options.output, name, extension(m_options.format));
 }
 
 } // namespace orvane

@@ -380,7 +380,6 @@ inline constexpr TextPair table[] = {
     // Saving
     {u"Не удалось сохранить запись: ", u"Could not save the record: "},
     {u"Не удалось удалить запись: ", u"Could not delete the record: "},
-    {u"Не удалось сохранить файл: ", u"Could not save the file: "},
 
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},

@@ -1,7 +1,6 @@
 #include "history/TranscriptExporter.h"
+#include "history/TranscriptRecord.h"
 
-#include <QDir>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -32,10 +31,7 @@ private Q_SLOTS:
     void subRipTime();
     void markdown();
     void markdownWithoutSpeakers();
-    void contentByFormat();
-    void saves();
-    void savesWholeOrNothing_data();
-    void savesWholeOrNothing();
+    void exportsRecord();
 };
 
 void TestTranscriptExporter::subRip()
@@ -79,52 +75,18 @@ void TestTranscriptExporter::markdownWithoutSpeakers()
              u"# Протокол — Имя\n\n Решили.\n"_s);
 }
 
-void TestTranscriptExporter::contentByFormat()
+void TestTranscriptExporter::exportsRecord()
 {
     using Format = TranscriptExporter::Format;
-    const auto content = [](Format format) {
-        return TranscriptExporter::content(format, u"Имя"_s, conversation, u" как есть \n"_s);
-    };
-    QCOMPARE(content(Format::PlainText), u" как есть \n"_s);
-    QCOMPARE(content(Format::SubRip), TranscriptExporter::srt(conversation));
-    QCOMPARE(content(Format::Markdown), TranscriptExporter::markdown(u"Имя"_s, conversation, QString()));
-}
-
-void TestTranscriptExporter::saves()
-{
-    const QTemporaryDir folder;
-    const QString path =
-        folder.filePath(u"Имя"_s + TranscriptExporter::extension(TranscriptExporter::Format::SubRip));
-    for (const QString &content : {u"длинный текст 🎙\n"_s, u"short"_s, QString()}) {
-        TranscriptExporter::save(path, content);
-        QFile file(path);
-        QVERIFY(file.open(QFile::ReadOnly));
-        QCOMPARE(file.readAll(), content.toUtf8());
-    }
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList(u"Имя.srt"_s));
-}
-
-void TestTranscriptExporter::savesWholeOrNothing_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("no such folder") << u"missing/a.txt"_s;
-    QTest::newRow("a folder's name") << u"folder"_s;
-}
-
-void TestTranscriptExporter::savesWholeOrNothing()
-{
-    QFETCH(const QString, name);
-    const QTemporaryDir folder;
-    QVERIFY(QDir(folder.path()).mkdir(u"folder"_s));
-    try {
-        TranscriptExporter::save(folder.filePath(name), u"text"_s);
-        QFAIL("nothing failed");
-    } catch (const TranscriptExporter::ExportError &error) {
-        QVERIFY(error.description().startsWith(u"Не удалось сохранить файл: "_s));
-        QVERIFY(error.description().size() > 30);
-    }
-    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList(u"folder"_s));
+    TranscriptRecord record;
+    record.title = u"Имя"_s;
+    record.segments = TranscriptRecord::segmentsFrom(conversation);
+    record.text = u" как есть \n"_s;
+    QCOMPARE(TranscriptExporter::exported(Format::PlainText, record), "как есть");
+    QCOMPARE(TranscriptExporter::exported(Format::SubRip, record),
+             TranscriptExporter::srt(conversation).toUtf8());
+    QCOMPARE(TranscriptExporter::exported(Format::Markdown, record),
+             TranscriptExporter::markdown(u"Имя"_s, conversation, QString()).toUtf8());
 }
 
 QTEST_GUILESS_MAIN(TestTranscriptExporter)
