@@ -41,13 +41,45 @@ bool isEmptyFolder(const fs::path &path)
     return isFolder(path) && fs::is_empty(path, failure) && !failure;
 }
 
+bool copyTree(const fs::path &source, const fs::path &target)
+{
+    std::error_code failure;
+    fs::copy(source, target, fs::copy_options::recursive | fs::copy_options::copy_symlinks, failure);
+    return !failure;
+}
+
+// Onto another disk it is copied under another name first, so that a half of it never counts as the whole.
+void moveAcrossDisks(const fs::path &source, const fs::path &target)
+{
+    fs::path copy = target;
+    copy += ".partial";
+    std::error_code failure;
+    fs::remove_all(copy, failure);
+    if (copyTree(source, copy))
+        fs::rename(copy, target, failure);
+    else
+        failure = std::make_error_code(std::errc::io_error);
+    if (failure)
+        fs::remove_all(copy, failure);
+    else
+        fs::remove_all(source, failure);
+}
+
+// An empty folder at the target is replaced in one step, or stays.
+void move(const fs::path &source, const fs::path &target)
+{
+    std::error_code failure;
+    if (isEmptyFolder(target) && !isFolder(source))
+        fs::remove(target, failure);
+    fs::rename(source, target, failure);
+    if (failure == std::errc::cross_device_link)
+        moveAcrossDisks(source, target);
+}
+
 void mergeEntry(const fs::path &entry, const fs::path &target)
 {
-    std::error_code ignored;
-    if (isEmptyFolder(target))
-        fs::remove(target, ignored);
-    if (!somethingAt(target))
-        fs::rename(entry, target, ignored);
+    if (isEmptyFolder(target) || !somethingAt(target))
+        move(entry, target);
 }
 
 // Listed before the first entry moves: a listing need not survive changes.
@@ -72,7 +104,7 @@ void LegacyMigration::migrateAppSupportDirectory(const StandardFolders &folders)
 
     std::error_code ignored;
     if (!somethingAt(newFolder)) {
-        fs::rename(oldFolder, newFolder, ignored);
+        move(oldFolder, newFolder);
         return;
     }
     if (fs::equivalent(oldFolder, newFolder, ignored))

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -34,7 +35,7 @@ private Q_SLOTS:
 
     void folders_data();
     void folders();
-    void contentMovesWithItsFile();
+    void ontoAnotherDisk();
     void withoutPermission_data();
     void withoutPermission();
     void defaults_data();
@@ -90,15 +91,8 @@ void TestLegacyMigration::folders_data()
         QTest::newRow(name) << before << after;
     };
     row("nothing old", {u"Orvane/a"_s, u"Other/"_s}, {u"Orvane/a"_s, u"Other/"_s});
-    row("nothing at all", {}, {});
     row("old only", {u"Vesk/.hidden"_s, u"Vesk/History/a.json"_s, u"Vesk/Models/"_s},
         {u"Orvane/.hidden"_s, u"Orvane/History/a.json"_s, u"Orvane/Models/"_s});
-    row("old and empty", {u"Vesk/"_s}, {u"Orvane/"_s});
-    row("new one empty", {u"Vesk/History/a"_s, u"Vesk/.pids"_s, u"Orvane/"_s},
-        {u"Orvane/.pids"_s, u"Orvane/History/a"_s});
-    row("old one empty", {u"Vesk/"_s, u"Orvane/a"_s}, {u"Orvane/a"_s});
-    row("both filled", {u"Vesk/History/old"_s, u"Orvane/History/new"_s},
-        {u"Orvane/History/new"_s, u"Vesk/History/old"_s});
     row("new history empty", {u"Vesk/History/old"_s, u"Orvane/History/"_s, u"Orvane/Models/m"_s},
         {u"Orvane/History/old"_s, u"Orvane/Models/m"_s});
     row("some stay",
@@ -106,20 +100,11 @@ void TestLegacyMigration::folders_data()
          u"Orvane/pids"_s},
         {u"Orvane/History/new"_s, u"Orvane/Models/m"_s, u"Orvane/pids"_s, u"Vesk/History/old"_s,
          u"Vesk/pids"_s});
-    row("empty against filled", {u"Vesk/History/"_s, u"Orvane/History/new"_s},
-        {u"Orvane/History/new"_s, u"Vesk/History/"_s});
-    row("empty against empty", {u"Vesk/History/"_s, u"Orvane/History/"_s}, {u"Orvane/History/"_s});
     row("file against empty folder", {u"Vesk/x"_s, u"Orvane/x/"_s}, {u"Orvane/x"_s});
-    row("folder against file", {u"Vesk/x/y"_s, u"Orvane/x"_s}, {u"Orvane/x"_s, u"Vesk/x/y"_s});
-    row("hidden file fills a folder", {u"Vesk/History/old"_s, u"Orvane/History/.new"_s},
-        {u"Orvane/History/.new"_s, u"Vesk/History/old"_s});
-    row("old one is a file", {u"Vesk"_s}, {u"Vesk"_s});
     row("old one is a link to a folder", {u"Disk/a"_s, u"Vesk->Disk"_s}, {u"Disk/a"_s, u"Orvane->Disk"_s});
-    row("old one leads nowhere", {u"Vesk->Disk"_s}, {u"Vesk->Disk"_s});
     row("old one leads to itself", {u"Vesk->Vesk"_s, u"Orvane/"_s}, {u"Orvane/"_s, u"Vesk->Vesk"_s});
     row("new one is a link to the old", {u"Vesk/a"_s, u"Vesk/b/"_s, u"Orvane->Vesk"_s},
         {u"Orvane->Vesk"_s, u"Vesk/a"_s, u"Vesk/b/"_s});
-    row("new one leads nowhere", {u"Vesk/a"_s, u"Orvane->Disk"_s}, {u"Orvane->Disk"_s, u"Vesk/a"_s});
     row("links among the entries", {u"Vesk/a->../x"_s, u"Vesk/b"_s, u"Orvane/b->nowhere"_s},
         {u"Orvane/a->../x"_s, u"Orvane/b->nowhere"_s, u"Vesk/b"_s});
 }
@@ -135,15 +120,20 @@ void TestLegacyMigration::folders()
     QCOMPARE(tree(), after);
 }
 
-void TestLegacyMigration::contentMovesWithItsFile()
+// Another disk is a folder of the memory file system, which a link stands for.
+void TestLegacyMigration::ontoAnotherDisk()
 {
-    plant({u"Vesk/History/a"_s, u"Vesk/History/b"_s, u"Orvane/History/"_s, u"Orvane/b"_s});
+    const QTemporaryDir disk(u"/dev/shm/orvane-test"_s);
+    if (!disk.isValid() || QStorageInfo(disk.path()) == QStorageInfo(m_folder->path()))
+        QSKIP("there is one file system only");
+    plant({u"Vesk/History/a"_s, u"Vesk/pids"_s, u"Orvane->"_s + disk.path()});
+    QVERIFY(QDir(disk.path()).mkpath(u"History"_s));
     migrate();
-    for (const QString &name : {u"a"_s, u"b"_s}) {
-        QFile file(m_folder->filePath(u"Orvane/History/"_s + name));
-        QVERIFY(file.open(QFile::ReadOnly));
-        QCOMPARE(file.readAll(), "Vesk/History/" + name.toUtf8());
-    }
+    QFile moved(disk.filePath(u"History/a"_s));
+    QVERIFY(moved.open(QFile::ReadOnly));
+    QCOMPARE(moved.readAll(), "Vesk/History/a");
+    QCOMPARE(QDir(disk.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 2);
+    QCOMPARE(tree(), QStringList(u"Orvane->"_s + disk.path()));
 }
 
 void TestLegacyMigration::withoutPermission_data()
@@ -151,9 +141,7 @@ void TestLegacyMigration::withoutPermission_data()
     QTest::addColumn<QString>("closed");
     QTest::addColumn<QFileDevice::Permissions>("permissions");
     const QFileDevice::Permissions readOnly = QFileDevice::ReadOwner | QFileDevice::ExeOwner;
-    QTest::newRow("old one unreadable") << u"Vesk"_s << QFileDevice::Permissions();
     QTest::newRow("old one read-only") << u"Vesk"_s << readOnly;
-    QTest::newRow("new one unreadable") << u"Orvane"_s << QFileDevice::Permissions();
     QTest::newRow("new one read-only") << u"Orvane"_s << readOnly;
 }
 
@@ -177,11 +165,8 @@ void TestLegacyMigration::defaults_data()
     QTest::addColumn<QVariant>("oldValue");
     QTest::addColumn<QVariant>("newValue");
     QTest::addColumn<QVariant>("expected");
-    QTest::newRow("none") << QVariant() << QVariant() << QVariant();
     QTest::newRow("old only") << QVariant(u"1.2"_s) << QVariant() << QVariant(u"1.2"_s);
-    QTest::newRow("old of another type") << QVariant(true) << QVariant() << QVariant(true);
     QTest::newRow("both") << QVariant(u"1.2"_s) << QVariant(u"2.0"_s) << QVariant(u"2.0"_s);
-    QTest::newRow("new only") << QVariant() << QVariant(u"2.0"_s) << QVariant(u"2.0"_s);
 }
 
 void TestLegacyMigration::defaults()
