@@ -38,12 +38,18 @@ QString StandardFolders::engineProcessFile() const
     return orvane() + u"/server-pids.txt"_s;
 }
 
+QString StandardFolders::historyIndex() const
+{
+    return caches.isEmpty() ? QString() : caches + u"/orvane/history.sqlite"_s;
+}
+
 StandardFolders StandardFolders::ofUser()
 {
     const QString programFolder = QCoreApplication::applicationDirPath();
     return {.applicationSupport = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation),
             .resources = QDir::cleanPath(programFolder + u"/../lib/orvane"_s),
-            .temporary = QDir::tempPath()};
+            .temporary = QDir::tempPath(),
+            .caches = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)};
 }
 
 } // namespace orvane

@@ -14,6 +14,8 @@ struct StandardFolders
     QString resources;
     /// For files that end with the operation that made them.
     QString temporary;
+    /// The user's caches, shared by all applications; empty where nothing is to be kept.
+    QString caches = {};
 
     /// The user's private data: history, recordings, models, the engine process file.
     [[nodiscard]] QString orvane() const;
@@ -22,6 +24,8 @@ struct StandardFolders
     [[nodiscard]] QString models() const;
     [[nodiscard]] QString correctionModels() const;
     [[nodiscard]] QString engineProcessFile() const;
+    /// Whoever deletes it loses a moment; empty without caches.
+    [[nodiscard]] QString historyIndex() const;
 
     /// The running user's folders. Needs a QCoreApplication: resources are found beside the program.
     [[nodiscard]] static StandardFolders ofUser();

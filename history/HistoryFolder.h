@@ -1,70 +1,71 @@
 #pragma once
 
-#include "base/Error.h"
 #include "base/StandardFolders.h"
+#include "base/files/FileLock.h"
 #include "base/files/FileStamp.h"
 #include "history/TranscriptRecord.h"
+#include "history/TranscriptRecordReader.h"
 
-#include <QHash>
-#include <QList>
+#include <QByteArray>
 
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
-/// The history on disk: one private JSON file per record, named by its id. Other processes may work in
-/// the same folder at the same time. Any thread, one at a time.
+/// The history's files: one private JSON file per record, named by its id. Other processes may work in the
+/// same folder at the same time. Any thread.
 class HistoryFolder
 {
 public:
-    class FolderError : public Error
+    struct RecordFile
+    {
+        /// None when the file cannot be read.
+        std::optional<FileStamp> stamp;
+        /// None when it holds no record.
+        std::optional<TranscriptRecord> record;
+    };
+
+    /// Reads one file after another and reuses its memory: one for each thread.
+    class Reader
     {
     public:
-        enum class Kind { NotSaved, NotDeleted };
-
-        FolderError(Kind kind, const QString &reason);
-        [[nodiscard]] Kind kind() const { return m_kind; }
+        explicit Reader(const HistoryFolder &folder) : m_folder(folder) {}
+        [[nodiscard]] RecordFile read(const QByteArray &fileName);
 
     private:
-        Kind m_kind;
+        const HistoryFolder &m_folder;
+        TranscriptRecordReader m_reader;
+        QByteArray m_contents;
     };
+
+    /// A hundred hours of speech take less; a larger file is no record.
+    static constexpr qint64 maxFileSize = 64 << 20;
 
     explicit HistoryFolder(const StandardFolders &folders);
 
     /// Makes the history folder when it is missing and leaves both it and the recordings to their owner
-    /// alone. Failures are ignored.
+    /// alone: folders 0700, the files in them 0600. Failures are ignored.
     void prepare() const;
-    /// Folders 0700, the files in them 0600, for the history and the recordings. Failures are ignored.
-    void tightenPermissions() const;
 
-    /// Reads every record, on all cores: newest first, those of equal time by file name. Files that are
-    /// no records are passed over and stay as they are. A record counts once per file that holds it.
-    [[nodiscard]] QList<TranscriptRecord> load();
+    /// Names of the files that may be records; none when the folder cannot be listed.
+    [[nodiscard]] std::optional<std::vector<QByteArray>> fileNames() const;
+    [[nodiscard]] std::optional<FileStamp> stampOf(const QByteArray &fileName) const;
 
-    /// Writes the record to the file of its id: the old contents or the new, never a part. Throws
-    /// FolderError.
-    void save(const TranscriptRecord &record);
-    /// Deletes the file of that id; none is no failure. Throws FolderError.
-    void remove(const QUuid &id);
+    /// Keeps other processes of this program from writing here while it lives. Waits for them; none where the
+    /// file system has no locks.
+    [[nodiscard]] std::optional<FileLock> lock() const;
 
-    /// What others did to the folder since it was last looked at or written here: for each id whose files
-    /// changed, the records that they hold now (none when the last was deleted).
-    [[nodiscard]] QHash<QUuid, QList<TranscriptRecord>> rescan();
+    /// Writes the record to the file of its id: the old contents or the new, never a part. Throws Error.
+    void save(const TranscriptRecord &record) const;
+    /// None is no failure. Throws Error.
+    void remove(const QByteArray &fileName) const;
 
 private:
-    struct KnownFile
-    {
-        FileStamp stamp;
-        /// None when the file is no record.
-        std::optional<QUuid> id;
-    };
-
     [[nodiscard]] QByteArray path(const QByteArray &fileName) const;
 
     const QString m_history;
     const QString m_recordings;
-    /// By file name. What this object has seen or written.
-    QHash<QByteArray, KnownFile> m_known;
 };
 
 } // namespace orvane

@@ -2,51 +2,37 @@
 
 #include "base/Async.h"
 
-#include <QFileInfo>
-#include <QSignalBlocker>
-
 #include <algorithm>
 #include <chrono>
 #include <utility>
+
+using namespace std::chrono_literals;
 
 namespace orvane {
 
 namespace {
 
-// Several files that change together are looked at once.
-constexpr std::chrono::milliseconds rescanDelay(150);
-
-void appendTo(TranscriptRecord &record, RecordEvent::Kind kind, const QString &text,
-              const std::optional<QString> &prompt = std::nullopt)
-{
-    if (!record.events)
-        record.events.emplace();
-    record.events->append({.kind = kind, .prompt = prompt, .text = text});
-}
+constexpr auto retryDelay = 10s;
 
 } // namespace
 
 HistoryStore::HistoryStore(const StandardFolders &folders, QObject *parent)
     : QObject(parent),
       m_directory(folders.history()),
-      m_folder(folders)
+      m_archive(folders)
 {
     m_pool.setMaxThreadCount(1);
     m_pool.setExpiryTimeout(-1);
-    m_rescanDelay.setSingleShot(true);
-    m_rescanDelay.setInterval(rescanDelay);
-    connect(&m_rescanDelay, &QTimer::timeout, this, [this] { spawn(refresh()); });
+    m_retryDelay.setSingleShot(true);
+    m_retryDelay.setInterval(retryDelay);
+    connect(&m_retryDelay, &QTimer::timeout, this, &HistoryStore::retry);
 }
 
 HistoryStore::~HistoryStore()
 {
     m_scope.end();
     waitForDone(m_pool);
-    if (!m_waiting.isEmpty()) {
-        const QSignalBlocker quiet(this);
-        publish(m_folder.load());
-        waitForDone(m_pool);
-    }
+    m_archive.retryAll();
 }
 
 void HistoryStore::startLoading()
@@ -57,105 +43,172 @@ void HistoryStore::startLoading()
 
 QCoro::Task<> HistoryStore::load()
 {
-    publish(co_await m_scope(offMainThread(&m_pool, [folder = &m_folder] {
-        folder->prepare();
-        return folder->load();
-    })));
-}
-
-void HistoryStore::publish(QList<TranscriptRecord> records)
-{
-    m_records = std::move(records);
+    startOffMainThread(&m_pool, [archive = &m_archive] { archive->prepare(); });
+    co_await m_scope(list());
     m_loaded = true;
-    for (const auto &change : std::exchange(m_waiting, {}))
-        change();
     Q_EMIT recordsChanged();
     Q_EMIT loadedChanged();
+    followFolder();
 }
 
 QCoro::Task<> HistoryStore::whenLoaded()
 {
-    if (m_loaded)
-        co_return;
     startLoading();
-    co_await offMainThread(&m_pool, [] {}); // the pool keeps the order
+    if (!m_loaded)
+        co_await m_scope(offMainThread(&m_pool, [] {})); // the pool keeps the order
 }
 
-std::optional<TranscriptRecord> HistoryStore::record(const QUuid &id) const
+QCoro::Task<> HistoryStore::list()
 {
-    const auto found = std::ranges::find(m_records, id, &TranscriptRecord::id);
-    return found == m_records.end() ? std::nullopt : std::optional(*found);
-}
-
-void HistoryStore::whenReady(std::function<void()> change)
-{
-    if (m_loaded) {
-        change();
-        return;
+    std::optional<HistoryArchive::Listing> listing;
+    try {
+        listing =
+            co_await m_scope(offMainThread(&m_pool, [archive = &m_archive] { return archive->list(); }));
+        m_notice = listing ? listing->notice : QString();
+    } catch (const Gone &) {
+        throw;
+    } catch (const std::exception &error) {
+        m_notice = descriptionOf(error);
     }
-    m_waiting.append(std::move(change));
-    startLoading();
+    publishError({});
+    if (listing)
+        takeOver(listing->records);
+    if (m_isWatching)
+        startPreparingSearch();
 }
 
-void HistoryStore::change(const QUuid &id, const std::function<void(TranscriptRecord &)> &change)
+// What stays keeps its place in the list; what is new takes its place by time. A change made here that is
+// still on its way to the disk is not undone.
+void HistoryStore::takeOver(const QList<RecordSummary> &now)
 {
-    whenReady([this, id, change] {
-        const auto found = std::ranges::find(std::as_const(m_records), id, &TranscriptRecord::id);
-        if (found == m_records.cend())
-            return;
-        TranscriptRecord &record = m_records[found - m_records.cbegin()];
-        change(record);
-        save(record);
+    QHash<QUuid, const RecordSummary *> unmet;
+    for (const RecordSummary &record : now)
+        unmet.insert(record.id, &record);
+    QList<RecordSummary> staying;
+    QList<QUuid> changed;
+    for (const RecordSummary &record : std::as_const(m_records)) {
+        const RecordSummary *fresh = unmet.take(record.id);
+        if (m_pendingWrites.contains(record.id)) {
+            staying.append(record);
+        } else if (fresh) {
+            staying.append(*fresh);
+            if (*fresh != record)
+                changed.append(record.id);
+        }
+    }
+
+    QList<RecordSummary> records;
+    records.reserve(now.size());
+    auto next = staying.cbegin();
+    for (const RecordSummary &record : now) {
+        if (!unmet.contains(record.id) || m_pendingWrites.contains(record.id))
+            continue;
+        while (next != staying.cend() && next->createdAt > record.createdAt)
+            records.append(*next++);
+        records.append(record);
+    }
+    records.append(QList(next, staying.cend()));
+
+    if (std::exchange(m_records, records) == records)
+        return;
+    if (m_loaded)
         Q_EMIT recordsChanged();
-    });
+    for (const QUuid &id : changed)
+        Q_EMIT recordChanged(id);
+}
+
+QCoro::Task<TranscriptRecord> HistoryStore::record(QUuid id)
+{
+    return offMainThread(&m_pool, [archive = &m_archive, id] { return archive->read(id); });
+}
+
+QCoro::Task<QSet<QUuid>> HistoryStore::search(QString text)
+{
+    return offMainThread(&m_pool, [archive = &m_archive, text] { return archive->search(text); });
+}
+
+QCoro::Task<QSet<QString>> HistoryStore::audioFileNames()
+{
+    return offMainThread(&m_pool, [archive = &m_archive] { return archive->audioFileNames(); });
+}
+
+void HistoryStore::change(const QUuid &id, const RecordEdit &edit, const SummaryEdit &shown)
+{
+    const auto found = std::ranges::find(std::as_const(m_records), id, &RecordSummary::id);
+    if (found == m_records.cend() && m_loaded)
+        return;
+    spawn(write(id, [archive = &m_archive, id, edit] { archive->edit(id, edit); }));
+    if (found == m_records.cend())
+        return;
+    if (shown)
+        shown(m_records[found - m_records.cbegin()]);
+    Q_EMIT recordsChanged();
+    Q_EMIT recordChanged(id);
+}
+
+void HistoryStore::changeLogged(const QUuid &id, const RecordEvent &event, const RecordEdit &edit,
+                                const SummaryEdit &shown)
+{
+    const auto editAndLog = [event, edit](TranscriptRecord &record) {
+        if (edit)
+            edit(record);
+        if (!record.events)
+            record.events.emplace();
+        record.events->append(event);
+    };
+    change(id, editAndLog, shown);
 }
 
 TranscriptRecord HistoryStore::add(TranscriptRecord record)
 {
-    if (!record.text.isEmpty())
-        appendTo(record, RecordEvent::Kind::Transcription, record.text);
-    whenReady([this, record] {
-        m_records.prepend(record);
-        save(record);
-        Q_EMIT recordsChanged();
-    });
+    if (!record.text.isEmpty()) {
+        if (!record.events)
+            record.events.emplace();
+        record.events->append({.prompt = std::nullopt, .text = record.text});
+    }
+    spawn(write(record.id, [archive = &m_archive, record] { archive->add(record); }));
+    m_records.prepend(RecordSummary::of(record));
+    Q_EMIT recordsChanged();
     return record;
 }
 
 void HistoryStore::rename(const QUuid &id, const QString &title)
 {
     const QString trimmed = title.trimmed();
-    if (!trimmed.isEmpty())
-        change(id, [trimmed](TranscriptRecord &record) { record.title = trimmed; });
+    if (trimmed.isEmpty())
+        return;
+    change(
+        id, [trimmed](TranscriptRecord &record) { record.title = trimmed; },
+        [trimmed](RecordSummary &summary) { summary.title = trimmed; });
 }
 
 void HistoryStore::setCorrected(const QUuid &id, const QString &text)
 {
-    change(id, [text](TranscriptRecord &record) {
-        record.corrected = text;
-        appendTo(record, RecordEvent::Kind::Correction, text);
-    });
+    changeLogged(
+        id, {.kind = RecordEvent::Kind::Correction, .prompt = std::nullopt, .text = text},
+        [text](TranscriptRecord &record) { record.corrected = text; },
+        [](RecordSummary &summary) { summary.isCorrected = true; });
 }
 
 void HistoryStore::setSummary(const QUuid &id, const QString &text)
 {
-    change(id, [text](TranscriptRecord &record) {
-        record.summary = text;
-        appendTo(record, RecordEvent::Kind::Summary, text);
-    });
+    changeLogged(
+        id, {.kind = RecordEvent::Kind::Summary, .prompt = std::nullopt, .text = text},
+        [text](TranscriptRecord &record) { record.summary = text; },
+        [](RecordSummary &summary) { summary.hasProtocol = true; });
 }
 
 void HistoryStore::appendEvent(const QUuid &id, RecordEvent::Kind kind, const std::optional<QString> &prompt,
                                const QString &text)
 {
-    change(id, [=](TranscriptRecord &record) { appendTo(record, kind, text, prompt); });
+    changeLogged(id, {.kind = kind, .prompt = prompt, .text = text}, {});
 }
 
 void HistoryStore::updateTranscription(const QUuid &id, const QList<TranscriptRecord::Segment> &segments,
                                        const QString &text, const QString &modelID,
                                        const QString &languageCode)
 {
-    change(id, [=](TranscriptRecord &record) {
+    const auto replace = [=](TranscriptRecord &record) {
         record.segments = segments;
         record.text = text;
         record.modelID = modelID;
@@ -164,23 +217,28 @@ void HistoryStore::updateTranscription(const QUuid &id, const QList<TranscriptRe
         record.summary.reset();
         if (!segments.isEmpty())
             record.durationMs = segments.last().end;
-        appendTo(record, RecordEvent::Kind::Transcription, text);
-    });
+    };
+    const auto show = [replace](RecordSummary &summary) {
+        TranscriptRecord record;
+        record.durationMs = summary.durationMs;
+        replace(record);
+        const RecordSummary replaced = RecordSummary::of(record);
+        summary.durationMs = replaced.durationMs;
+        summary.beginning = replaced.beginning;
+        summary.isCorrected = summary.hasProtocol = false;
+    };
+    changeLogged(id, {.prompt = std::nullopt, .text = text}, replace, show);
 }
 
 void HistoryStore::remove(const QUuid &id)
 {
-    whenReady([this, id] {
-        if (m_records.removeIf([&id](const TranscriptRecord &record) { return record.id == id; }) == 0)
-            return;
-        spawn(write(id, [folder = &m_folder, id] { folder->remove(id); }));
+    const bool isListed =
+        m_records.removeIf([&id](const RecordSummary &record) { return record.id == id; }) > 0;
+    if (!isListed && m_loaded)
+        return;
+    spawn(write(id, [archive = &m_archive, id] { archive->remove(id); }));
+    if (isListed)
         Q_EMIT recordsChanged();
-    });
-}
-
-void HistoryStore::save(const TranscriptRecord &record)
-{
-    spawn(write(record.id, [folder = &m_folder, record] { folder->save(record); }));
 }
 
 QCoro::Task<> HistoryStore::write(QUuid id, std::function<void()> work)
@@ -197,7 +255,6 @@ QCoro::Task<> HistoryStore::write(QUuid id, std::function<void()> work)
     if (--m_pendingWrites[id] == 0)
         m_pendingWrites.remove(id);
     noteOutcome(id, failure);
-    followFolder();
 }
 
 void HistoryStore::noteOutcome(const QUuid &id, const QString &failure)
@@ -206,20 +263,35 @@ void HistoryStore::noteOutcome(const QUuid &id, const QString &failure)
         m_failures.remove(id);
     else
         m_failures.insert(id, failure);
-    const QString shown = !failure.isEmpty()     ? failure
-                          : m_failures.isEmpty() ? QString()
-                                                 : *m_failures.cbegin();
+    publishError(failure);
+    if (m_failures.isEmpty())
+        m_retryDelay.stop();
+    else if (failure.isEmpty()) // what kept the others from the disk may be over
+        retry();
+    else if (!m_retryDelay.isActive())
+        m_retryDelay.start();
+}
+
+void HistoryStore::publishError(const QString &latest)
+{
+    const QString shown = !latest.isEmpty()       ? latest
+                          : !m_failures.isEmpty() ? *m_failures.cbegin()
+                                                  : m_notice;
     if (std::exchange(m_lastError, shown) != shown)
         Q_EMIT lastErrorChanged();
 }
 
+void HistoryStore::retry()
+{
+    for (const QUuid &id : m_failures.keys()) {
+        if (!m_pendingWrites.contains(id))
+            spawn(write(id, [archive = &m_archive, id] { archive->retry(id); }));
+    }
+}
+
 QCoro::Task<> HistoryStore::flush()
 {
-    if (!m_isLoading)
-        co_return; // nothing was changed
-    co_await m_scope(whenLoaded());
-    // Behind every write that was asked for so far.
-    co_await offMainThread(&m_pool, [] {});
+    return offMainThread(&m_pool, [] {}); // behind every write that was asked for so far
 }
 
 QCoro::Task<> HistoryStore::whenSaved(QUuid id)
@@ -229,83 +301,42 @@ QCoro::Task<> HistoryStore::whenSaved(QUuid id)
         throw Error(*failure);
 }
 
-void HistoryStore::watch()
+QCoro::Task<> HistoryStore::refresh()
 {
-    if (m_watcher)
-        return;
-    m_watcher = new QFileSystemWatcher(this);
-    connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
-        if (!m_rescanDelay.isActive())
-            m_rescanDelay.start();
-    });
-    spawn(followWhenLoaded());
+    if (m_loaded)
+        co_await m_scope(list());
+    else
+        co_await m_scope(whenLoaded());
 }
 
-QCoro::Task<> HistoryStore::followWhenLoaded()
+void HistoryStore::watch()
 {
-    co_await m_scope(whenLoaded()); // loading makes the folder
+    m_isWatching = true;
+    startOffMainThread(&m_pool, [archive = &m_archive] { archive->prepare(); });
     followFolder();
 }
 
-QCoro::Task<> HistoryStore::refresh()
-{
-    if (!m_isLoading) {
-        co_await whenLoaded();
-        co_return;
-    }
-    takeOver(co_await m_scope(offMainThread(&m_pool, [folder = &m_folder] { return folder->rescan(); })));
-}
-
-// Also after the folder was deleted and made again. What happened before it was watched is looked for.
 void HistoryStore::followFolder()
 {
-    const bool lost = m_watcher && m_watcher->directories().isEmpty();
-    if (lost && QFileInfo(m_directory).isDir() && m_watcher->addPath(m_directory))
-        m_rescanDelay.start();
+    if (!m_isWatching || !m_loaded || m_folderWatch)
+        return;
+    m_folderWatch.emplace(m_directory);
+    connect(&*m_folderWatch, &FolderWatch::changed, this, [this] { spawn(refresh()); });
+    spawn(refresh()); // for what happened before
 }
 
-void HistoryStore::takeOver(const QHash<QUuid, QList<TranscriptRecord>> &changes)
+void HistoryStore::startPreparingSearch()
 {
-    bool changed = false;
-    for (const auto &[id, records] : changes.asKeyValueRange()) {
-        if (!m_pendingWrites.contains(id))
-            changed |= replace(id, records);
-    }
-    if (changed)
-        Q_EMIT recordsChanged();
+    if (!std::exchange(m_isPreparingSearch, true))
+        spawn(prepareSearch());
 }
 
-// What stays keeps its place in the list; what is new takes its place by time.
-bool HistoryStore::replace(const QUuid &id, const QList<TranscriptRecord> &now)
+QCoro::Task<> HistoryStore::prepareSearch()
 {
-    bool changed = false;
-    qsizetype next = 0;
-    for (qsizetype i = 0; i < m_records.size();) {
-        if (m_records.at(i).id != id) {
-            ++i;
-            continue;
-        }
-        if (next == now.size()) {
-            m_records.removeAt(i);
-            changed = true;
-            continue;
-        }
-        if (m_records.at(i) != now.at(next)) {
-            m_records[i] = now.at(next);
-            changed = true;
-        }
-        ++next;
-        ++i;
+    const auto prepare = [archive = &m_archive] { return archive->prepareSearch(); };
+    while (co_await m_scope(offMainThread(&m_pool, prepare))) {
     }
-    for (; next < now.size(); ++next) {
-        const auto place =
-            std::ranges::find_if(std::as_const(m_records), [&](const TranscriptRecord &record) {
-                return record.createdAt <= now.at(next).createdAt;
-            });
-        m_records.insert(place - m_records.cbegin(), now.at(next));
-        changed = true;
-    }
-    return changed;
+    m_isPreparingSearch = false;
 }
 
 } // namespace orvane

@@ -2,13 +2,15 @@
 
 #include "base/Scope.h"
 #include "base/StandardFolders.h"
-#include "history/HistoryFolder.h"
+#include "base/files/FolderWatch.h"
+#include "history/HistoryArchive.h"
+#include "history/RecordSummary.h"
 #include "history/TranscriptRecord.h"
 
-#include <QFileSystemWatcher>
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -19,12 +21,11 @@
 
 namespace orvane {
 
-/// The history: its records in memory, every change mirrored to disk at once. The list here is what
-/// counts; a change whose file could not be written lives until the process ends. Main thread; nothing
-/// here waits for the disk but the destructor, which lets the last writes end.
+/// The history: what lists show of it in memory, every change on its way to the disk at once. A change whose
+/// file could not be written counts as made, here, and is written later. Main thread; nothing here waits for
+/// the disk but the destructor, which lets the last writes end.
 ///
-/// The records load in the background on first use: when they are awaited, watched or changed. Changes made
-/// before that are taken up when they are there.
+/// The list is read on first use; changes and single records need none.
 class HistoryStore : public QObject
 {
     Q_OBJECT
@@ -36,12 +37,19 @@ public:
     ~HistoryStore() override;
 
     [[nodiscard]] bool isLoaded() const { return m_loaded; }
+    /// Ends when the list has been read, as far as it can be.
     [[nodiscard]] QCoro::Task<> whenLoaded();
 
     /// Newest first; one that was added stands in front.
-    [[nodiscard]] const QList<TranscriptRecord> &records() const { return m_records; }
-    /// The first with that id, as all operations below find it; without one they do nothing.
-    [[nodiscard]] std::optional<TranscriptRecord> record(const QUuid &id) const;
+    [[nodiscard]] const QList<RecordSummary> &records() const { return m_records; }
+
+    /// The whole record, with every change made so far. Throws Error when there is none of that id.
+    [[nodiscard]] QCoro::Task<TranscriptRecord> record(QUuid id);
+    /// The records that hold every word of the text in title, text, corrected text or protocol, as parts of
+    /// words and in any case of letters.
+    [[nodiscard]] QCoro::Task<QSet<QUuid>> search(QString text);
+    /// The recordings that have a record.
+    [[nodiscard]] QCoro::Task<QSet<QString>> audioFileNames();
 
     /// What a user should know of records that are not on disk as they stand here: one sentence, empty
     /// when all is well.
@@ -49,6 +57,7 @@ public:
 
     /// Returns the record as it is stored: with an event for its text unless that is empty.
     TranscriptRecord add(TranscriptRecord record);
+    // All below change nothing when there is no record of that id.
     /// A title of white space alone changes nothing.
     void rename(const QUuid &id, const QString &title);
     void setCorrected(const QUuid &id, const QString &text);
@@ -60,7 +69,7 @@ public:
     /// duration stays.
     void updateTranscription(const QUuid &id, const QList<TranscriptRecord::Segment> &segments,
                              const QString &text, const QString &modelID, const QString &languageCode);
-    /// Deletes the record and its file, never a meeting's audio.
+    /// Deletes the record and its files, never a meeting's audio.
     void remove(const QUuid &id);
 
     /// Ends when every change made so far is on disk or in `lastError`.
@@ -71,49 +80,56 @@ public:
 
     /// Ends when what other processes have done in the history folder so far appears here.
     [[nodiscard]] QCoro::Task<> refresh();
-    /// From now on what other processes do in the history folder appears here. A change made here that
-    /// is still on its way to the disk wins over theirs.
+    /// Once the list has been read, what other processes do in the history folder appears in it, and
+    /// searching is made fast.
     void watch();
 
 Q_SIGNALS:
     void loadedChanged();
     void recordsChanged();
+    /// Something in the record, which need not be what lists show.
+    void recordChanged(const QUuid &id);
     void lastErrorChanged();
 
 private:
+    using SummaryEdit = std::function<void(RecordSummary &)>;
+
     void startLoading();
     QCoro::Task<> load();
-    void publish(QList<TranscriptRecord> records);
-    /// Runs the change now, or once the records are loaded.
-    void whenReady(std::function<void()> change);
-    void change(const QUuid &id, const std::function<void(TranscriptRecord &)> &change);
+    QCoro::Task<> list();
+    void takeOver(const QList<RecordSummary> &now);
+    void change(const QUuid &id, const RecordEdit &edit, const SummaryEdit &shown = {});
+    void changeLogged(const QUuid &id, const RecordEvent &event, const RecordEdit &edit,
+                      const SummaryEdit &shown = {});
 
-    void save(const TranscriptRecord &record);
     QCoro::Task<> write(QUuid id, std::function<void()> work);
     void noteOutcome(const QUuid &id, const QString &failure);
+    void publishError(const QString &latest);
+    void retry();
 
-    QCoro::Task<> followWhenLoaded();
     void followFolder();
-    void takeOver(const QHash<QUuid, QList<TranscriptRecord>> &changes);
-    [[nodiscard]] bool replace(const QUuid &id, const QList<TranscriptRecord> &now);
+    void startPreparingSearch();
+    QCoro::Task<> prepareSearch();
 
     const QString m_directory;
-    QList<TranscriptRecord> m_records;
+    QList<RecordSummary> m_records;
     bool m_isLoading = false;
     bool m_loaded = false;
-    QList<std::function<void()>> m_waiting;
 
     /// Used on the pool's thread only.
-    HistoryFolder m_folder;
-    /// One thread: loading, writes and rescans happen in the order in which they were asked for.
+    HistoryArchive m_archive;
+    /// One thread: all that is asked for happens in that order.
     QThreadPool m_pool;
     QHash<QUuid, int> m_pendingWrites;
     /// By record, the last one in front of the user.
     QHash<QUuid, QString> m_failures;
+    QString m_notice;
     QString m_lastError;
+    QTimer m_retryDelay;
 
-    QFileSystemWatcher *m_watcher = nullptr;
-    QTimer m_rescanDelay;
+    bool m_isPreparingSearch = false;
+    bool m_isWatching = false;
+    std::optional<FolderWatch> m_folderWatch;
     Scope m_scope;
 };
 

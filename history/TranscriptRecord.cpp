@@ -3,7 +3,6 @@
 #include "base/localization/Localization.h"
 
 #include <QFileInfo>
-#include <QHashFunctions>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -57,13 +56,6 @@ QJsonArray arrayOf(const QList<Item> &items)
     for (const Item &item : items)
         array.append(objectOf(item));
     return array;
-}
-
-// std::optional has no hash in Qt; an absent value counts as an own value beside every present one.
-template <typename Value>
-size_t hashOf(const std::optional<Value> &value)
-{
-    return value ? qHashMulti(1, *value) : 0;
 }
 
 } // namespace
@@ -141,28 +133,14 @@ std::optional<QUrl> TranscriptRecord::playableURL(const QString &recordingsFolde
     return std::nullopt;
 }
 
-size_t qHash(const RecordEvent &event, size_t seed) noexcept
-{
-    return qHashMulti(seed, event.id, event.ts, static_cast<int>(event.kind), hashOf(event.prompt),
-                      event.text);
-}
-
-size_t qHash(const TranscriptRecord::Segment &segment, size_t seed) noexcept
-{
-    return qHashMulti(seed, segment.start, segment.end, segment.text, hashOf(segment.speaker));
-}
-
-size_t qHash(const TranscriptRecord &record, size_t seed) noexcept
-{
-    return qHashMulti(seed, record.id, static_cast<int>(record.kind), record.title, record.createdAt,
-                      record.modelID, record.languageCode, record.durationMs, record.segments, record.text,
-                      hashOf(record.corrected), hashOf(record.audioFileName), hashOf(record.summary),
-                      hashOf(record.events), hashOf(record.sourceFilePath));
-}
-
 QString uuidText(const QUuid &id)
 {
     return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+QByteArray recordFileName(const QUuid &id)
+{
+    return uuidText(id).toLatin1() + ".json";
 }
 
 } // namespace orvane

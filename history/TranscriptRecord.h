@@ -89,11 +89,9 @@ struct TranscriptRecord
     bool operator==(const TranscriptRecord &) const = default;
 };
 
-[[nodiscard]] size_t qHash(const RecordEvent &event, size_t seed = 0) noexcept;
-[[nodiscard]] size_t qHash(const TranscriptRecord::Segment &segment, size_t seed = 0) noexcept;
-[[nodiscard]] size_t qHash(const TranscriptRecord &record, size_t seed = 0) noexcept;
-
 /// The id as record files write it and are named: 36 upper-case characters.
 [[nodiscard]] QString uuidText(const QUuid &id);
+/// The name of a record's file in the history folder.
+[[nodiscard]] QByteArray recordFileName(const QUuid &id);
 
 } // namespace orvane

@@ -67,12 +67,17 @@ void MeetingRecordings::forget(const RecordedMeeting &meeting)
 
 QCoro::Task<> MeetingRecordings::findLeftovers()
 {
-    co_await m_scope(m_history.whenLoaded());
-    QSet<QString> inHistory;
-    for (const TranscriptRecord &record : m_history.records())
-        inHistory.insert(record.audioFileName.value_or(QString()));
-    const auto find = [folder = &m_folder, inHistory] { return folder->leftovers(inHistory); };
-    const QList<RecordedMeeting> found = co_await m_scope(offMainThread(&m_pool, find));
+    const auto find = [folder = &m_folder] { return folder->leftovers(); };
+    QList<RecordedMeeting> found = co_await m_scope(offMainThread(&m_pool, find));
+    if (found.isEmpty())
+        co_return; // without a look into the history
+    const QSet<QString> inHistory = co_await m_scope(m_history.audioFileNames());
+    found.removeIf([&](const RecordedMeeting &meeting) {
+        const bool hasRecord = inHistory.contains(meeting.audioFileName);
+        if (hasRecord)
+            forget(meeting);
+        return hasRecord;
+    });
     if (found.isEmpty())
         co_return;
     m_leftovers = found + m_leftovers;

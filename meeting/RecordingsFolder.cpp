@@ -78,12 +78,12 @@ void RecordingsFolder::forget(const RecordedMeeting &meeting)
     m_locks.erase(meeting.audioFileName);
 }
 
-QList<RecordedMeeting> RecordingsFolder::leftovers(const QSet<QString> &inHistory)
+QList<RecordedMeeting> RecordingsFolder::leftovers()
 {
     QList<RecordedMeeting> found;
     for (const QString &marker : QDir(m_folder).entryList({u'*' + markerSuffix}, QDir::Files)) {
         try {
-            if (const auto meeting = takeOver(marker.chopped(markerSuffix.size()), inHistory))
+            if (const auto meeting = takeOver(marker.chopped(markerSuffix.size())))
                 found.append(*meeting);
         } catch (const FileError &error) {
             qWarning("%s", error.what()); // it stays as it is for the next start
@@ -93,8 +93,7 @@ QList<RecordedMeeting> RecordingsFolder::leftovers(const QSet<QString> &inHistor
     return found;
 }
 
-std::optional<RecordedMeeting> RecordingsFolder::takeOver(const QString &audioFileName,
-                                                          const QSet<QString> &inHistory)
+std::optional<RecordedMeeting> RecordingsFolder::takeOver(const QString &audioFileName)
 {
     RecordedMeeting meeting = readMarker(audioFileName);
     const QString path = audioPath(audioFileName);
@@ -106,7 +105,7 @@ std::optional<RecordedMeeting> RecordingsFolder::takeOver(const QString &audioFi
     if (!lock)
         return std::nullopt; // it is being recorded or transcribed
     const quint64 bytes = WavFileWriter::repair(path, sampleRate);
-    if (bytes == 0 || inHistory.contains(audioFileName)) {
+    if (bytes == 0) {
         forget(meeting);
         return std::nullopt;
     }

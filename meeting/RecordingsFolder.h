@@ -31,16 +31,15 @@ public:
     void forget(const RecordedMeeting &meeting);
 
     /// What earlier runs left behind and nobody holds, oldest first, each file repaired so that it can be
-    /// played. Those whose file name is in `inHistory` are dealt with, as are those without a sound.
-    [[nodiscard]] QList<RecordedMeeting> leftovers(const QSet<QString> &inHistory);
+    /// played. Those without a sound are dealt with.
+    [[nodiscard]] QList<RecordedMeeting> leftovers();
 
     [[nodiscard]] QString audioPath(const QString &fileName) const;
 
 private:
     void prepare() const;
     /// The recording that the marker names, if it is to be offered.
-    [[nodiscard]] std::optional<RecordedMeeting> takeOver(const QString &audioFileName,
-                                                          const QSet<QString> &inHistory);
+    [[nodiscard]] std::optional<RecordedMeeting> takeOver(const QString &audioFileName);
     [[nodiscard]] QString createAudio(const QDateTime &startedAt) const;
     void writeMarker(const RecordedMeeting &meeting) const;
     [[nodiscard]] RecordedMeeting readMarker(const QString &audioFileName) const;

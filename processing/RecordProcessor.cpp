@@ -9,17 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-namespace {
-
-TranscriptRecord found(const HistoryStore &history, const QUuid &id)
-{
-    if (std::optional<TranscriptRecord> record = history.record(id))
-        return *std::move(record);
-    throw Error(Localization::text(u"В истории нет записи ") + uuidText(id));
-}
-
-} // namespace
-
 RecordProcessor::RecordProcessor(Collaborators collaborators, QObject *parent)
     : QObject(parent),
       m_history(collaborators.history),
@@ -92,7 +81,7 @@ QCoro::Task<QString> RecordProcessor::run(QUuid id, Operation::Work<QString> wor
 
 QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store store, std::stop_token stop)
 {
-    const QString text = found(m_history, id).text;
+    const QString text = (co_await m_scope(m_history.record(id), stop)).text;
     if (text.trimmed().isEmpty())
         throw Error(Localization::text(u"В записи нет текста."));
     const QString result = co_await m_scope(process(&m_corrector, text, stop), stop);
@@ -103,9 +92,8 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
 
 QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognition, std::stop_token stop)
 {
-    const auto playable = [record = found(m_history, id), folder = m_recordingsFolder] {
-        return record.playableURL(folder);
-    };
+    const TranscriptRecord record = co_await m_scope(m_history.record(id), stop);
+    const auto playable = [record, folder = m_recordingsFolder] { return record.playableURL(folder); };
     const std::optional<QUrl> audio = co_await m_scope(offMainThread(playable), stop);
     if (!audio) {
         throw Error(
@@ -125,11 +113,10 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     co_return text;
 }
 
-// Minutes may have passed, in which another program renamed the record, asked about it or deleted it.
+// Minutes may have passed, in which another program deleted the record.
 QCoro::Task<> RecordProcessor::requireStill(QUuid id, std::stop_token stop)
 {
-    co_await m_scope(m_history.refresh(), stop);
-    static_cast<void>(found(m_history, id));
+    static_cast<void>(co_await m_scope(m_history.record(id), stop));
 }
 
 } // namespace orvane

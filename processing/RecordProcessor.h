@@ -79,7 +79,7 @@ private:
     QCoro::Task<QString> process(QUuid id, Process process, Store store);
     QCoro::Task<QString> processed(QUuid id, Process process, Store store, std::stop_token stop);
     QCoro::Task<QString> transcribed(QUuid id, Recognition recognition, std::stop_token stop);
-    /// Has the history know what became of the record meanwhile. Throws Error when it was deleted.
+    /// Throws Error when the record was deleted meanwhile.
     QCoro::Task<> requireStill(QUuid id, std::stop_token stop);
     QCoro::Task<QString> run(QUuid id, Operation::Work<QString> work);
 

@@ -1,7 +1,5 @@
 #include "transcript/DisplaySegment.h"
 
-#include <QHashFunctions>
-
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -23,12 +21,6 @@ QList<DisplaySegment> DisplaySegment::from(const QList<RawSegment> &raw)
 QString DisplaySegment::timecode() const
 {
     return timecodeOf(start);
-}
-
-size_t qHash(const DisplaySegment &segment, size_t seed) noexcept
-{
-    return qHashMulti(seed, segment.id, segment.start, segment.end, segment.text, segment.speaker.has_value(),
-                      segment.speaker.value_or(0));
 }
 
 QString joinedText(const QList<DisplaySegment> &segments)

@@ -31,8 +31,6 @@ struct DisplaySegment
     bool operator==(const DisplaySegment &) const = default;
 };
 
-[[nodiscard]] size_t qHash(const DisplaySegment &segment, size_t seed = 0) noexcept;
-
 /// The segments' texts one after the other, with nothing between them.
 [[nodiscard]] QString joinedText(const QList<DisplaySegment> &segments);
 

@@ -7,20 +7,20 @@ using namespace Qt::StringLiterals;
 
 namespace orvane::HistoryAccess {
 
-TranscriptRecord recordNamed(const HistoryStore &history, const QString &id)
+QCoro::Task<TranscriptRecord> recordNamed(HistoryStore *history, QString id)
 {
-    const TranscriptRecord *found = nullptr;
-    for (const TranscriptRecord &record : history.records()) {
+    co_await history->whenLoaded();
+    std::optional<QUuid> found;
+    for (const RecordSummary &record : history->records()) {
         if (!uuidText(record.id).startsWith(id, Qt::CaseInsensitive))
             continue;
-        if (found && found->id != record.id)
+        if (found)
             throw Error(Localization::text(u"Под это обозначение подходит несколько записей: ") + id);
-        if (!found)
-            found = &record;
+        found = record.id;
     }
     if (!found)
         throw Error(Localization::text(u"В истории нет записи ") + id);
-    return *found;
+    co_return co_await history->record(*found);
 }
 
 QCoro::Task<> untilSaved(HistoryStore *history)

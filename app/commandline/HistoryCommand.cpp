@@ -16,13 +16,13 @@ HistoryCommand::HistoryCommand(HistoryStore &history, Options options)
 
 QCoro::Task<int> HistoryCommand::run()
 {
-    co_await m_history.whenLoaded();
     if (m_options.action == Action::List) {
+        co_await m_history.whenLoaded();
         list();
         co_return ExitStatus::success;
     }
 
-    const TranscriptRecord chosen = HistoryAccess::recordNamed(m_history, m_options.id);
+    const TranscriptRecord chosen = co_await HistoryAccess::recordNamed(&m_history, m_options.id);
     switch (m_options.action) {
     case Action::List:
         Q_UNREACHABLE();
@@ -46,7 +46,7 @@ QCoro::Task<int> HistoryCommand::run()
 void HistoryCommand::list() const
 {
     QString lines;
-    for (const TranscriptRecord &record : m_history.records()) {
+    for (const RecordSummary &record : m_history.records()) {
         lines += u"%1  %2  %3  %4  %5\n"_s.arg(uuidText(record.id), shownTime(record.createdAt),
                                                title(record.kind).leftJustified(9),
                                                timecodeOf(record.durationMs).rightJustified(8), record.title);

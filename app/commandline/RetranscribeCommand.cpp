@@ -38,8 +38,7 @@ QCoro::Task<int> RetranscribeCommand::run()
     recognition.language =
         m_options.language.isEmpty() ? m_services.settings().language().code : m_options.language;
     HistoryStore &history = m_services.history();
-    co_await history.whenLoaded();
-    const TranscriptRecord record = HistoryAccess::recordNamed(history, m_options.id);
+    const TranscriptRecord record = co_await HistoryAccess::recordNamed(&history, m_options.id);
     if (hasSpeakers(record))
         recognition.speakers = TranscriptionService::SpeakerDetection::On;
     if (m_interrupted)
@@ -63,8 +62,8 @@ QCoro::Task<int> RetranscribeCommand::run()
         std::rethrow_exception(failure);
     if (text.trimmed().isEmpty())
         Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена")));
-    Output::write(rendered(history.record(record.id).value_or(record), OutputFormat::Text),
-                  Output::standardOutput.toString());
+    const TranscriptRecord stored = co_await history.record(record.id);
+    Output::write(rendered(stored, OutputFormat::Text), Output::standardOutput.toString());
     co_await HistoryAccess::untilSaved(&history); // last, so that a full disk costs nobody the text
     co_return ExitStatus::success;
 }

@@ -81,8 +81,7 @@ QCoro::Task<QString> TextCommand::result()
     const bool hasRecord = !m_options.record.isEmpty();
     TranscriptRecord record;
     if (hasRecord) {
-        co_await m_services.history().whenLoaded();
-        record = HistoryAccess::recordNamed(m_services.history(), m_options.record);
+        record = co_await HistoryAccess::recordNamed(&m_services.history(), m_options.record);
         if (record.text.trimmed().isEmpty())
             throw Error(Localization::text(u"В записи нет текста."));
     } else {

@@ -76,7 +76,6 @@ QCoro::Task<int> TranscribeCommand::run()
 {
     const ModelFile chosenModel = ModelChoice::recognitionModel(m_services, m_options.model);
     Output::requireWritable(m_options.output);
-    co_await m_services.history().whenLoaded(); // what is saved can then be read back
     const AppSettings &settings = m_services.settings();
     TranscriptionService::Request request;
     request.model = chosenModel;
@@ -145,7 +144,7 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, TranscriptionServi
     }
 
     try {
-        writeResult(file, recordOf(request, result));
+        writeResult(file, co_await recordOf(request, result));
     } catch (const Error &error) {
         Output::complain(error.description());
         co_return false;
@@ -170,20 +169,18 @@ QCoro::Task<> TranscribeCommand::receive(QString path)
         throw FileError::notWritten(file);
 }
 
-TranscriptRecord TranscribeCommand::recordOf(const TranscriptionService::Request &request,
-                                             const TranscriptionService::Result &result) const
+QCoro::Task<TranscriptRecord> TranscribeCommand::recordOf(TranscriptionService::Request request,
+                                                          TranscriptionService::Result result)
 {
-    if (result.savedID) {
-        if (const auto stored = m_services.history().record(*result.savedID))
-            return *stored;
-    }
-    return FileTranscript{.path = request.audioPath,
-                          .title = request.title,
-                          .segments = result.transcript.segments,
-                          .text = joinedText(result.transcript.segments),
-                          .modelID = request.model.id,
-                          .languageCode = request.language,
-                          .length = result.transcript.length}
+    if (result.savedID)
+        co_return co_await m_services.history().record(*result.savedID);
+    co_return FileTranscript{.path = request.audioPath,
+                             .title = request.title,
+                             .segments = result.transcript.segments,
+                             .text = joinedText(result.transcript.segments),
+                             .modelID = request.model.id,
+                             .languageCode = request.language,
+                             .length = result.transcript.length}
         .record();
 }
 

@@ -51,8 +51,8 @@ private:
     /// Keeps standard input in a file.
     QCoro::Task<> receive(QString path);
     /// The stored record when there is one, else one made for the occasion.
-    [[nodiscard]] TranscriptRecord recordOf(const TranscriptionService::Request &request,
-                                            const TranscriptionService::Result &result) const;
+    [[nodiscard]] QCoro::Task<TranscriptRecord> recordOf(TranscriptionService::Request request,
+                                                         TranscriptionService::Result result);
     void writeResult(const QString &file, const TranscriptRecord &record) const;
     [[nodiscard]] QString destination(const QString &file) const;
 

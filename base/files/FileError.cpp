@@ -22,12 +22,12 @@ QString sentence(Localization::Text what, const QString &path, int error)
 
 FileError FileError::notRead(const QString &path, int error)
 {
-    return FileError(sentence(u"Не удалось прочитать файл", path, error));
+    return {sentence(u"Не удалось прочитать файл", path, error), error};
 }
 
 FileError FileError::notWritten(const QString &path, int error)
 {
-    return FileError(sentence(u"Не удалось записать файл", path, error));
+    return {sentence(u"Не удалось записать файл", path, error), error};
 }
 
 FileError FileError::notRead(const QFileDevice &file)

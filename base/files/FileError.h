@@ -20,9 +20,13 @@ public:
 
     /// What an errno means, as a piece of a sentence in the interface language.
     [[nodiscard]] static QString reason(int error);
+    /// The same of this error's, for a sentence of another kind.
+    [[nodiscard]] QString reason() const { return reason(m_error); }
 
 private:
-    using Error::Error;
+    FileError(const QString &description, int error) : Error(description), m_error(error) {}
+
+    int m_error;
 };
 
 } // namespace orvane

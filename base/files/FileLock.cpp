@@ -2,15 +2,28 @@
 
 #include "base/files/FileControl.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 
+#include <cerrno>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace std::chrono_literals;
+
 namespace orvane {
+
+namespace {
+
+constexpr auto longestWait = 2s;
+constexpr auto waitInterval = 5ms;
+
+} // namespace
 
 std::optional<FileLock> FileLock::tryLock(const QString &path)
 {
@@ -21,6 +34,21 @@ std::optional<FileLock> FileLock::tryLock(const QString &path)
     FileLock lock(descriptor);
     if (!FileControl::tryLock(descriptor))
         return std::nullopt;
+    return lock;
+}
+
+std::optional<FileLock> FileLock::ofFolder(const QString &path)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return std::nullopt;
+    FileLock lock(descriptor);
+    const QDeadlineTimer deadline(longestWait);
+    while (!FileControl::tryLock(descriptor)) {
+        if (errno != EWOULDBLOCK || deadline.hasExpired())
+            return std::nullopt;
+        std::this_thread::sleep_for(waitInterval);
+    }
     return lock;
 }
 

@@ -15,6 +15,10 @@ public:
     /// its owner alone; it stays there afterwards.
     [[nodiscard]] static std::optional<FileLock> tryLock(const QString &path);
 
+    /// Of a folder that is there, against others who lock it so: without it what is in there can be changed
+    /// all the same. Waits a moment for another to give it up, none after that.
+    [[nodiscard]] static std::optional<FileLock> ofFolder(const QString &path);
+
     FileLock(FileLock &&other) noexcept;
     FileLock &operator=(FileLock &&other) noexcept;
     FileLock(const FileLock &) = delete;

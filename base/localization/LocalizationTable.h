@@ -380,6 +380,8 @@ inline constexpr TextPair table[] = {
     // Saving
     {u"Не удалось сохранить запись: ", u"Could not save the record: "},
     {u"Не удалось удалить запись: ", u"Could not delete the record: "},
+    {u"её файл повреждён", u"its file is damaged"},
+    {u"Файл истории слишком велик и пропущен: ", u"A file of the history is too large and was passed over: "},
 
     // Command line
     {u"Неизвестный параметр: ", u"Unknown option: "},

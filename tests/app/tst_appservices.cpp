@@ -37,7 +37,7 @@ private Q_SLOTS:
         QCoro::waitFor(services->history().whenLoaded());
 
         QCOMPARE(services->history().records().size(), 1);
-        QCOMPARE(services->history().records().first().text, record.text);
+        QCOMPARE(services->history().records().first().beginning, record.text);
     }
 
     /// Work on other threads uses what the services own.

@@ -22,6 +22,11 @@ public:
 
     [[nodiscard]] MeetingTranscriber &meeting() { return *m_meeting; }
     [[nodiscard]] HistoryStore &history() { return *m_history; }
+    /// The whole record that stands first.
+    [[nodiscard]] TranscriptRecord newestRecord()
+    {
+        return QCoro::waitFor(m_history->record(m_history->records().first().id));
+    }
     [[nodiscard]] AppSettings &settings() { return m_settings; }
     [[nodiscard]] ModelManager &models() { return m_models; }
     [[nodiscard]] WhisperServerEngine &engine() { return *m_engine; }

@@ -92,10 +92,12 @@ void TestRealMeeting::tellsTwoVoicesApart()
     QTRY_VERIFY_WITH_TIMEOUT(!meeting.isTranscribing(), patience);
     QCOMPARE(meeting.errorText(), QString());
 
-    const std::optional<TranscriptRecord> record = history.record(meeting.lastRecordID());
-    QVERIFY2(record, qPrintable(meeting.statusText()));
+    const TaskResult read(history.record(meeting.lastRecordID()));
+    QTRY_VERIFY(read.isDone());
+    QVERIFY2(read.succeeded(), qPrintable(meeting.statusText()));
+    const auto &record = read.value();
     QMap<qint64, int> heard;
-    for (const TranscriptRecord::Segment &segment : record->segments) {
+    for (const TranscriptRecord::Segment &segment : record.segments) {
         const std::optional<qint64> speaker = test::Dialogue::speakerOf(segment.text);
         if (!speaker)
             continue;
@@ -103,11 +105,11 @@ void TestRealMeeting::tellsTwoVoicesApart()
         QVERIFY2(segment.speaker == speaker,
                  qPrintable(u"%1 is said to speak: %2"_s.arg(segment.speaker.value_or(0)).arg(segment.text)));
     }
-    QVERIFY2(heard[1] >= 2 && heard[2] >= 2, qPrintable(record->text));
-    QVERIFY(record->playableURL(folders.recordings()));
+    QVERIFY2(heard[1] >= 2 && heard[2] >= 2, qPrintable(record.text));
+    QVERIFY(record.playableURL(folders.recordings()));
 
     const QString markdown =
-        TranscriptExporter::markdown(record->title, record->displaySegments(), record->text);
+        TranscriptExporter::markdown(record.title, record.displaySegments(), record.text);
     QVERIFY2(markdown.count(u"**Спикер 1**"_s) >= 2 && markdown.count(u"**Спикер 2**"_s) >= 1,
              qPrintable(markdown));
     const TaskResult stopped(engine.stopAndWait());

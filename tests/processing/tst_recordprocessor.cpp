@@ -122,9 +122,9 @@ private Q_SLOTS:
         HistoryFolder another(m_folders);
         m_home->behave(answering(saying(u"Иван."_s)));
 
-        const Result asked(processor().ask(m_record, u"Кто?"_s));
         TranscriptRecord renamed = record();
         renamed.title = u"новое"_s;
+        const Result asked(processor().ask(m_record, u"Кто?"_s));
         another.save(renamed);
         QTRY_VERIFY(asked.isDone());
         QCOMPARE(record().title, u"новое"_s);
@@ -132,10 +132,10 @@ private Q_SLOTS:
 
         QCoro::waitFor(m_services->history().flush());
         const Result late(processor().ask(m_record, u"Кто?"_s));
-        another.remove(m_record);
+        another.remove(recordFileName(m_record));
         QTRY_VERIFY(late.isDone());
         QVERIFY(processor().error().startsWith(u"В истории нет записи "_s));
-        QVERIFY(another.load().isEmpty());
+        QCOMPARE(another.fileNames()->size(), 0u);
     }
 
     void cancelledStoresNothing()
@@ -172,7 +172,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] RecordProcessor &processor() const { return m_services->recordProcessor(); }
-    [[nodiscard]] TranscriptRecord record() const { return *m_services->history().record(m_record); }
+    [[nodiscard]] TranscriptRecord record() const { return QCoro::waitFor(m_services->history().record(m_record)); }
 
     std::unique_ptr<FakeEngineHome> m_home;
     std::unique_ptr<QTemporaryDir> m_folder;
