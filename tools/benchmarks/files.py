@@ -1,8 +1,7 @@
-"""Transcribing, decoding, the history and starting, against curl, ffmpeg and cat. Needs what ./test provides."""
+"""Transcribing, decoding and starting, against curl, ffmpeg and cat. Needs what ./test provides."""
 
 import json
 import os
-import re
 
 from benchmarks.report import RESOURCES, ROUNDS, best, configured, milliseconds, peer, program, run
 
@@ -32,17 +31,6 @@ def bench_decoding(report, folder):
         report.add(f"private memory of decoding 1 h of {kind}, beyond its samples", beyond, 16, " MiB")
 
 
-def bench_history(report, folder):
-    data = folder / "data"
-    (data / "Orvane").mkdir(parents=True)
-    load = [program("bench-history"), data, 10000]
-    run(load)  # makes the records
-    records = data / "Orvane" / "History"
-    theirs = best(lambda: milliseconds(["sh", "-c", f"find '{records}' -name '*.json' -print0 | xargs -0 cat >'{os.devnull}'"]))
-    ours = best(lambda: float(re.search(r"([\d.]+) ms", run(load))[1]))
-    report.add("loading 10,000 records of 20 KiB, against cat", ours / theirs, 4, detail=f"{ours:.0f} ms, cat {theirs:.0f} ms")
-
-
 def bench_request_body(report, folder):
     runs = [json.loads(run([program("bench-request-body"), folder])) for _ in range(3)]
     pause = min(times["longest_pause_ms"] for times in runs)
@@ -55,4 +43,4 @@ def bench_start(report, _folder):
     report.add("orvane --version", best(lambda: milliseconds([program("orvane"), "--version"]), 20), 50, " ms")
 
 
-BENCHES = [bench_transcription, bench_decoding, bench_history, bench_request_body, bench_start]
+BENCHES = [bench_transcription, bench_decoding, bench_request_body, bench_start]
