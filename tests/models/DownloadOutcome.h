@@ -1,14 +1,16 @@
 #pragma once
 
 #include "models/ModelDownloader.h"
+#include "tests/support/Files.h"
 
-#include <QDir>
 #include <QTest>
 
 #include <memory>
 #include <optional>
 
 namespace orvane::test {
+
+constexpr qint64 mebibyte = 1024 * 1024;
 
 /// How a download ended, and what it reported meanwhile.
 struct DownloadOutcome
@@ -17,42 +19,28 @@ struct DownloadOutcome
     bool wasCancelled = false;
     std::optional<DownloadError::Kind> failure;
     QString description;
-    QList<double> progress;
-    DownloadProgress last;
-    bool reportedElsewhere = false;
+    QList<DownloadProgress> progress;
 
     [[nodiscard]] bool succeeded() const { return hasEnded && !wasCancelled && !failure; }
+    [[nodiscard]] double fraction() const { return progress.isEmpty() ? 0 : progress.last().fraction(); }
 };
 
-namespace detail {
-
-inline QCoro::Task<> follow(ModelDownloader *downloader, QUrl from, QString to, QByteArray magic,
-                            std::shared_ptr<DownloadOutcome> outcome, std::stop_token stop)
-{
-    const auto progress = [outcome](const DownloadProgress &reached) {
-        outcome->progress.append(reached.fraction());
-        outcome->last = reached;
-        outcome->reportedElsewhere |= QThread::currentThread() != QCoreApplication::instance()->thread();
-    };
-    try {
-        co_await downloader->download(from, to, magic, progress, stop);
-    } catch (const Cancelled &) {
-        outcome->wasCancelled = true;
-    } catch (const DownloadError &error) {
-        outcome->failure = error.kind();
-        outcome->description = error.description();
-    }
-    outcome->hasEnded = true;
-}
-
-} // namespace detail
-
 inline std::shared_ptr<DownloadOutcome> startDownload(ModelDownloader &downloader, const QUrl &from,
-                                                      const QString &to, const QByteArray &magic = "GGUF",
-                                                      std::stop_token stop = {})
+                                                      const QString &to, std::stop_token stop = {})
 {
-    auto outcome = std::make_shared<DownloadOutcome>();
-    detail::follow(&downloader, from, to, magic, outcome, stop);
+    const auto outcome = std::make_shared<DownloadOutcome>();
+    const auto progress = [outcome](const DownloadProgress &reached) { outcome->progress.append(reached); };
+    [](QCoro::Task<> download, std::shared_ptr<DownloadOutcome> outcome) -> QCoro::Task<> {
+        try {
+            co_await std::move(download);
+        } catch (const Cancelled &) {
+            outcome->wasCancelled = true;
+        } catch (const DownloadError &error) {
+            outcome->failure = error.kind();
+            outcome->description = error.description();
+        }
+        outcome->hasEnded = true;
+    }(downloader.download(from, to, "GGUF", progress, stop), outcome);
     return outcome;
 }
 
@@ -62,12 +50,6 @@ inline DownloadOutcome finish(const std::shared_ptr<DownloadOutcome> &outcome)
     if (!QTest::qWaitFor([&] { return outcome->hasEnded; }, 60'000))
         QTest::qFail("the download does not end", __FILE__, __LINE__);
     return *outcome;
-}
-
-inline QByteArray fileContent(const QString &path)
-{
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace orvane::test

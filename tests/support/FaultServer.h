@@ -2,23 +2,21 @@
 
 #include "models/DownloadMeta.h"
 
-#include <QMap>
 #include <QMutex>
 #include <QSslConfiguration>
 #include <QTcpServer>
-#include <QThread>
 #include <QThreadPool>
 #include <QUrl>
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <optional>
+#include <thread>
 
 namespace orvane::test {
 
-/// A web server on loopback for one file, that answers as badly as it is told to. It runs on threads of
-/// its own; a request is served by one of them from start to end.
+/// A web server on loopback for one file, that answers as badly as its rule says. Each request is served by a
+/// thread of its own.
 class FaultServer
 {
 public:
@@ -26,10 +24,6 @@ public:
     {
         QByteArray path;
         std::optional<ByteRange> range;
-        /// By lower-case name.
-        QMap<QByteArray, QByteArray> headers;
-        /// Counts the requests to the server, from 0; the probe's range is 0 to 0.
-        int number = 0;
 
         [[nodiscard]] bool isProbe() const { return range == ByteRange{0, 0}; }
     };
@@ -41,18 +35,14 @@ public:
         std::optional<QByteArray> etag = {};
         std::optional<QByteArray> contentRange = {};
         std::optional<QByteArray> location = {};
-        /// Instead of the file's bytes.
-        std::optional<QByteArray> body = {};
-        /// After the body.
-        QByteArray more = {};
-        /// False leaves the body's end to the end of the connection.
-        bool givesLength = true;
+        std::optional<QByteArray> body = {}; ///< instead of the file's bytes
+        QByteArray more = {};                ///< after the body
+        bool givesLength = true;             ///< false leaves the body's end to the end of the connection
         bool ignoresRange = false;
         /// After so many bytes of the body the connection is dropped, or nothing more comes.
         std::optional<qint64> dropAfter = {};
         std::optional<qint64> stallAfter = {};
-        /// 0: as fast as it goes.
-        qint64 bytesPerSecond = 0;
+        qint64 bytesPerSecond = 0; ///< 0: as fast as it goes
     };
 
     using Rule = std::function<Answer(const Request &)>;
@@ -61,10 +51,8 @@ public:
     {
         Request request;
         int status = 0;
-        /// Bytes of the body that went to the network.
-        qint64 sent = 0;
-        /// The file's own bytes, told as what they are.
-        bool isTrue = true;
+        qint64 sent = 0;    ///< bytes of the body that went to the network
+        bool isTrue = true; ///< they are the file's own, said to be what they are
     };
 
     /// With a configuration that has a certificate and its key, the server speaks https.
@@ -75,34 +63,28 @@ public:
 
     /// Called for each request from then on, by several threads, one at a time. None: correct answers.
     void setRule(Rule rule);
-    void setContent(QByteArray content, QByteArray etag);
 
-    [[nodiscard]] QByteArray content() const;
-    /// What was served, in the order of the requests' ends. This and forgetting it wait until no request
-    /// is being served.
-    [[nodiscard]] QList<Served> served() const;
-    void forgetServed();
+    [[nodiscard]] const QByteArray &content() const { return m_content; }
+    /// What was served since the last call, in the order of the requests' ends. Waits until no request is
+    /// being served.
+    QList<Served> takeServed();
 
 private:
-    class Listener;
-
+    void accept(int listener);
     void serve(qintptr descriptor);
-    void answer(QTcpSocket &socket, Request request);
+    void answer(QTcpSocket &socket, const Request &request);
     /// Bytes sent.
     [[nodiscard]] qint64 sendBody(QTcpSocket &socket, const QByteArray &body, const Answer &answer) const;
 
-    mutable QMutex m_mutex;
-    QByteArray m_content;
-    QByteArray m_etag;
+    const QByteArray m_content;
+    const std::optional<QSslConfiguration> m_tls;
+    QMutex m_mutex; // guards the next two
     Rule m_rule;
     QList<Served> m_served;
-    int m_requestCount = 0;
-    const std::optional<QSslConfiguration> m_tls;
-    mutable QThreadPool m_connections;
-    QThread m_thread;
-    std::unique_ptr<Listener> m_listener;
-    quint16 m_port = 0;
+    QTcpServer m_listener;
     std::atomic<bool> m_isStopping = false;
+    QThreadPool m_connections;
+    std::jthread m_acceptor;
 };
 
 /// `size` bytes that begin with `magic` and otherwise look random, the same for the same seed.

@@ -120,7 +120,7 @@ private:
         remember(name, child);
         if (losesTrust) {
             m_reached.clear();
-            m_server.forgetServed();
+            m_server.takeServed();
         }
     }
 
@@ -151,9 +151,8 @@ private:
 
     void check()
     {
-        for (const FaultServer::Served &one : m_server.served())
+        for (const FaultServer::Served &one : m_server.takeServed())
             account(one);
-        m_server.forgetServed();
         if (!QFile::exists(destination()))
             return;
         QFile file(destination());
