@@ -1,59 +1,104 @@
 #pragma once
 
+#include "audio/SampleRate.h"
+#include "base/Async.h"
 #include "meeting/MeetingSource.h"
-
-#include <QString>
 
 #include <memory>
 #include <mutex>
-#include <span>
 
 namespace orvane {
 
-/// A microphone that hears what a test feeds it, and fails when the test wants it to. The chunks are handed
-/// out on another thread, as by the real one.
+/// A microphone that hears what a test feeds it, and fails when the test wants it to.
 class FakeMeetingSource : public MeetingSource
 {
 public:
     /// Shared with the test, which outlives the source or not.
     struct Control
     {
-        /// The sources that were made, newest last; null when gone.
-        FakeMeetingSource *current = nullptr;
-        /// What start() throws; nothing when empty.
-        QString startError;
-        /// How long stop() takes.
-        int stopMs = 0;
+        FakeMeetingSource *current = nullptr; ///< the newest source; null when gone
+        QString startError;                   ///< what start() throws; nothing when empty
+        int stopMs = 0;                       ///< how long stop() takes
     };
 
-    explicit FakeMeetingSource(std::shared_ptr<Control> control);
-    ~FakeMeetingSource() override;
+    explicit FakeMeetingSource(std::shared_ptr<Control> control) : m_control(std::move(control))
+    {
+        m_control->current = this;
+    }
+    ~FakeMeetingSource() override
+    {
+        if (m_control->current == this)
+            m_control->current = nullptr;
+    }
 
-    void setChunks(double seconds, ChunkHandler handler) override;
-    [[nodiscard]] QCoro::Task<> start() override;
-    [[nodiscard]] QCoro::Task<> stop() override;
-    void flushChunk() override;
+    void setChunks(double seconds, ChunkHandler handler) override
+    {
+        const std::scoped_lock locked(m_lock);
+        m_chunkSeconds = seconds;
+        m_handler = std::move(handler);
+    }
+    [[nodiscard]] QCoro::Task<> start() override
+    {
+        const QString error = m_control->startError;
+        co_await sleepFor(std::chrono::milliseconds(1));
+        if (!error.isEmpty())
+            throw Error(error);
+    }
+    [[nodiscard]] QCoro::Task<> stop() override
+    {
+        co_await sleepFor(std::chrono::milliseconds(m_control->stopMs));
+    }
+    void flushChunk() override
+    {
+        const std::scoped_lock locked(m_lock);
+        handOut();
+    }
     [[nodiscard]] float level() const override { return 0.5F; }
     [[nodiscard]] QList<float> waveform() const override { return {0.5F}; }
     [[nodiscard]] bool isSilent() const override { return m_isSilent; }
 
-    /// On any thread; the handler is called on it.
-    void hear(std::span<const float> samples);
-    /// Feeds the next seconds of pattern() from another thread.
-    void hearPattern(double seconds);
-    void setSilent(bool silent);
+    /// On any thread, and from it: the next seconds of a sound of which each part differs from every other.
+    void hear(double seconds)
+    {
+        const size_t end = m_heard + static_cast<size_t>(seconds * sampleRate);
+        while (m_heard < end) {
+            const std::scoped_lock locked(m_lock);
+            for (size_t i = 0; i < piece && m_heard < end; ++i)
+                m_pending.push_back(sample(storedSample(m_heard++)));
+            if (static_cast<double>(m_pending.size()) >= m_chunkSeconds * sampleRate)
+                handOut();
+        }
+    }
+    /// The sound as a WAV file stores it.
+    [[nodiscard]] static qint16 storedSample(size_t index)
+    {
+        return static_cast<qint16>(static_cast<qint64>(index * 40'503 % 65'521) - 32'760);
+    }
+
+    void setSilent(bool silent)
+    {
+        m_isSilent = silent;
+        Q_EMIT isSilentChanged();
+    }
     void endByItself(const QString &reason) { Q_EMIT endedByItself(reason); }
 
-    /// A sound of which each part differs from every other, as samples and as a WAV file stores them.
-    [[nodiscard]] static std::vector<float> pattern(size_t first, size_t count);
-    [[nodiscard]] static qint16 storedPattern(size_t index);
-
 private:
+    static constexpr size_t piece = 1600;
+
+    /// In the middle of what is stored as that number.
+    [[nodiscard]] static float sample(qint16 stored)
+    {
+        return (static_cast<float>(stored) + (stored < 0 ? -0.5F : 0.5F)) / 32'767;
+    }
     /// Under the lock, so that the chunks stay in order.
-    void handOut();
+    void handOut()
+    {
+        if (m_handler)
+            m_handler(std::exchange(m_pending, {}));
+    }
 
     const std::shared_ptr<Control> m_control;
-    std::mutex m_lock; // guards what follows
+    std::mutex m_lock; // guards the next three
     double m_chunkSeconds = 0;
     ChunkHandler m_handler;
     std::vector<float> m_pending;

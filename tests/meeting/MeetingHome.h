@@ -8,60 +8,90 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "tests/meeting/FakeMeetingSource.h"
+#include "tests/support/Files.h"
 
 #include <QDir>
+#include <QtEndian>
+
+#include <atomic>
 
 namespace orvane {
 
 /// All that a meeting needs, in a folder of its own, with an installed model and a microphone to be fed.
-class MeetingHome
+struct MeetingHome
 {
-public:
     /// `folder` holds the data; the engine is looked for in the other one.
-    MeetingHome(const QString &folder, const QString &engineFolder);
-
-    [[nodiscard]] MeetingTranscriber &meeting() { return *m_meeting; }
-    [[nodiscard]] HistoryStore &history() { return *m_history; }
-    /// The whole record that stands first.
-    [[nodiscard]] TranscriptRecord newestRecord()
+    MeetingHome(const QString &folder, const QString &engineFolder)
+        : folders({.applicationSupport = folder, .resources = engineFolder, .temporary = folder}),
+          defaults(folder + QStringLiteral("/settings.json")),
+          decoder(engineFolder),
+          engine({.resources = engineFolder, .folders = {}}, registry, folder)
     {
-        return QCoro::waitFor(m_history->record(m_history->records().first().id));
+        installModel(QStringLiteral("base"));
     }
-    [[nodiscard]] AppSettings &settings() { return m_settings; }
-    [[nodiscard]] ModelManager &models() { return m_models; }
-    [[nodiscard]] WhisperServerEngine &engine() { return *m_engine; }
-    [[nodiscard]] const EngineTurns &turns() const { return m_turns; }
-    [[nodiscard]] FakeMeetingSource &microphone() { return *m_control->current; }
-    [[nodiscard]] FakeMeetingSource::Control &control() { return *m_control; }
 
-    [[nodiscard]] QDir recordings() const { return m_folders.recordings(); }
+    void installModel(const QString &id)
+    {
+        QDir().mkpath(folders.models());
+        test::put(models.localPath(id), "lmgg");
+        models.refresh();
+    }
+
+    [[nodiscard]] QDir recordings() const { return folders.recordings(); }
     /// Names of the audio files and of the markers.
     [[nodiscard]] QStringList audio() const { return recordings().entryList({QStringLiteral("*.wav")}); }
     [[nodiscard]] QStringList markers() const { return recordings().entryList({QStringLiteral("*.json")}); }
-    /// How many samples the file holds that are those of the pattern, from its first on; -1 when it is no
+    /// The whole record that stands first.
+    [[nodiscard]] TranscriptRecord newestRecord()
+    {
+        return QCoro::waitFor(history.record(history.records().first().id));
+    }
+    /// How many samples the file holds that are those that were heard, from the first on; -1 when it is no
     /// finished WAV file or anything else is in it.
-    [[nodiscard]] qint64 patternIn(const QString &audioFileName) const;
+    [[nodiscard]] qint64 heardIn(const QString &audioFileName) const
+    {
+        const QByteArray bytes = test::contentOf(recordings().filePath(audioFileName));
+        const auto count = static_cast<size_t>(bytes.size() - 44) / 2;
+        if (bytes.size() < 44 || qFromLittleEndian<quint32>(bytes.constData() + 40) != count * 2 ||
+            qFromLittleEndian<quint32>(bytes.constData() + 4) != count * 2 + 36)
+            return -1;
+        for (size_t i = 0; i < count; ++i) {
+            if (qFromLittleEndian<qint16>(bytes.constData() + 44 + 2 * i) !=
+                FakeMeetingSource::storedSample(i))
+                return -1;
+        }
+        return static_cast<qint64>(count);
+    }
 
-    void installModel(const QString &id);
+    const StandardFolders folders;
+    UserDefaults defaults;
+    AppSettings settings{defaults};
+    ModelManager models{folders.models()};
+    HistoryStore history{folders};
+    EngineProcessRegistry registry{QString()};
+    AudioDecoder decoder;
+    EngineTurns turns;
+    WhisperServerEngine engine;
+    TranscriptPipeline pipeline{engine, decoder};
+    std::shared_ptr<FakeMeetingSource::Control> microphone = std::make_shared<FakeMeetingSource::Control>();
+    std::shared_ptr<bool> isMicrophoneAllowed = std::make_shared<bool>(true);
     /// What the disk is said to have room for.
-    void setFreeSpace(qint64 bytes) { *m_freeSpace = bytes; }
-    void setMicrophoneAllowed(bool allowed) { *m_isAllowed = allowed; }
-
-private:
-    const StandardFolders m_folders;
-    UserDefaults m_defaults;
-    AppSettings m_settings;
-    ModelManager m_models;
-    EngineProcessRegistry m_registry{QString()};
-    AudioDecoder m_decoder;
-    EngineTurns m_turns;
-    std::shared_ptr<FakeMeetingSource::Control> m_control = std::make_shared<FakeMeetingSource::Control>();
-    std::shared_ptr<std::atomic<qint64>> m_freeSpace = std::make_shared<std::atomic<qint64>>(1LL << 40);
-    std::shared_ptr<bool> m_isAllowed = std::make_shared<bool>(true);
-    std::unique_ptr<HistoryStore> m_history;
-    std::unique_ptr<WhisperServerEngine> m_engine;
-    std::unique_ptr<TranscriptPipeline> m_pipeline;
-    std::unique_ptr<MeetingTranscriber> m_meeting;
+    std::shared_ptr<std::atomic<qint64>> freeSpace = std::make_shared<std::atomic<qint64>>(1LL << 40);
+    MeetingTranscriber meeting{
+        {.models = models,
+         .settings = settings,
+         .history = history,
+         .pipeline = pipeline,
+         .turns = turns,
+         .makeSource = [control = microphone] { return std::make_unique<FakeMeetingSource>(control); },
+         .requestMicrophone = [allowed = isMicrophoneAllowed](const std::stop_token &) -> QCoro::Task<bool> {
+             return [](bool isAllowed) -> QCoro::Task<bool> {
+                 co_await sleepFor(std::chrono::milliseconds(1));
+                 co_return isAllowed;
+             }(*allowed);
+         },
+         .freeSpace = [space = freeSpace](const QString &) -> qint64 { return *space; }},
+        folders.recordings()};
 };
 
 } // namespace orvane

@@ -2,12 +2,13 @@
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/TaskResult.h"
 
-#include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <csignal>
 #include <sys/resource.h>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -20,8 +21,6 @@ const QString inference = u"/inference"_s;
 const QString recording = u"Идёт запись…"_s;
 const QString preparing = u"Подготовка записи…"_s;
 const QString saved = u"Совещание сохранено · 3 сегментов · аудио в истории"_s;
-const QString cancelled = u"Расшифровка отменена · аудиозапись сохранена"_s;
-const QString silent = u"Готово · речь не распознана (запись сохранена)"_s;
 const QString wait = u"Дождитесь завершения текущей операции — движок выполняет их по одной"_s;
 /// Three segments, when noise and repeats are left out.
 const QByteArray speech =
@@ -34,24 +33,6 @@ FakeEngineBehaviour answering(const FakeAnswer &answer)
     return {.answers = {{inference, {answer}}}};
 }
 
-/// While it lives, no file of this process grows beyond that size, as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(qint64 bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{.rlim_cur = static_cast<rlim_t>(bytes), .rlim_max = m_before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
-    Q_DISABLE_COPY_MOVE(FileSizeLimit)
-
-private:
-    rlimit m_before{};
-};
-
 } // namespace
 
 class TestMeetingTranscriber : public QObject
@@ -59,428 +40,362 @@ class TestMeetingTranscriber : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_engine = std::make_unique<FakeEngineHome>(u"whisper-server"_s);
+        m_engine->behave(answering({.body = speech}));
+        restart();
+    }
 
-    void recordsAndSaves();
-    void withoutSpeech_data();
-    void withoutSpeech();
-    void doesNotStart_data();
-    void doesNotStart();
-    void failures_data();
-    void failures();
-    void cancelling_data();
-    void cancelling();
-    void waitsForItsTurn();
-    void refusesWhatDoesNotFit();
-    void fullDisk();
-    void recorderEndsByItself();
-    void warnsWhileRecording();
-    void quitting_data();
-    void quitting();
-    void recordNotSaved();
+    void cleanup()
+    {
+        m_home = nullptr;
+        QTRY_VERIFY(m_engine->allEnded());
+        QCoreApplication::processEvents(); // what waited for that goes on
+    }
+
+    void recordsAndSaves()
+    {
+        m_home->installModel(u"small"_s);
+        m_home->settings.setSelectedModelID(u"small"_s);
+        m_home->settings.setLanguageCode(u"en"_s);
+        const QDateTime before = QDateTime::currentDateTime();
+        record(2.25);
+        m_home->settings.setSelectedModelID(u"base"_s); // for the next one
+        m_home->settings.setLanguageCode(u"de"_s);
+        QTRY_VERIFY(meeting().elapsed() >= 0.5);
+        QCOMPARE(m_home->markers().size(), 1);
+        const QString name = m_home->audio().value(0);
+        constexpr auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+        for (const QFileInfo &file : m_home->recordings().entryInfoList(QDir::Files))
+            QCOMPARE(file.permissions(), ownerOnly);
+        QCOMPARE(QFileInfo(m_home->recordings().path()).permissions(),
+                 ownerOnly | QFile::ExeOwner | QFile::ExeUser);
+
+        meeting().stop();
+        QVERIFY(!meeting().startRefusal().isEmpty());
+        QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
+        QCOMPARE(meeting().errorText(), QString());
+        QCOMPARE(m_statuses, (QStringList{recording, preparing, u"Расшифровка записи (0:00)…"_s, saved}));
+        QCOMPARE(m_home->heardIn(name), 36'000);
+
+        QCOMPARE(m_home->history.records().size(), 1);
+        const TranscriptRecord record = m_home->newestRecord();
+        QCOMPARE(record.id, meeting().lastRecordID());
+        QVERIFY2(record.title.startsWith(u"Совещание · "_s), qPrintable(record.title));
+        QVERIFY(record.createdAt >= before.addSecs(-1) && record.createdAt <= QDateTime::currentDateTime());
+        QCOMPARE(record.modelID, u"small"_s);
+        QCOMPARE(record.languageCode, u"en"_s);
+        QVERIFY(m_engine->launches().first().arguments.contains(m_home->models.localPath(u"small"_s)));
+        QCOMPARE(record.durationMs, record.segments.last().end);
+        QCOMPARE(record.text, u"one two two"_s);
+        QCOMPARE(record.audioFileName, name);
+        QTRY_COMPARE(m_home->markers(), QStringList());
+
+        meeting().reset();
+        QCOMPARE(meeting().statusText() + meeting().transcript(), QString());
+        QVERIFY(QFile::remove(m_home->models.localPath(u"base"_s)));
+        QVERIFY(QFile::remove(m_home->models.localPath(u"small"_s)));
+        m_home->models.refresh();
+        QCOMPARE(meeting().startRefusal(), u"Модель распознавания недоступна."_s);
+    }
+
+    void withoutSpeech_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<FakeAnswer>("answer");
+        QTest::newRow("noise") << 1.0 << FakeAnswer{.body = R"({"segments":[{"text":" [BLANK_AUDIO]"}]})"};
+        QTest::newRow("stopped at once") << 0.0 << FakeAnswer{.status = 400}; // as to a file without a sample
+    }
+
+    void withoutSpeech()
+    {
+        QFETCH(const double, seconds);
+        QFETCH(const FakeAnswer, answer);
+        m_engine->behave(answering(answer));
+        recordAndStop(seconds);
+        QTRY_COMPARE(meeting().outcome(), Outcome::NoSpeech);
+        QCOMPARE(meeting().statusText(), u"Готово · речь не распознана (запись сохранена)"_s);
+        QCOMPARE(meeting().errorText(), QString());
+        QVERIFY(m_home->history.records().isEmpty());
+        QTRY_COMPARE(m_home->markers(), QStringList());
+        QCOMPARE(m_home->heardIn(m_home->audio().value(0)), qint64(seconds * 16'000));
+    }
+
+    void doesNotStart()
+    {
+        m_home->microphone->startError = u"broken"_s;
+        for (const bool isAllowed : {false, true}) {
+            *m_home->isMicrophoneAllowed = isAllowed;
+            const TaskResult started(meeting().start());
+            QVERIFY(!meeting().canStart()); // while it starts
+            QTRY_VERIFY(started.succeeded());
+            QVERIFY2(meeting().errorText().startsWith(isAllowed ? u"Не удалось начать запись: broken"_s
+                                                                : u"Нет доступа к микрофону."_s),
+                     qPrintable(meeting().errorText()));
+            QCOMPARE(meeting().outcome(), Outcome::NotStarted);
+            QCOMPARE(m_home->recordings().entryList(QDir::Files), QStringList());
+        }
+        m_home->microphone->startError.clear();
+        record(1);
+    }
+
+    /// The audio stays, is offered behind the others, and transcribed when the reason is gone.
+    void failures()
+    {
+        m_engine->behave(answering({.status = 500}));
+        bool wasOfferedTooEarly = false;
+        connect(&meeting(), &MeetingTranscriber::leftoversChanged, this,
+                [&] { wasOfferedTooEarly |= meeting().isTranscribing(); });
+        const auto error = [](bool hasModel) {
+            return hasModel ? u"Ошибка распознавания: HTTP 500"_s : u"Модель распознавания недоступна."_s;
+        };
+        QStringList names;
+        for (const bool hasModel : {true, false}) {
+            record(1);
+            QVERIFY(hasModel || QFile::remove(m_home->models.localPath(u"base"_s)));
+            meeting().stop();
+            QTRY_COMPARE(meeting().outcome(), Outcome::Failed);
+            m_home->installModel(u"base"_s);
+            names.append(meeting().leftovers().last().audioFileName);
+            QCOMPARE(meeting().errorText(), error(hasModel));
+            QCOMPARE(meeting().statusText(),
+                     u"Ошибка расшифровки (запись сохранена: %1)"_s.arg(names.last()));
+            QCOMPARE(m_home->heardIn(names.last()), 16'000);
+        }
+        QVERIFY(!wasOfferedTooEarly);
+        QCOMPARE(m_home->markers().size(), 2);
+
+        meeting().transcribeLeftover(names.first());
+        QTRY_VERIFY(!meeting().isTranscribing());
+        QCOMPARE(meeting().leftovers().first().audioFileName, names.last());
+        m_engine->behave(answering({.body = speech}));
+        meeting().transcribeLeftover(names.last());
+        QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
+        QCOMPARE(meeting().errorText(), QString());
+        QTRY_VERIFY(meeting().leftovers().size() == 1 && m_home->markers().size() == 1);
+    }
+
+    void cancelling_data()
+    {
+        QTest::addColumn<int>("requests");
+        QTest::newRow("completing the file") << 0;
+        QTest::newRow("recognising") << 1;
+    }
+
+    void cancelling()
+    {
+        QFETCH(const int, requests);
+        m_engine->behave(answering(FakeAnswer::never()));
+        m_home->microphone->stopMs = requests == 0 ? 300 : 0;
+        record(1.5);
+        const QString name = m_home->audio().value(0);
+        meeting().cancelTranscription(); // not while it records
+        QVERIFY(meeting().isRunning());
+        meeting().stop();
+        QTRY_COMPARE(m_engine->requests(inference).size(), requests);
+        meeting().cancelTranscription();
+        QVERIFY(!meeting().isTranscribing());
+        QCOMPARE(meeting().statusText(), u"Расшифровка отменена · аудиозапись сохранена"_s);
+
+        // At once the next one, which nothing of the first disturbs.
+        m_engine->behave(answering({.body = speech}));
+        m_home->microphone->stopMs = 0;
+        record(1);
+        QTRY_COMPARE(m_home->heardIn(name), 24'000);
+        QTRY_COMPARE(m_home->markers().size(), 1);
+        QVERIFY(!m_home->markers().first().startsWith(name));
+        QVERIFY(meeting().isRunning());
+        meeting().stop();
+        QTRY_COMPARE(meeting().statusText(), saved);
+        QCOMPARE(m_home->history.records().size(), 1);
+        QVERIFY(m_home->newestRecord().audioFileName != name);
+        QVERIFY(meeting().leftovers().isEmpty());
+        QTRY_COMPARE(m_engine->abandoned(inference), requests); // the engine was freed
+    }
+
+    void waitsForItsTurn()
+    {
+        EngineTurns::Turn turn = m_home->turns.take();
+        recordAndStop(1);
+        QTRY_COMPARE(meeting().statusText(), wait);
+        meeting().cancelTranscription();
+        recordAndStop(1);
+        QTRY_COMPARE(meeting().statusText(), wait);
+        QCOMPARE(m_engine->launches().size(), 0);
+        turn.reset();
+        QTRY_COMPARE(meeting().statusText(), saved);
+        QVERIFY(!m_home->turns.isTaken());
+    }
+
+    void fullDisk()
+    {
+        record(1);
+        const QString name = m_home->audio().value(0);
+        const auto size = [&] { return QFileInfo(m_home->recordings().filePath(name)).size(); };
+        QTRY_COMPARE(size(), 44 + 32'000);
+        {
+            // Until the end of this block no file of this process grows any more.
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit before{};
+            ::getrlimit(RLIMIT_FSIZE, &before);
+            const rlimit full{.rlim_cur = 44 + 32'000 + 20'000, .rlim_max = before.rlim_max};
+            ::setrlimit(RLIMIT_FSIZE, &full);
+            const auto free = qScopeGuard([before] { ::setrlimit(RLIMIT_FSIZE, &before); });
+            hear(3);
+            QTest::qWait(200);
+            QVERIFY(meeting().isRunning());
+        }
+        meeting().stop();
+        QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
+        QCOMPARE(meeting().statusText(), saved);
+        QCOMPARE(meeting().errorText(),
+                 u"Запись сохранена частично — возможно, на диске не хватило места."_s);
+        QVERIFY(m_home->heardIn(name) >= 16'000);
+    }
+
+    void recorderEndsByItself()
+    {
+        record(1.5);
+        m_home->microphone->current->endByItself(u"no sound any more"_s);
+        QVERIFY(meeting().isTranscribing());
+        QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
+        QCOMPARE(meeting().errorText(), u"no sound any more"_s);
+        QCOMPARE(m_home->heardIn(m_home->audio().value(0)), 24'000);
+        QCOMPARE(m_home->history.records().size(), 1);
+    }
+
+    void warnsWhileRecording()
+    {
+        *m_home->freeSpace = 14LL * 60 * 32'000 + 31'999;
+        record(1);
+        QCOMPARE(meeting().statusText(), recording + u" · на диске осталось места на 14 мин"_s);
+        *m_home->freeSpace = 15LL * 60 * 32'000;
+        m_home->microphone->current->setSilent(true);
+        QTRY_COMPARE_WITH_TIMEOUT(meeting().statusText(), recording + u" · микрофон молчит"_s, 20'000);
+        m_home->microphone->current->setSilent(false);
+        QCOMPARE(meeting().statusText(), recording);
+    }
+
+    void quitting_data()
+    {
+        QTest::addColumn<bool>("isRecognising");
+        QTest::newRow("recording") << false;
+        QTest::newRow("recognising") << true;
+    }
+
+    /// The next start offers the recording; it becomes a record like any other.
+    void quitting()
+    {
+        QFETCH(const bool, isRecognising);
+        m_engine->behave(answering(FakeAnswer::never()));
+        m_home->microphone->stopMs = 100;
+        const QDateTime before = QDateTime::currentDateTime();
+        record(61.25);
+        const QDateTime after = QDateTime::currentDateTime();
+        if (isRecognising) {
+            meeting().stop();
+            QTRY_COMPARE(m_engine->requests(inference).size(), 1);
+        }
+        const TaskResult finished(meeting().finishForQuit());
+        QTRY_VERIFY(finished.succeeded());
+        const QString name = m_home->audio().value(0);
+        QCOMPARE(m_home->heardIn(name), 980'000);
+        QVERIFY(!meeting().canStart());
+
+        restart();
+        QCOMPARE(meeting().leftovers().size(), 1);
+        QCOMPARE(meeting().leftovers().first().audioFileName, name);
+        QCOMPARE(meeting().leftovers().first().durationMs, 61'250);
+        QVERIFY2(meeting().leftoverNotice().contains(u"1:01"_s), qPrintable(meeting().leftoverNotice()));
+        {
+            const EngineTurns::Turn turn = m_home->turns.take();
+            meeting().transcribeLeftover(name);
+            QCOMPARE(meeting().errorText(), wait);
+        }
+        meeting().transcribeLeftover(name);
+        QVERIFY(meeting().isTranscribing());
+        meeting().cancelTranscription();
+        QCOMPARE(meeting().outcome(), Outcome::Cancelled);
+        QCOMPARE(meeting().leftovers().size(), 1); // both times it stays offered
+        QTRY_COMPARE(meeting().leftoverRefusal(), QString());
+
+        m_engine->behave(answering({.body = speech}));
+        meeting().transcribeLeftover(name);
+        QTRY_COMPARE(meeting().statusText(), saved);
+        QVERIFY(m_statuses.contains(u"Расшифровка записи (1:01)…"_s));
+        const TranscriptRecord record = m_home->newestRecord();
+        QVERIFY(record.createdAt >= before.addSecs(-1) && record.createdAt <= after);
+        QCOMPARE(record.audioFileName, name);
+
+        QTRY_COMPARE(m_home->markers(), QStringList());
+        restart();
+        QVERIFY(meeting().leftovers().isEmpty());
+        QCoro::waitFor(m_home->history.whenLoaded());
+        QCOMPARE(m_home->history.records().size(), 1);
+    }
+
+    void recordNotSaved()
+    {
+        const QString history = m_folder->filePath(u"Orvane/History"_s);
+        QVERIFY(QDir(history).removeRecursively());
+        QFile inTheWay(history);
+        QVERIFY(inTheWay.open(QFile::WriteOnly));
+        recordAndStop(1);
+        QTRY_VERIFY2(meeting().errorText().startsWith(u"Не удалось сохранить запись: "_s),
+                     qPrintable(meeting().errorText()));
+        QCOMPARE(meeting().outcome(), Outcome::Failed);
+        QCOMPARE(m_home->history.records().size(), 1); // until the program ends
+
+        // What became of that record is nothing to the next meeting.
+        QVERIFY(inTheWay.remove());
+        QVERIFY(QDir().mkpath(history));
+        recordAndStop(1);
+        QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
+        QTRY_COMPARE(m_home->markers().size(), 1);
+        QCOMPARE(meeting().errorText(), QString());
+    }
 
 private:
-    void restart();
-    void record(double seconds);
-    void recordAndStop(double seconds);
-    [[nodiscard]] MeetingTranscriber &meeting() { return m_home->meeting(); }
+    /// The program ends and starts again.
+    void restart()
+    {
+        m_home = nullptr;
+        m_home = std::make_unique<MeetingHome>(m_folder->path(), m_engine->resources());
+        m_statuses.clear();
+        connect(&meeting(), &MeetingTranscriber::statusTextChanged, this,
+                [this] { m_statuses.append(meeting().statusText()); });
+        const TaskResult found(meeting().findLeftovers());
+        QTRY_VERIFY(found.succeeded());
+    }
+
+    [[nodiscard]] MeetingTranscriber &meeting() { return m_home->meeting; }
+    /// On another thread, as by the real microphone.
+    void hear(double seconds)
+    {
+        std::jthread([&] { m_home->microphone->current->hear(seconds); }).join();
+    }
+    void record(double seconds)
+    {
+        const TaskResult started(meeting().start());
+        QTRY_VERIFY(started.succeeded());
+        QCOMPARE(meeting().errorText(), QString());
+        QVERIFY(meeting().isRunning());
+        hear(seconds);
+    }
+    void recordAndStop(double seconds)
+    {
+        record(seconds);
+        meeting().stop();
+        QVERIFY(meeting().isTranscribing());
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<FakeEngineHome> m_engine;
     std::unique_ptr<MeetingHome> m_home;
     QStringList m_statuses;
 };
-
-void TestMeetingTranscriber::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_engine = std::make_unique<FakeEngineHome>(u"whisper-server"_s);
-    m_engine->behave(answering({.body = speech}));
-    restart();
-}
-
-/// The program ends and starts again.
-void TestMeetingTranscriber::restart()
-{
-    m_home = nullptr;
-    m_home = std::make_unique<MeetingHome>(m_folder->path(), m_engine->resources());
-    m_statuses.clear();
-    connect(&meeting(), &MeetingTranscriber::statusTextChanged, this,
-            [this] { m_statuses.append(meeting().statusText()); });
-    const TaskResult found(meeting().findLeftovers());
-    QTRY_VERIFY(found.succeeded());
-}
-
-void TestMeetingTranscriber::cleanup()
-{
-    m_home = nullptr;
-    QTRY_VERIFY(m_engine->allEnded());
-    QCoreApplication::processEvents(); // what waited for that goes on
-}
-
-void TestMeetingTranscriber::record(double seconds)
-{
-    const TaskResult started(meeting().start());
-    QTRY_VERIFY(started.succeeded());
-    QCOMPARE(meeting().errorText(), QString());
-    QVERIFY(meeting().isRunning());
-    m_home->microphone().hearPattern(seconds);
-}
-
-void TestMeetingTranscriber::recordAndStop(double seconds)
-{
-    record(seconds);
-    meeting().stop();
-    QVERIFY(meeting().isTranscribing());
-}
-
-void TestMeetingTranscriber::recordsAndSaves()
-{
-    m_home->installModel(u"small"_s);
-    m_home->settings().setSelectedModelID(u"small"_s);
-    m_home->settings().setLanguageCode(u"en"_s);
-    const QDateTime before = QDateTime::currentDateTime();
-    record(2.25);
-    m_home->settings().setSelectedModelID(u"base"_s); // for the next one
-    m_home->settings().setLanguageCode(u"de"_s);
-    QCOMPARE(meeting().statusText(), recording);
-    QTRY_VERIFY(meeting().elapsed() >= 0.5);
-    QCOMPARE(m_home->markers().size(), 1);
-    const QString name = m_home->audio().value(0);
-    QVERIFY2(QRegularExpression(u"^Совещание \\d{4}-\\d\\d-\\d\\d \\d\\d\\.\\d\\d\\.\\d\\d\\.wav$"_s)
-                 .match(name)
-                 .hasMatch(),
-             qPrintable(name));
-    constexpr auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
-    for (const QFileInfo &file : m_home->recordings().entryInfoList(QDir::Files))
-        QCOMPARE(file.permissions(), ownerOnly);
-    QCOMPARE(QFileInfo(m_home->recordings().path()).permissions(),
-             ownerOnly | QFile::ExeOwner | QFile::ExeUser);
-
-    meeting().stop();
-    meeting().stop(); // a second time does nothing
-    QTRY_VERIFY(!meeting().isTranscribing());
-    QCOMPARE(meeting().errorText(), QString());
-    QCOMPARE(m_statuses, (QStringList{recording, preparing, u"Расшифровка записи (0:00)…"_s, saved}));
-    QCOMPARE(m_home->patternIn(name), 36'000);
-
-    QCOMPARE(m_home->history().records().size(), 1);
-    const TranscriptRecord record = m_home->newestRecord();
-    QCOMPARE(record.id, meeting().lastRecordID());
-    QCOMPARE(record.kind, TranscriptKind::Meeting);
-    QVERIFY2(record.title.startsWith(u"Совещание · "_s), qPrintable(record.title));
-    QVERIFY(record.createdAt >= before.addSecs(-1) && record.createdAt <= QDateTime::currentDateTime());
-    QCOMPARE(record.modelID, u"small"_s);
-    QCOMPARE(record.languageCode, u"en"_s);
-    QVERIFY(m_engine->launches().first().arguments.contains(m_home->models().localPath(u"small"_s)));
-    QCOMPARE(record.durationMs, record.segments.last().end);
-    QCOMPARE(record.text, u"one two two"_s);
-    QCOMPARE(record.audioFileName, name);
-    QTRY_COMPARE(m_home->markers(), QStringList());
-    QCOMPARE(meeting().outcome(), Outcome::Saved);
-}
-
-void TestMeetingTranscriber::withoutSpeech_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<FakeAnswer>("answer");
-    QTest::newRow("noise") << 1.0 << FakeAnswer{.body = R"json({"segments":[{"text":" [BLANK_AUDIO]"},
-        {"text":"(Music)"},{"text":" *coughs*"},{"text":"  "}]})json"};
-    QTest::newRow("stopped at once") << 0.0 << FakeAnswer{.status = 400}; // as to a file without a sample
-}
-
-void TestMeetingTranscriber::withoutSpeech()
-{
-    QFETCH(const double, seconds);
-    QFETCH(const FakeAnswer, answer);
-    m_engine->behave(answering(answer));
-    recordAndStop(seconds);
-    QTRY_COMPARE(meeting().outcome(), Outcome::NoSpeech);
-    QCOMPARE(meeting().statusText(), silent);
-    QCOMPARE(meeting().errorText(), QString());
-    QVERIFY(m_home->history().records().isEmpty());
-    QTRY_COMPARE(m_home->markers(), QStringList());
-    QCOMPARE(m_home->patternIn(m_home->audio().value(0)), qint64(seconds * 16'000));
-}
-
-void TestMeetingTranscriber::doesNotStart_data()
-{
-    QTest::addColumn<QString>("reason");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("no access") << u"access"_s
-                               << u"Нет доступа к микрофону. Разрешите его в Системных настройках → "
-                                  "Конфиденциальность → Микрофон."_s;
-    QTest::newRow("no microphone") << u"microphone"_s << u"Не удалось начать запись: no microphone"_s;
-}
-
-void TestMeetingTranscriber::doesNotStart()
-{
-    QFETCH(const QString, reason);
-    QFETCH(const QString, error);
-    m_home->setMicrophoneAllowed(reason != u"access");
-    if (reason == u"microphone")
-        m_home->control().startError = u"no microphone"_s;
-    const TaskResult started(meeting().start());
-    QVERIFY(!meeting().canStart()); // while it starts
-    QTRY_VERIFY(started.succeeded());
-    QVERIFY2(meeting().errorText().startsWith(error), qPrintable(meeting().errorText()));
-    QVERIFY(!meeting().isRunning());
-    QCOMPARE(meeting().outcome(), Outcome::NotStarted);
-    QCOMPARE(m_home->recordings().entryList(QDir::Files), QStringList());
-
-    m_home->setMicrophoneAllowed(true);
-    m_home->control().startError.clear();
-    record(1);
-}
-
-void TestMeetingTranscriber::failures_data()
-{
-    QTest::addColumn<bool>("modelIsThere");
-    QTest::addColumn<FakeAnswer>("answer");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("model deleted") << false << FakeAnswer{.body = speech}
-                                   << u"Модель распознавания недоступна."_s;
-    QTest::newRow("engine fails") << true << FakeAnswer{.status = 500} << u"Ошибка распознавания: HTTP 500"_s;
-}
-
-/// The audio stays, is offered behind the others, and transcribed when the reason is gone.
-void TestMeetingTranscriber::failures()
-{
-    QFETCH(const bool, modelIsThere);
-    QFETCH(const FakeAnswer, answer);
-    QFETCH(const QString, error);
-    m_engine->behave(answering(answer));
-    bool wasOfferedTooEarly = false;
-    connect(&meeting(), &MeetingTranscriber::leftoversChanged, this,
-            [&] { wasOfferedTooEarly |= meeting().isTranscribing(); });
-    const QString model = m_home->models().localPath(u"base"_s);
-    QStringList names;
-    for (int i = 0; i < 2; ++i) {
-        record(1);
-        QVERIFY(modelIsThere || QFile::rename(model, model + u".gone"_s));
-        meeting().stop();
-        QTRY_COMPARE(meeting().outcome(), Outcome::Failed);
-        QVERIFY(modelIsThere || QFile::rename(model + u".gone"_s, model));
-        m_home->models().refresh();
-        names.append(meeting().leftovers().last().audioFileName);
-        QCOMPARE(meeting().errorText(), error);
-        QCOMPARE(meeting().statusText(), u"Ошибка расшифровки (запись сохранена: %1)"_s.arg(names.last()));
-        QCOMPARE(m_home->patternIn(names.last()), 16'000);
-    }
-    QVERIFY(!wasOfferedTooEarly);
-    QCOMPARE(m_home->markers().size(), 2);
-
-    m_engine->behave(answering({.status = 500}));
-    meeting().transcribeLeftover(names.first());
-    QTRY_VERIFY(!meeting().isTranscribing());
-    QCOMPARE(meeting().leftovers().first().audioFileName, names.last());
-    m_engine->behave(answering({.body = speech}));
-    meeting().transcribeLeftover(names.last());
-    QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
-    QCOMPARE(meeting().errorText(), QString());
-    QTRY_VERIFY(meeting().leftovers().size() == 1 && m_home->markers().size() == 1);
-}
-
-void TestMeetingTranscriber::cancelling_data()
-{
-    QTest::addColumn<int>("requests");
-    QTest::newRow("completing the file") << 0;
-    QTest::newRow("recognising") << 1;
-}
-
-void TestMeetingTranscriber::cancelling()
-{
-    QFETCH(const int, requests);
-    m_engine->behave(answering(FakeAnswer::never()));
-    m_home->control().stopMs = requests == 0 ? 300 : 0;
-    record(1.5);
-    const QString name = m_home->audio().value(0);
-    QVERIFY(!meeting().cancelRefusal().isEmpty());
-    meeting().cancelTranscription(); // not while it records
-    QVERIFY(meeting().isRunning());
-    meeting().stop();
-    QTRY_COMPARE(m_engine->requests(inference).size(), requests);
-    meeting().cancelTranscription();
-    QVERIFY(!meeting().isTranscribing());
-    QCOMPARE(meeting().statusText(), cancelled);
-
-    // At once the next one, which nothing of the first disturbs.
-    m_engine->behave(answering({.body = speech}));
-    m_home->control().stopMs = 0;
-    record(1);
-    QTRY_COMPARE(m_home->patternIn(name), 24'000);
-    QTRY_COMPARE(m_home->markers().size(), 1);
-    QVERIFY(!m_home->markers().first().startsWith(name));
-    QVERIFY(meeting().isRunning());
-    meeting().stop();
-    QTRY_COMPARE(meeting().statusText(), saved);
-    QCOMPARE(m_home->history().records().size(), 1);
-    QVERIFY(m_home->newestRecord().audioFileName != name);
-    QVERIFY(meeting().leftovers().isEmpty());
-    QTRY_COMPARE(m_engine->abandoned(inference), requests); // the engine was freed
-}
-
-void TestMeetingTranscriber::waitsForItsTurn()
-{
-    EngineTurns::Turn turn = m_home->turns().take();
-    recordAndStop(1);
-    QTRY_COMPARE(meeting().statusText(), wait);
-    meeting().cancelTranscription();
-    recordAndStop(1);
-    QTRY_COMPARE(meeting().statusText(), wait);
-    QCOMPARE(m_engine->launches().size(), 0);
-    turn.reset();
-    QTRY_COMPARE(meeting().statusText(), saved);
-    QVERIFY(!m_home->turns().isTaken());
-}
-
-void TestMeetingTranscriber::refusesWhatDoesNotFit()
-{
-    QCOMPARE(meeting().startRefusal(), QString());
-    QCOMPARE(meeting().stopRefusal(), u"Запись совещания не идёт."_s);
-    QCOMPARE(meeting().leftoverRefusal(), u"Нерасшифрованных записей нет."_s);
-    record(1);
-    QCOMPARE(meeting().startRefusal(), u"Запись совещания уже идёт."_s);
-    QCOMPARE(meeting().leftoverRefusal(), u"Запись совещания уже идёт."_s);
-    meeting().reset();
-    QCOMPARE(meeting().statusText(), recording);
-    meeting().stop();
-    QCOMPARE(meeting().startRefusal(), wait);
-    const TaskResult again(meeting().start()); // does nothing
-    QVERIFY(again.succeeded());
-    QTRY_COMPARE(meeting().statusText(), saved);
-    QCOMPARE(m_home->audio().size(), 1);
-
-    meeting().reset();
-    QCOMPARE(meeting().statusText() + meeting().transcript(), QString());
-    QCOMPARE(meeting().elapsed(), 0.0);
-    QVERIFY(QFile::remove(m_home->models().localPath(u"base"_s)));
-    m_home->models().refresh();
-    QCOMPARE(meeting().startRefusal(), u"Модель распознавания недоступна."_s);
-}
-
-void TestMeetingTranscriber::fullDisk()
-{
-    record(1);
-    const QString name = m_home->audio().value(0);
-    const auto size = [&] { return QFileInfo(m_home->recordings().filePath(name)).size(); };
-    QTRY_COMPARE(size(), 44 + 32'000);
-    {
-        const FileSizeLimit full(44 + 32'000 + 20'000);
-        m_home->microphone().hearPattern(3);
-        QTest::qWait(200);
-        QVERIFY(meeting().isRunning());
-    }
-    meeting().stop();
-    QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
-    QCOMPARE(meeting().statusText(), saved);
-    QCOMPARE(meeting().errorText(), u"Запись сохранена частично — возможно, на диске не хватило места."_s);
-    QVERIFY(m_home->patternIn(name) >= 16'000);
-}
-
-void TestMeetingTranscriber::recorderEndsByItself()
-{
-    record(1.5);
-    m_home->microphone().endByItself(u"no sound any more"_s);
-    QVERIFY(meeting().isTranscribing());
-    QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
-    QCOMPARE(meeting().errorText(), u"no sound any more"_s);
-    QCOMPARE(m_home->patternIn(m_home->audio().value(0)), 24'000);
-    QCOMPARE(m_home->history().records().size(), 1);
-}
-
-void TestMeetingTranscriber::warnsWhileRecording()
-{
-    m_home->setFreeSpace(14LL * 60 * 32'000 + 31'999);
-    record(1);
-    QCOMPARE(meeting().statusText(), recording + u" · на диске осталось места на 14 мин"_s);
-    m_home->setFreeSpace(15LL * 60 * 32'000);
-    m_home->microphone().setSilent(true);
-    QTRY_COMPARE_WITH_TIMEOUT(meeting().statusText(), recording + u" · микрофон молчит"_s, 20'000);
-    m_home->microphone().setSilent(false);
-    QCOMPARE(meeting().statusText(), recording);
-}
-
-void TestMeetingTranscriber::quitting_data()
-{
-    QTest::addColumn<QString>("when");
-    for (const QString &when : {u"recording"_s, u"recognising"_s})
-        QTest::newRow(qPrintable(when)) << when;
-}
-
-/// The next start offers the recording; it becomes a record like any other.
-void TestMeetingTranscriber::quitting()
-{
-    QFETCH(const QString, when);
-    m_engine->behave(answering(FakeAnswer::never()));
-    m_home->control().stopMs = 100;
-    const QDateTime before = QDateTime::currentDateTime();
-    record(61.25);
-    const QDateTime after = QDateTime::currentDateTime();
-    if (when != u"recording")
-        meeting().stop();
-    if (when == u"recognising")
-        QTRY_COMPARE(m_engine->requests(inference).size(), 1);
-    const TaskResult finished(meeting().finishForQuit());
-    QTRY_VERIFY(finished.succeeded());
-    const QString name = m_home->audio().value(0);
-    QCOMPARE(m_home->patternIn(name), 980'000);
-    QVERIFY(!meeting().canStart());
-
-    restart();
-    QCOMPARE(meeting().leftovers().size(), 1);
-    const RecordedMeeting left = meeting().leftovers().first();
-    QCOMPARE(left.audioFileName, name);
-    QCOMPARE(left.durationMs, 61'250);
-    QVERIFY2(meeting().leftoverNotice().contains(u"1:01"_s), qPrintable(meeting().leftoverNotice()));
-    {
-        const EngineTurns::Turn turn = m_home->turns().take();
-        meeting().transcribeLeftover(name);
-        QCOMPARE(meeting().errorText(), wait);
-    }
-    meeting().transcribeLeftover(name);
-    QVERIFY(meeting().isTranscribing());
-    meeting().cancelTranscription();
-    QCOMPARE(meeting().outcome(), Outcome::Cancelled);
-    QCOMPARE(meeting().leftovers().size(), 1); // both times it stays offered
-    QTRY_COMPARE(meeting().leftoverRefusal(), QString());
-
-    m_engine->behave(answering({.body = speech}));
-    meeting().transcribeLeftover(name);
-    QTRY_COMPARE(meeting().statusText(), saved);
-    QVERIFY(m_statuses.contains(u"Расшифровка записи (1:01)…"_s));
-    const TranscriptRecord record = m_home->newestRecord();
-    QVERIFY(record.createdAt >= before.addSecs(-1) && record.createdAt <= after);
-    QCOMPARE(record.audioFileName, name);
-
-    QTRY_COMPARE(m_home->markers(), QStringList());
-    restart();
-    QVERIFY(meeting().leftovers().isEmpty());
-    QCoro::waitFor(m_home->history().whenLoaded());
-    QCOMPARE(m_home->history().records().size(), 1);
-}
-
-void TestMeetingTranscriber::recordNotSaved()
-{
-    const QString history = m_folder->filePath(u"Orvane/History"_s);
-    QVERIFY(QDir(history).removeRecursively());
-    QFile inTheWay(history);
-    QVERIFY(inTheWay.open(QFile::WriteOnly));
-    recordAndStop(1);
-    QTRY_VERIFY2(meeting().errorText().startsWith(u"Не удалось сохранить запись: "_s),
-                 qPrintable(meeting().errorText()));
-    QCOMPARE(meeting().outcome(), Outcome::Failed);
-    QCOMPARE(m_home->history().records().size(), 1); // until the program ends
-
-    // What became of that record is nothing to the next meeting.
-    QVERIFY(inTheWay.remove());
-    QVERIFY(QDir().mkpath(history));
-    recordAndStop(1);
-    QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
-    QTRY_COMPARE(m_home->markers().size(), 1);
-    QCOMPARE(meeting().errorText(), QString());
-}
 
 QTEST_GUILESS_MAIN(TestMeetingTranscriber)
 #include "tst_meetingtranscriber.moc"

@@ -2,24 +2,14 @@
 #include "audio/WavFileWriter.h"
 #include "base/localization/Localization.h"
 #include "meeting/RecordingsFolder.h"
+#include "tests/support/Files.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
-
-namespace {
-
-RecordedMeeting meetingOf(const QDateTime &startedAt)
-{
-    return {.audioFileName = {}, .modelID = u"base"_s, .languageCode = u"ru"_s, .startedAt = startedAt};
-}
-
-} // namespace
 
 class TestRecordings : public QObject
 {
@@ -28,135 +18,124 @@ class TestRecordings : public QObject
 private Q_SLOTS:
     void init() { m_root = std::make_unique<QTemporaryDir>(); }
 
-    void differentNamesInOneSecond();
-    void findsWhatWasCutOff_data();
-    void findsWhatWasCutOff();
-    void marksThatTellNothing();
-    void keepsOffWhatIsRecorded();
-    void titles();
+    void differentNamesInOneSecond()
+    {
+        RecordingsFolder recordings(dir().path());
+        const RecordedMeeting first = recordings.create(m_meeting);
+        RecordedMeeting later = m_meeting;
+        later.startedAt = m_meeting.startedAt.addMSecs(700);
+        const RecordedMeeting second = recordings.create(later);
+        QCOMPARE(first.audioFileName, u"Совещание 2025-03-03 14.05.09.wav"_s);
+        QCOMPARE(second.audioFileName, u"Совещание 2025-03-03 14.05.09 (2).wav"_s);
+        QVERIFY(recordings.leftovers().isEmpty()); // its own are none
+        recordings.discard(second);
+        QCOMPARE(files().size(), 2);
+        recordings.forget(first);
+        QCOMPARE(files(), QStringList{first.audioFileName});
+    }
+
+    void findsWhatWasCutOff_data()
+    {
+        QTest::addColumn<qsizetype>("size");
+        QTest::addColumn<bool>("isFinished");
+        constexpr qsizetype whole = 44 + 2 * 24'000;
+        QTest::newRow("in the middle of a sample") << whole + 1 << false;
+        QTest::newRow("finished") << whole << true;
+        QTest::newRow("half a header") << qsizetype(20) << false;
+    }
+
+    void findsWhatWasCutOff()
+    {
+        QFETCH(const qsizetype, size);
+        QFETCH(const bool, isFinished);
+        RecordedMeeting expected = RecordingsFolder(dir().path()).create(m_meeting);
+        const QString name = expected.audioFileName;
+        {
+            WavFileWriter writer(dir().filePath(name), sampleRate);
+            writer.append(std::vector<float>(isFinished ? 24'000 : 24'001, 0.25F));
+            if (isFinished)
+                writer.finalize();
+            QVERIFY(QFile::resize(dir().filePath(name), size));
+        }
+        const QByteArray before = content(name);
+
+        const QList<RecordedMeeting> found = RecordingsFolder(dir().path()).leftovers();
+        if (size < 44) { // not worth offering, and not deleted either
+            QVERIFY(found.isEmpty());
+            QCOMPARE(files(), QStringList{name});
+            return;
+        }
+        expected.durationMs = 1500;
+        QCOMPARE(found, QList{expected});
+        const QByteArray after = content(name);
+        QCOMPARE(qFromLittleEndian<quint32>(after.constData() + 4), 48'036U);
+        QCOMPARE(qFromLittleEndian<quint32>(after.constData() + 40), 48'000U);
+        QCOMPARE(after.mid(44), before.mid(44));
+        if (isFinished)
+            QCOMPARE(after, before);
+    }
+
+    void marksThatTellNothing()
+    {
+        QVERIFY(dir().mkpath(u"."_s));
+        const auto put = [this](const QString &name, const QByteArray &content) {
+            test::put(dir().filePath(name), content);
+        };
+        put(u"a.wav"_s, QByteArray(32'044, '\0')); // a power loss may leave zeros
+        put(u"a.wav.unfinished.json"_s, "{\"model");
+        put(u"gone.wav.unfinished.json"_s, m_meeting.json());
+        put(u"of no interest.wav"_s, "RIFF");
+        const QList<RecordedMeeting> found = RecordingsFolder(dir().path()).leftovers();
+        QCOMPARE(found.size(), 1);
+        QCOMPARE(found.first().audioFileName, u"a.wav"_s);
+        QCOMPARE(found.first().durationMs, 1000);
+        QCOMPARE(found.first().languageCode, u"auto"_s);
+        QVERIFY(found.first().startedAt.secsTo(QDateTime::currentDateTime()) < 60);
+        QVERIFY(content(u"a.wav"_s).startsWith("RIFF"));
+        QCOMPARE(content(u"of no interest.wav"_s), "RIFF");
+        QCOMPARE(files(), (QStringList{u"a.wav"_s, u"a.wav.unfinished.json"_s, u"of no interest.wav"_s}));
+    }
+
+    /// Another program on the same folder, such as one that was started without a session bus.
+    void keepsOffWhatIsRecorded()
+    {
+        auto recording = std::make_unique<RecordingsFolder>(dir().path());
+        const QString name = recording->create(m_meeting).audioFileName;
+        WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(16'000, 0.25F));
+        const QByteArray before = content(name);
+        RecordingsFolder other(dir().path());
+        QVERIFY(other.leftovers().isEmpty());
+        QCOMPARE(content(name), before);
+        QCOMPARE(files().size(), 2);
+
+        recording.reset(); // the program that recorded it has ended
+        QCOMPARE(other.leftovers().size(), 1);
+        QVERIFY(RecordingsFolder(dir().path()).leftovers().isEmpty()); // one program offers it
+    }
+
+    void titles()
+    {
+        QCOMPARE(meetingTitle(m_meeting.startedAt), u"Совещание · 3 марта, 14:05"_s);
+        Localization::setLanguage(u"en"_s);
+        const QString english = meetingTitle(m_meeting.startedAt);
+        Localization::setLanguage(u"ru"_s);
+        QCOMPARE(english, u"Meeting · 3 March, 14:05"_s);
+    }
 
 private:
-    [[nodiscard]] QString folder() const { return m_root->filePath(u"Orvane/Recordings"_s); }
-    [[nodiscard]] QDir dir() const { return QDir(folder()); }
-    [[nodiscard]] QByteArray contentOf(const QString &name) const
+    [[nodiscard]] QDir dir() const { return m_root->filePath(u"Orvane/Recordings"_s); }
+    [[nodiscard]] QStringList files() const { return dir().entryList(QDir::Files, QDir::Name); }
+    [[nodiscard]] QByteArray content(const QString &name) const
     {
-        QFile file(dir().filePath(name));
-        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+        return test::contentOf(dir().filePath(name));
     }
 
     std::unique_ptr<QTemporaryDir> m_root;
-    const QDateTime m_start{{2025, 3, 3}, {14, 5, 9, 250}};
+    const RecordedMeeting m_meeting{.audioFileName = {},
+                                    .modelID = u"base"_s,
+                                    .languageCode = u"ru"_s,
+                                    .startedAt = QDateTime({2025, 3, 3}, {14, 5, 9, 250})};
 };
-
-void TestRecordings::differentNamesInOneSecond()
-{
-    RecordingsFolder recordings(folder());
-    const RecordedMeeting first = recordings.create(meetingOf(m_start));
-    const RecordedMeeting second = recordings.create(meetingOf(m_start.addMSecs(700)));
-    QCOMPARE(first.audioFileName, u"Совещание 2025-03-03 14.05.09.wav"_s);
-    QCOMPARE(second.audioFileName, u"Совещание 2025-03-03 14.05.09 (2).wav"_s);
-    QVERIFY(recordings.leftovers().isEmpty()); // its own are none
-    recordings.discard(second);
-    QCOMPARE(dir().entryList(QDir::Files).size(), 2);
-    recordings.forget(first);
-    QCOMPARE(dir().entryList(QDir::Files), QStringList{first.audioFileName});
-}
-
-void TestRecordings::findsWhatWasCutOff_data()
-{
-    QTest::addColumn<qsizetype>("size");
-    QTest::addColumn<bool>("isFinished");
-    QTest::addColumn<qint64>("durationMs");
-    constexpr qsizetype samples = 24'000;
-    QTest::newRow("unfinished") << 44 + 2 * samples << false << qint64(1500);
-    QTest::newRow("in the middle of a sample") << 44 + 2 * samples + 1 << false << qint64(1500);
-    QTest::newRow("finished") << 44 + 2 * samples << true << qint64(1500);
-    QTest::newRow("half a header") << qsizetype(20) << false << qint64(0);
-}
-
-void TestRecordings::findsWhatWasCutOff()
-{
-    QFETCH(const qsizetype, size);
-    QFETCH(const bool, isFinished);
-    QFETCH(const qint64, durationMs);
-    const RecordedMeeting meeting = RecordingsFolder(folder()).create(meetingOf(m_start));
-    const QString name = meeting.audioFileName;
-    const std::vector<float> sound(24'001, 0.25F);
-    {
-        const QString path = dir().filePath(name);
-        WavFileWriter writer(path, sampleRate);
-        writer.append(std::span(sound).first(isFinished ? 24'000 : 24'001));
-        if (isFinished)
-            writer.finalize();
-        QVERIFY(QFile::resize(path, size));
-    }
-    const QByteArray before = contentOf(name);
-
-    const QList<RecordedMeeting> found = RecordingsFolder(folder()).leftovers();
-    if (durationMs == 0) { // not worth offering, and not deleted either
-        QVERIFY(found.isEmpty());
-        QCOMPARE(dir().entryList(QDir::Files), QStringList{name});
-        return;
-    }
-    RecordedMeeting expected = meeting;
-    expected.durationMs = durationMs;
-    QCOMPARE(found, QList{expected});
-    const QByteArray after = contentOf(name);
-    QCOMPARE(qFromLittleEndian<quint32>(after.constData() + 4), 48'036U);
-    QCOMPARE(qFromLittleEndian<quint32>(after.constData() + 40), 48'000U);
-    QCOMPARE(after.mid(44), before.mid(44));
-    if (isFinished)
-        QCOMPARE(after, before);
-}
-
-void TestRecordings::marksThatTellNothing()
-{
-    QVERIFY(dir().mkpath(u"."_s));
-    const auto put = [this](const QString &name, const QByteArray &content) {
-        QFile file(dir().filePath(name));
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(content);
-    };
-    put(u"a.wav"_s, QByteArray(32'044, '\0')); // a power loss may leave zeros
-    put(u"a.wav.unfinished.json"_s, "{\"model");
-    put(u"gone.wav.unfinished.json"_s, meetingOf(m_start).json());
-    put(u"of no interest.wav"_s, "RIFF");
-    const QList<RecordedMeeting> found = RecordingsFolder(folder()).leftovers();
-    QCOMPARE(found.size(), 1);
-    QCOMPARE(found.first().audioFileName, u"a.wav"_s);
-    QCOMPARE(found.first().durationMs, 1000);
-    QCOMPARE(found.first().languageCode, u"auto"_s);
-    QVERIFY(found.first().startedAt.secsTo(QDateTime::currentDateTime()) < 60);
-    QVERIFY(contentOf(u"a.wav"_s).startsWith("RIFF"));
-    QCOMPARE(contentOf(u"of no interest.wav"_s), "RIFF");
-    QVERIFY(!QFile::exists(dir().filePath(u"gone.wav.unfinished.json"_s)));
-}
-
-/// Another program on the same folder, such as one that was started without a session bus.
-void TestRecordings::keepsOffWhatIsRecorded()
-{
-    auto recording = std::make_unique<RecordingsFolder>(folder());
-    const QString name = recording->create(meetingOf(m_start)).audioFileName;
-    WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(16'000, 0.25F));
-    const QByteArray before = contentOf(name);
-    RecordingsFolder other(folder());
-    QVERIFY(other.leftovers().isEmpty());
-    QCOMPARE(contentOf(name), before);
-    QCOMPARE(dir().entryList(QDir::Files).size(), 2);
-
-    recording.reset(); // the program that recorded it has ended
-    QCOMPARE(other.leftovers().size(), 1);
-    QVERIFY(RecordingsFolder(folder()).leftovers().isEmpty()); // one program offers it
-}
-
-void TestRecordings::titles()
-{
-    QCOMPARE(meetingTitle(m_start), u"Совещание · 3 марта, 14:05"_s);
-    Localization::setLanguage(u"en"_s);
-    const QString english = meetingTitle(m_start);
-    Localization::setLanguage(u"ru"_s);
-    QCOMPARE(english, u"Meeting · 3 March, 14:05"_s);
-}
 
 QTEST_GUILESS_MAIN(TestRecordings)
 #include "tst_recordings.moc"
