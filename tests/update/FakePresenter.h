@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/Async.h"
 #include "update/UpdatePresenter.h"
 
 #include <QList>
 #include <QPair>
+#include <QScopeGuard>
 
 #include <optional>
 
@@ -13,11 +15,21 @@ namespace orvane {
 class FakePresenter : public UpdatePresenter
 {
 public:
-    QCoro::Task<Choice> offer(Offer offer, std::stop_token stop) override;
+    QCoro::Task<Choice> offer(Offer offer, std::stop_token stop) override
+    {
+        offers << offer;
+        ++openOffers;
+        const auto closed = qScopeGuard([this] { --openOffers; });
+        do
+            co_await sleepFor(std::chrono::milliseconds(1), stop);
+        while (!choice);
+        const Choice chosen = *choice;
+        co_return chosen;
+    }
     void notice(const QString &title, const QString &text) override { notices.append({title, text}); }
-    void showProgress(const QString &title, const QString &text) override;
-    void setProgress(double fraction) override;
-    void hideProgress() override;
+    void showProgress(const QString &, const QString &) override { showsProgress = true; }
+    void setProgress(double fraction) override { progress << fraction; }
+    void hideProgress() override { showsProgress = false; }
 
     std::optional<Choice> choice;
 
@@ -26,8 +38,6 @@ public:
     QList<QPair<QString, QString>> notices;
     QList<double> progress;
     bool showsProgress = false;
-    /// Calls that came when they may not.
-    int mistakes = 0;
 };
 
 } // namespace orvane

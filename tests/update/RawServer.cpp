@@ -57,11 +57,6 @@ void RawServer::goOn(const QByteArray &rest)
     }
 }
 
-void RawServer::shutDown()
-{
-    m_server.close();
-}
-
 QUrl RawServer::url(const QString &path) const
 {
     return QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path));

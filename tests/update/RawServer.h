@@ -23,8 +23,6 @@ public:
 
     /// Sends the rest of the answer to those who wait for it, and closes.
     void goOn(const QByteArray &rest);
-    /// From now on nobody listens.
-    void shutDown();
 
     [[nodiscard]] QUrl url(const QString &path = {}) const;
     /// As they came, with their bodies.
