@@ -199,10 +199,9 @@ void DownloadRun::keep(PartFile &part, DownloadState &state, DiskCheckpoint &che
 {
     state.save(DownloadState::Bytes::WithTheSystem);
     checkpoint.finish();
-    if (!part.flush())
-        return;
-    state.save(DownloadState::Bytes::OnTheDisk);
-    QFile::remove(PartFile::checkpointPathFor(m_job.to));
+    // A full disk may have no room for the record: then the checkpoint is all that a power failure leaves.
+    if (part.flush() && state.save(DownloadState::Bytes::OnTheDisk))
+        QFile::remove(PartFile::checkpointPathFor(m_job.to));
 }
 
 void DownloadRun::fetchMissing(const Probe &probe, PartFile &part, DownloadState &state,

@@ -64,7 +64,7 @@ void DownloadState::report()
               .remainingMs = m_rate.remainingMs(m_meta.total - m_totalWritten)});
 }
 
-void DownloadState::save(Bytes bytes)
+bool DownloadState::save(Bytes bytes)
 {
     m_meta.bootID.reset();
     if (bytes == Bytes::WithTheSystem)
@@ -75,8 +75,9 @@ void DownloadState::save(Bytes bytes)
         // Without waiting for the disk, which would be busy with everything downloaded in the last second.
         replaceFile(m_recordPath, m_meta.toJson(), FileAccess::Usual,
                     bytes == Bytes::OnTheDisk ? Durability::Flushed : Durability::Unflushed);
+        return true;
     } catch (const FileError &) {
-        // the last one stays
+        return false;
     }
 }
 

@@ -35,8 +35,8 @@ public:
     /// Where the bytes counted in the record are: a process may end at any time with both, the power
     /// may fail with the second only.
     enum class Bytes { WithTheSystem, OnTheDisk };
-    /// Writes the record now, or leaves the last one when the disk refuses. Never half a record.
-    void save(Bytes bytes);
+    /// Writes the record now; false when the disk refuses, and then the last one stays. Never half a record.
+    bool save(Bytes bytes);
 
 private:
     DownloadMeta m_meta;
