@@ -120,7 +120,7 @@ QCoro::Task<HttpAnswer> LocalLLMEngine::post(QByteArray body, std::stop_token st
     auto device = std::make_unique<BytesBody>(std::move(body));
     std::unique_ptr<QNetworkReply> reply(network().post(request, device.get()));
     device.release()->setParent(reply.get());
-    return answerOf(std::move(reply), stop);
+    return answerTo(std::move(reply), stop);
 }
 
 } // namespace orvane
