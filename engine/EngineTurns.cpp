@@ -4,11 +4,7 @@
 #include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
 
-#include <QCoroSignal>
-
 #include <utility>
-
-using namespace Qt::StringLiterals;
 
 namespace orvane {
 
