@@ -57,6 +57,7 @@ AppSettings::AppSettings(UserDefaults &defaults, QObject *parent)
       m_terminalClasses(defaults.value(Key::terminalClasses).toStringList())
 {
     Localization::setLanguage(m_interfaceLanguage);
+    connect(&defaults, &UserDefaults::errorChanged, this, &AppSettings::storageErrorChanged);
 }
 
 template <typename T>
@@ -156,6 +157,11 @@ void AppSettings::setTerminalClasses(const QStringList &classes)
 QString AppSettings::dictationTriggerName() const
 {
     return triggerName(m_dictationTrigger).toString();
+}
+
+QString AppSettings::storageError() const
+{
+    return m_defaults.error();
 }
 
 TranscriptionLanguage AppSettings::language() const

@@ -91,6 +91,9 @@ public:
     /// The language of languageCode; "auto" when there is none.
     [[nodiscard]] TranscriptionLanguage language() const;
 
+    /// Why the last changes are not on disk, one sentence; empty when they are or will be.
+    [[nodiscard]] QString storageError() const;
+
     /// The prompt of a fresh installation.
     [[nodiscard]] static QString defaultCorrectionPrompt();
 
@@ -110,6 +113,7 @@ Q_SIGNALS:
     void terminalClassesChanged();
     void dictationTriggerNameChanged();
     void languageChanged();
+    void storageErrorChanged();
 
 private:
     using Signal = void (AppSettings::*)();

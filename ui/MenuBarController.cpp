@@ -70,6 +70,7 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
     connect(&m_services.meeting, &MeetingTranscriber::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::statusTextChanged, this, &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::errorTextChanged, this, &MenuBarController::showState);
+    connect(&m_services.settings, &AppSettings::storageErrorChanged, this, &MenuBarController::showState);
     connect(&m_services.settings, &AppSettings::interfaceLanguageChanged, this,
             &MenuBarController::showState);
     connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -127,6 +128,8 @@ QString MenuBarController::statusAtRest() const
     const bool meetingIsActive = meeting.isRunning() || meeting.isTranscribing();
     if (!meetingIsActive && !m_services.dictation.lastError().isEmpty())
         return m_services.dictation.lastError();
+    if (!meetingIsActive && !m_services.settings.storageError().isEmpty())
+        return m_services.settings.storageError();
     return ofMeeting.isEmpty() ? Localization::text(u"Готов") : ofMeeting.join(u" · "_s);
 }
 
