@@ -1,6 +1,5 @@
 #include "correction/LocalLLMEngine.h"
 
-#include "base/AnyStop.h"
 #include "base/localization/Localization.h"
 #include "correction/ChatExchange.h"
 #include "engine/OneTimeBody.h"
@@ -81,15 +80,13 @@ QCoro::Task<QString> LocalLLMEngine::correct(QString text, QString systemPrompt,
 
 QCoro::Task<QString> LocalLLMEngine::chat(QList<Message> messages, double temperature, std::stop_token stop)
 {
-    const AnyStop either(lifetime(), stop);
     if (!isRunning())
         throw requestFailed(u"сервер не запущен"_s);
     const InFlight inFlight = beginRequest();
 
-    const HttpAnswer answer = co_await post(ChatExchange::body(messages, temperature), either.token());
+    const HttpAnswer answer = co_await scope()(post(ChatExchange::body(messages, temperature), stop), stop);
     if (!answer.transportError.isEmpty()) {
-        co_await untilDeathIsKnown();
-        throwIfCancelled(either.token());
+        co_await scope()(untilDeathIsKnown(), stop);
         throw EngineError(EngineError::Kind::requestFailed, answer.transportError);
     }
     if (answer.status != ok && ChatExchange::isContextOverflow(answer.body)) {

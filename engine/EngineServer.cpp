@@ -23,71 +23,10 @@ namespace {
 
 constexpr auto probeInterval = 400ms;
 constexpr auto probeTimeout = 1s;
-constexpr auto stopGrace = 2s;
-/// A process that is stuck in the kernel does not end even when killed.
-constexpr auto killPatience = 5s;
 constexpr auto deathNoticeTime = 250ms;
 constexpr auto abortPatience = 2s;
 /// Over which it is seen whether the server computes.
 constexpr auto lookAtServer = 200ms;
-
-// Not QCoro's functions for a process: start() does not notice a program that cannot be started, and a
-// time limit may resume twice.
-
-/// Whether the process reached that state, or is in it already, within the limit.
-QCoro::Task<bool> untilState(std::shared_ptr<QProcess> process, bool (*isReached)(QProcess::ProcessState),
-                             std::chrono::milliseconds limit = std::chrono::milliseconds::max(),
-                             std::stop_token stop = {})
-{
-    const std::shared_ptr<OneTimeEvent> reached = OneTimeEvent::create();
-    if (isReached(process->state()))
-        co_return true;
-    // Disconnected with it, however this ends.
-    const auto listener = std::make_unique<QObject>();
-    QObject::connect(process.get(), &QProcess::stateChanged, listener.get(),
-                     [reached, isReached](QProcess::ProcessState state) {
-                         if (isReached(state))
-                             reached->happen();
-                     });
-    co_return co_await reached->waitFor(limit, stop);
-}
-
-QCoro::Task<bool> untilEnded(std::shared_ptr<QProcess> process,
-                             std::chrono::milliseconds limit = std::chrono::milliseconds::max(),
-                             std::stop_token stop = {})
-{
-    return untilState(
-        std::move(process), [](QProcess::ProcessState state) { return state == QProcess::NotRunning; }, limit,
-        std::move(stop));
-}
-
-QCoro::Task<> start(std::shared_ptr<QProcess> process)
-{
-    process->start();
-    co_await untilState(process, [](QProcess::ProcessState state) { return state != QProcess::Starting; });
-}
-
-// Keeps the process object until the process has ended, killed after the grace if it must be.
-QCoro::Task<> end(std::shared_ptr<QProcess> process)
-{
-    if (!process || process->state() == QProcess::NotRunning)
-        co_return;
-    process->terminate();
-    if (co_await untilEnded(process, stopGrace))
-        co_return;
-    process->kill();
-    co_await untilEnded(process, killPatience);
-}
-
-// Resumed coroutines may drop the last reference inside one of the process's own signals; and the end of the
-// object would wait for the end of the process.
-void dispose(QProcess *process)
-{
-    if (process->state() == QProcess::NotRunning)
-        process->deleteLater();
-    else
-        QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
-}
 
 } // namespace
 
@@ -199,7 +138,7 @@ QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
 
     m_port = orvaneReserveFreePort(m_description.fallbackPort);
     m_key = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    const Process process(new QProcess, dispose);
+    const EngineProcess::Handle process = EngineProcess::create();
     process->setProgram(executable);
     process->setArguments(arguments(executable, modelPath));
     process->setProcessEnvironment(environmentFor(executable));
@@ -209,7 +148,7 @@ QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
     ProcessControl::bindToThisProgram(*process);
 
     m_process = process;
-    co_await m_scope(start(process), stop);
+    co_await m_scope(EngineProcess::start(process), stop);
     if (process->error() == QProcess::FailedToStart)
         throw startFailed(u"файл движка повреждён или не подходит этой системе"_s);
     m_registry.add(process.get());
@@ -225,7 +164,7 @@ QCoro::Task<> EngineServer::untilReady(std::stop_token stop)
             co_await m_scope(requireOurs(*answer, stop), stop);
             co_return;
         }
-        co_await m_scope(untilEnded(m_process, probeInterval, stop), stop);
+        co_await m_scope(EngineProcess::untilEnded(m_process, probeInterval, stop), stop);
     }
     throw startFailed(u"сервер не ответил за %1 секунд"_s.arg(m_description.startTimeout.count()));
 }
@@ -277,11 +216,11 @@ QCoro::Task<> EngineServer::stopAndWait()
 
 QCoro::Task<> EngineServer::endServer()
 {
-    const Process process = takeProcess();
-    return end(process ? process : m_ending.lock());
+    const EngineProcess::Handle process = takeProcess();
+    return EngineProcess::end(process ? process : m_ending.lock());
 }
 
-EngineServer::Process EngineServer::takeProcess()
+EngineProcess::Handle EngineServer::takeProcess()
 {
     m_loadedModelPath.clear();
     m_port = 0;
@@ -330,8 +269,8 @@ QCoro::Task<> EngineServer::restartUnlessFree()
 
 QCoro::Task<> EngineServer::untilDeathIsKnown()
 {
-    if (const Process process = m_process)
-        co_await untilEnded(process, deathNoticeTime);
+    if (const EngineProcess::Handle process = m_process)
+        co_await EngineProcess::untilEnded(process, deathNoticeTime);
 }
 
 EngineServer::EngineError EngineServer::startFailed(const QString &detail) const

@@ -2,12 +2,12 @@
 
 #include "base/Error.h"
 #include "base/Scope.h"
+#include "engine/EngineProcess.h"
 #include "engine/HttpExchange.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QObject>
-#include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
 
@@ -139,10 +139,8 @@ protected:
 
     /// What the coroutines of this object await everything through.
     [[nodiscard]] const Scope &scope() const { return m_scope; }
-    [[nodiscard]] std::stop_token lifetime() const { return m_scope.stop(); }
 
 private:
-    using Process = std::shared_ptr<QProcess>;
     struct Requests;
 
     [[nodiscard]] bool serves(const QString &modelPath) const;
@@ -159,7 +157,7 @@ private:
     QCoro::Task<> endServer();
     [[nodiscard]] EngineError startFailed(const QString &detail) const;
     [[nodiscard]] QProcessEnvironment environmentFor(const QString &executable) const;
-    [[nodiscard]] Process takeProcess();
+    [[nodiscard]] EngineProcess::Handle takeProcess();
     [[nodiscard]] static std::shared_ptr<Requests> createRequests();
 
     const Description m_description;
@@ -168,7 +166,7 @@ private:
     QNetworkAccessManager m_network;
 
     /// From its launch on.
-    Process m_process;
+    EngineProcess::Handle m_process;
     /// The last one that was asked to end.
     std::weak_ptr<QProcess> m_ending;
     quint16 m_port = 0;

@@ -36,6 +36,11 @@ public:
     using EngineServer::beginRequest;
     using EngineServer::InFlight;
 
+    QCoro::Task<HttpAnswer> ask(std::stop_token stop)
+    {
+        return answerTo(std::unique_ptr<QNetworkReply>(network().get(requestTo(u"/work"_s))), stop);
+    }
+
     void setBeforeLaunch(std::function<void(quint16)> hook) { m_beforeLaunch = std::move(hook); }
 
 protected:
@@ -76,31 +81,25 @@ private Q_SLOTS:
 
     void searchOrder_data();
     void searchOrder();
-    void backendOfOurOwnEngineOnly_data();
-    void backendOfOurOwnEngineOnly();
     void childIsNotBornDeafToSignals();
 
-    void notInstalled();
     void cannotBeLaunched();
-    void exitsBeforeItAnswers();
     void neverAnswers();
-    void isReadyWhenTheAnswerSaysSo();
 
     void staysLoaded();
-    void waitingCallerTriesAfterFailedLaunch();
     void cancelledLaunchDoesNotCancelTheNextCaller();
     void everyCallerGetsItsModel();
     void modelSwitchWaitsForRequest();
-    void restartOnRequest();
     void diedMeanwhile();
 
     void cancelledWhileStarting();
-    void cancelledWhileDraining();
     void stoppedWhileStarting_data();
     void stoppedWhileStarting();
     void anotherProgramOnThePort();
     void stopping_data();
     void stopping();
+    void abandonedRequest_data();
+    void abandonedRequest();
     void destroyed();
 
 private:
@@ -165,39 +164,6 @@ void TestEngineServer::searchOrder()
     QCOMPARE(engine.findBinary(), taken < 0 ? QString() : folders[taken] + u"/fake-server"_s);
 }
 
-void TestEngineServer::backendOfOurOwnEngineOnly_data()
-{
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<bool>("hasBackend");
-    QTest::addColumn<bool>("isPassed");
-    QTest::newRow("own engine with backend") << u"engine"_s << true << true;
-    QTest::newRow("own engine without") << u"engine"_s << false << false;
-    QTest::newRow("engine of the system") << u"bin"_s << true << false;
-}
-
-void TestEngineServer::backendOfOurOwnEngineOnly()
-{
-    QFETCH(const QString, folder);
-    QFETCH(const bool, hasBackend);
-    QFETCH(const bool, isPassed);
-    FakeEngineHome home(u"other-name"_s);
-    const QString engineFolder = home.resources() + u'/' + folder;
-    FakeEngineHome::install(engineFolder, u"fake-server"_s);
-    FakeEngineHome::behaveIn(engineFolder, {.answers = ready});
-    const QString backend = engineFolder + u"/libggml-metal.so"_s;
-    if (hasBackend)
-        makeFile(backend, {}, false);
-
-    PlainEngine engine({.resources = home.resources(), .folders = {home.resources() + u"/bin"_s}},
-                       *m_registry);
-    const TaskResult load(engine.load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), QString());
-    const FakeEngineHome::Launch launch = FakeEngineHome::launchesIn(engineFolder).first();
-    QCOMPARE(launch.backendPath, isPassed ? backend : QString());
-    QCOMPARE(launch.program, engineFolder + u"/fake-server"_s);
-}
-
 void TestEngineServer::childIsNotBornDeafToSignals()
 {
     // As in a program that takes its signals from a file descriptor.
@@ -210,16 +176,6 @@ void TestEngineServer::childIsNotBornDeafToSignals()
     QTRY_VERIFY(load.isDone());
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     QVERIFY(!m_home->launches().first().isSigtermBlocked);
-}
-
-void TestEngineServer::notInstalled()
-{
-    QVERIFY(QFile::remove(m_home->executable()));
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), u"not installed"_s);
-    QCOMPARE(load.failedAs<EngineServer::EngineError>()->kind(),
-             EngineServer::EngineError::Kind::binaryNotFound);
 }
 
 void TestEngineServer::cannotBeLaunched()
@@ -238,14 +194,6 @@ void TestEngineServer::cannotBeLaunched()
     QTRY_VERIFY(again.succeeded());
 }
 
-void TestEngineServer::exitsBeforeItAnswers()
-{
-    m_home->behave({.port = Port::StaysShut, .exitAfterMs = 600});
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), u"not started: процесс неожиданно завершился"_s);
-}
-
 void TestEngineServer::neverAnswers()
 {
     startEngine(1s);
@@ -254,16 +202,6 @@ void TestEngineServer::neverAnswers()
     QTRY_VERIFY(load.isDone());
     QCOMPARE(load.error(), u"not started: сервер не ответил за 1 секунд"_s);
     QVERIFY(!m_engine->isRunning());
-    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-}
-
-void TestEngineServer::isReadyWhenTheAnswerSaysSo()
-{
-    // As a server that opens its port first and loads its model then.
-    m_home->behave({.answers = {{u"/"_s, {{.status = 503}, {.status = 503}, {.status = 200}}}}});
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.succeeded());
-    QCOMPARE(m_home->requests(u"/"_s).size(), 3);
 }
 
 void TestEngineServer::staysLoaded()
@@ -278,19 +216,14 @@ void TestEngineServer::staysLoaded()
     QCOMPARE(m_home->launches().size(), 2);
     QCOMPARE(m_home->launches().last().arguments.value(1), model(u"b"_s));
     QVERIFY(!FakeEngineHome::isRunning(m_home->launches().first().pid));
-}
 
-void TestEngineServer::waitingCallerTriesAfterFailedLaunch()
-{
-    m_home->behave({.port = Port::StaysShut, .exitAfterMs = 300});
-    const TaskResult first(m_engine->load(model()));
-    const TaskResult second(m_engine->load(model()));
-    QTRY_COMPARE(m_home->launches().size(), 1);
-    m_home->behave({.answers = ready});
-    QTRY_VERIFY(first.isDone() && second.isDone());
-    QVERIFY(!first.succeeded());
-    QVERIFY2(second.succeeded(), qPrintable(second.error()));
-    QCOMPARE(m_home->launches().size(), 2);
+    m_engine->requestRestart();
+    QVERIFY(m_engine->isRunning());
+    for (int i = 0; i < 2; ++i) {
+        const TaskResult again(m_engine->load(model(u"b"_s)));
+        QTRY_VERIFY(again.succeeded());
+        QCOMPARE(m_home->launches().size(), 3);
+    }
 }
 
 void TestEngineServer::cancelledLaunchDoesNotCancelTheNextCaller()
@@ -340,19 +273,6 @@ void TestEngineServer::modelSwitchWaitsForRequest()
     QCOMPARE(m_home->launches().size(), 2);
 }
 
-void TestEngineServer::restartOnRequest()
-{
-    const TaskResult first(m_engine->load(model()));
-    QTRY_VERIFY(first.succeeded());
-    m_engine->requestRestart();
-    QVERIFY(m_engine->isRunning());
-    for (int i = 0; i < 2; ++i) {
-        const TaskResult again(m_engine->load(model()));
-        QTRY_VERIFY(again.succeeded());
-        QCOMPARE(m_home->launches().size(), 2);
-    }
-}
-
 void TestEngineServer::diedMeanwhile()
 {
     const TaskResult first(m_engine->load(model()));
@@ -374,19 +294,6 @@ void TestEngineServer::cancelledWhileStarting()
     QTRY_VERIFY(load.isDone());
     QVERIFY(load.isCancelled());
     QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-}
-
-void TestEngineServer::cancelledWhileDraining()
-{
-    const TaskResult first(m_engine->load(model()));
-    QTRY_VERIFY(first.succeeded());
-    const PlainEngine::InFlight request = m_engine->beginRequest();
-    std::stop_source stop;
-    const TaskResult second(m_engine->load(model(u"b"_s), stop.get_token()));
-    stop.request_stop();
-    QTRY_VERIFY(second.isDone());
-    QVERIFY(second.isCancelled());
-    QVERIFY(m_engine->isRunning()); // the server of the request
 }
 
 void TestEngineServer::stoppedWhileStarting_data()
@@ -425,7 +332,6 @@ void TestEngineServer::anotherProgramOnThePort()
     const TaskResult load(m_engine->load(model()));
     QTRY_VERIFY(load.isDone());
     QCOMPARE(load.error(), u"not started: на его порту отвечает другая программа"_s);
-    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
 }
 
 void TestEngineServer::stopping_data()
@@ -458,6 +364,33 @@ void TestEngineServer::stopping()
         QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
     }
     QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
+}
+
+void TestEngineServer::abandonedRequest_data()
+{
+    QTest::addColumn<FakeAnswer>("answer");
+    QTest::addColumn<int>("launches");
+    QTest::newRow("stops computing") << FakeAnswer::never() << 1;
+    QTest::newRow("goes on computing") << FakeAnswer{.ending = FakeAnswer::Ending::Computes} << 2;
+}
+
+void TestEngineServer::abandonedRequest()
+{
+    QFETCH(const FakeAnswer, answer);
+    m_home->behave({.answers = {{u"/"_s, {{.status = 200}}}, {u"/work"_s, {answer}}}});
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.succeeded());
+    std::stop_source stop;
+    const TaskResult request(m_engine->ask(stop.get_token()));
+    QTRY_COMPARE(m_home->requests(u"/work"_s).size(), 1);
+    stop.request_stop();
+    QTRY_VERIFY(request.isCancelled());
+    QVERIFY(m_engine->isRunning());
+
+    QTest::qWait(3000); // the 2 s that it is given, and a look at it
+    const TaskResult next(m_engine->load(model()));
+    QTRY_VERIFY(next.succeeded());
+    QTEST(int(m_home->launches().size()), "launches");
 }
 
 void TestEngineServer::destroyed()

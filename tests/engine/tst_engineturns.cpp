@@ -58,16 +58,6 @@ private Q_SLOTS:
         QTRY_VERIFY(waiting.isCancelled());
         QVERIFY(!turns.isTaken());
     }
-
-    void outlivesItsObject()
-    {
-        auto turns = std::make_unique<EngineTurns>();
-        EngineTurns::Turn turn = turns->take();
-        const TaskResult waiting(turns->wait({}));
-        turns.reset();
-        turn.reset();
-        QTRY_VERIFY(waiting.succeeded());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestEngineTurns)

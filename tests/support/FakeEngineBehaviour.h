@@ -21,6 +21,8 @@ struct FakeAnswer
         NotHttp,
         /// Nothing is ever sent.
         Never,
+        /// The same, and the engine computes until it is ended, whoever waits.
+        Computes,
         /// The process is killed.
         EngineDies,
     };

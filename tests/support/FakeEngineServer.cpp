@@ -5,11 +5,27 @@
 #include <QTimer>
 
 #include <csignal>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
+
+namespace {
+
+/// On several threads, so that it is seen to compute on a busy machine too.
+void computeForever()
+{
+    for (int i = 0; i < 4; ++i) {
+        std::thread([] {
+            for (volatile unsigned count = 0;; count = count + 1) {
+            }
+        }).detach();
+    }
+}
+
+} // namespace
 
 /// One request of a connection while it comes in and waits for its answer.
 struct FakeEngineServer::Exchange
@@ -116,6 +132,10 @@ void FakeEngineServer::answer(QTcpSocket *client, Exchange &exchange)
                        {u"bodyFile"_s, bodyFile}});
 
     const FakeAnswer answer = nextAnswer(exchange.path);
+    if (answer.ending == FakeAnswer::Ending::Computes) {
+        computeForever();
+        return;
+    }
     QTimer::singleShot(answer.delayMs, client, [this, client, answer, &exchange] {
         if (answer.ending == FakeAnswer::Ending::Never)
             return;
