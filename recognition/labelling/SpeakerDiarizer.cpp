@@ -2,6 +2,7 @@
 
 #include "audio/AudioDecoder.h"
 #include "audio/AudioDecoderError.h"
+#include "audio/SampleRate.h"
 #include "base/AllCores.h"
 #include "base/Async.h"
 #include "recognition/labelling/VoiceClusters.h"
@@ -16,39 +17,36 @@ namespace orvane::SpeakerDiarizer {
 
 namespace {
 
-constexpr int decodedRate = 16'000; // Hz
 /// A shorter piece tells nothing of its voice.
-constexpr qint64 leastSamples = 4'000;
+constexpr qint64 minSamples = 4'000;
 // A thread costs as much as the features of some segments.
 constexpr size_t segmentsPerThread = 8;
 
 /// Whole samples up to a time; times that no recording reaches count as the last that could be computed.
-qint64 samplesUntil(qint64 milliseconds, int sampleRate)
+qint64 samplesUntil(qint64 milliseconds, int rate)
 {
-    const qint64 reachable = std::numeric_limits<qint64>::max() / sampleRate;
-    return std::clamp<qint64>(milliseconds, 0, reachable) * sampleRate / 1000;
+    const qint64 reachable = std::numeric_limits<qint64>::max() / rate;
+    return std::clamp<qint64>(milliseconds, 0, reachable) * rate / 1000;
 }
 
-std::optional<Features> featuresOf(const DisplaySegment &segment, std::span<const float> samples,
-                                   int sampleRate)
+std::optional<Features> featuresOf(const DisplaySegment &segment, std::span<const float> samples, int rate)
 {
-    const qint64 first = samplesUntil(segment.start, sampleRate);
-    const qint64 end = std::min(samplesUntil(segment.end, sampleRate), static_cast<qint64>(samples.size()));
-    if (end - first < leastSamples)
+    const qint64 first = samplesUntil(segment.start, rate);
+    const qint64 end = std::min(samplesUntil(segment.end, rate), static_cast<qint64>(samples.size()));
+    if (end - first < minSamples)
         return std::nullopt;
-    return voiceFeatures(samples.subspan(static_cast<size_t>(first), static_cast<size_t>(end - first)),
-                         sampleRate);
+    return voiceFeatures(samples.subspan(static_cast<size_t>(first), static_cast<size_t>(end - first)), rate);
 }
 
 std::vector<std::optional<Features>> featuresOfEach(const QList<DisplaySegment> &segments,
-                                                    std::span<const float> samples, int sampleRate)
+                                                    std::span<const float> samples, int rate)
 {
     const auto count = static_cast<size_t>(segments.size());
     std::vector<std::optional<Features>> features(count);
     std::atomic<size_t> next = 0;
     runOnAllCores(count, segmentsPerThread, [&] {
         for (size_t i = next++; i < count; i = next++)
-            features[i] = featuresOf(segments[static_cast<qsizetype>(i)], samples, sampleRate);
+            features[i] = featuresOf(segments[static_cast<qsizetype>(i)], samples, rate);
     });
     return features;
 }
@@ -62,7 +60,7 @@ QCoro::Task<QList<DisplaySegment>> assignByVoice(QList<DisplaySegment> segments,
     auto label = [segments, audioPath, maxSpeakers, decoder, stop] {
         try {
             const std::vector<float> samples = decoder->decode(audioPath, stop).samples;
-            return assignByVoice(segments, samples, decodedRate, maxSpeakers);
+            return assignByVoice(segments, samples, sampleRate, maxSpeakers);
         } catch (const AudioDecoderError &) {
             return assignSingle(segments); // the transcript is worth more than the numbers
         }
@@ -70,12 +68,12 @@ QCoro::Task<QList<DisplaySegment>> assignByVoice(QList<DisplaySegment> segments,
     co_return co_await offMainThread(&longWorkPool(), std::move(label));
 }
 
-QList<DisplaySegment> assignByVoice(QList<DisplaySegment> segments, std::span<const float> samples,
-                                    int sampleRate, int maxSpeakers)
+QList<DisplaySegment> assignByVoice(QList<DisplaySegment> segments, std::span<const float> samples, int rate,
+                                    int maxSpeakers)
 {
     if (segments.size() < 2 || maxSpeakers < 2 || samples.empty())
         return assignSingle(std::move(segments));
-    const auto features = featuresOfEach(segments, samples, sampleRate);
+    const auto features = featuresOfEach(segments, samples, rate);
     std::vector<Features> known;
     for (const std::optional<Features> &one : features) {
         if (one)

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <optional>
+#include <span>
 
 namespace orvane::SpeakerDiarizer {
 
@@ -12,7 +14,19 @@ namespace {
 constexpr Features scale = {40.0F, 0.02F};
 /// In that measure.
 constexpr float closeDistance = 1.4F;
-constexpr int mostIterations = 15;
+constexpr int maxIterations = 15;
+
+/// The mean in each dimension; none of no vectors.
+std::optional<Features> centroid(std::span<const Features> vectors)
+{
+    if (vectors.empty())
+        return std::nullopt;
+    Features sum = {0, 0};
+    for (const Features &vector : vectors)
+        sum = {sum[0] + vector[0], sum[1] + vector[1]};
+    const auto count = static_cast<float>(vectors.size());
+    return Features{sum[0] / count, sum[1] / count};
+}
 
 float distance(const Features &left, const Features &right)
 {
@@ -54,31 +68,8 @@ void recenter(std::vector<Features> &centers, std::span<const Features> vectors,
     }
 }
 
-} // namespace
-
-std::vector<int> cluster(std::vector<Features> vectors, int k)
-{
-    std::vector<int> labels(vectors.size(), 0);
-    if (vectors.size() < 2 || k < 2)
-        return labels;
-    for (Features &vector : vectors)
-        vector = {vector[0] / scale[0], vector[1] / scale[1]};
-
-    std::vector<Features> centers = initialCenters(vectors, static_cast<size_t>(k));
-    std::ranges::fill(labels, -1);
-    for (int iteration = 0; iteration < mostIterations; ++iteration) {
-        std::vector<int> assigned(vectors.size());
-        std::ranges::transform(vectors, assigned.begin(), [&centers](const Features &vector) {
-            return static_cast<int>(nearest(vector, centers));
-        });
-        if (assigned == labels)
-            break;
-        labels = std::move(assigned);
-        recenter(centers, vectors, labels);
-    }
-    return mergeClose(std::move(labels), centers);
-}
-
+/// The labels after uniting the clusters whose centres (scaled for comparison) are close. What is close
+/// to a third that is close to the first belongs to it too.
 std::vector<int> mergeClose(std::vector<int> labels, std::span<const Features> centers)
 {
     std::vector<int> parent(centers.size());
@@ -99,15 +90,29 @@ std::vector<int> mergeClose(std::vector<int> labels, std::span<const Features> c
     return labels;
 }
 
-std::optional<Features> centroid(std::span<const Features> vectors)
+} // namespace
+
+std::vector<int> cluster(std::vector<Features> vectors, int k)
 {
-    if (vectors.empty())
-        return std::nullopt;
-    Features sum = {0, 0};
-    for (const Features &vector : vectors)
-        sum = {sum[0] + vector[0], sum[1] + vector[1]};
-    const auto count = static_cast<float>(vectors.size());
-    return Features{sum[0] / count, sum[1] / count};
+    std::vector<int> labels(vectors.size(), 0);
+    if (vectors.size() < 2 || k < 2)
+        return labels;
+    for (Features &vector : vectors)
+        vector = {vector[0] / scale[0], vector[1] / scale[1]};
+
+    std::vector<Features> centers = initialCenters(vectors, static_cast<size_t>(k));
+    std::ranges::fill(labels, -1);
+    for (int iteration = 0; iteration < maxIterations; ++iteration) {
+        std::vector<int> assigned(vectors.size());
+        std::ranges::transform(vectors, assigned.begin(), [&centers](const Features &vector) {
+            return static_cast<int>(nearest(vector, centers));
+        });
+        if (assigned == labels)
+            break;
+        labels = std::move(assigned);
+        recenter(centers, vectors, labels);
+    }
+    return mergeClose(std::move(labels), centers);
 }
 
 } // namespace orvane::SpeakerDiarizer

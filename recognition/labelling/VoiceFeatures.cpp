@@ -9,13 +9,13 @@ namespace {
 
 constexpr size_t frameLength = 512;
 constexpr size_t frameHop = 256;
-constexpr int mostFrames = 120;
+constexpr int maxFrames = 120;
 constexpr float silentEnergy = 0.000001F;
 constexpr int highestPitch = 400; // Hz
 constexpr int lowestPitch = 70;
 /// A frame whose best correlation is not above this is unvoiced.
-constexpr float leastCorrelation = 0.3F;
-constexpr size_t leastVoicedFrames = 3;
+constexpr float minCorrelation = 0.3F;
+constexpr size_t minVoicedFrames = 3;
 
 float energyOf(std::span<const float> frame)
 {
@@ -75,7 +75,7 @@ std::optional<float> pitchOf(std::span<const float> frame, float energy, int sam
             bestLag = lag;
         }
     }
-    if (bestLag == 0 || best <= leastCorrelation)
+    if (bestLag == 0 || best <= minCorrelation)
         return std::nullopt;
     return static_cast<float>(sampleRate) / static_cast<float>(bestLag);
 }
@@ -86,7 +86,7 @@ std::optional<Features> voiceFeatures(std::span<const float> samples, int sample
 {
     std::vector<float> pitches;
     std::vector<float> brightness;
-    for (int count = 0; count < mostFrames && samples.size() >= frameLength; ++count) {
+    for (int count = 0; count < maxFrames && samples.size() >= frameLength; ++count) {
         const std::span<const float> frame = samples.first(frameLength);
         samples = samples.subspan(frameHop);
         const float energy = energyOf(frame);
@@ -96,7 +96,7 @@ std::optional<Features> voiceFeatures(std::span<const float> samples, int sample
         if (const std::optional<float> pitch = pitchOf(frame, energy, sampleRate))
             pitches.push_back(*pitch);
     }
-    if (pitches.size() < leastVoicedFrames)
+    if (pitches.size() < minVoicedFrames)
         return std::nullopt;
     const float mean =
         std::accumulate(brightness.begin(), brightness.end(), 0.0F) / static_cast<float>(brightness.size());

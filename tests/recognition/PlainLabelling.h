@@ -1,7 +1,5 @@
 #pragma once
 
-#include "transcript/DisplaySegment.h"
-
 #include <optional>
 #include <vector>
 
@@ -9,10 +7,7 @@ namespace orvane::PlainLabelling {
 
 using Vector = std::vector<float>;
 
-/// Speaker labelling written down step by step, on one thread, without regard for its speed.
-[[nodiscard]] QList<DisplaySegment> assign(QList<DisplaySegment> segments, const Vector &samples,
-                                           int sampleRate, int maxSpeakers);
-
-[[nodiscard]] std::optional<Vector> features(const Vector &span, int sampleRate);
+/// The features of a voice written down step by step, without regard for speed.
+[[nodiscard]] std::optional<Vector> features(const Vector &span, int rate);
 
 } // namespace orvane::PlainLabelling

@@ -1,4 +1,5 @@
 #include "audio/AudioDecoder.h"
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "engine/EngineProcessRegistry.h"
 #include "engine/ProcessControl.h"
@@ -48,9 +49,7 @@ private Q_SLOTS:
     void recognisesSpeech();
     void rejectsWhatIsNoAudio();
     void killedInRequest();
-    void modelSwitchWaitsForRequest();
     void cancelledFileFreesTheServer();
-    void dictationBesideAFile();
 
 private:
     [[nodiscard]] QString recording() const { return m_fixtures + u"/jfk.wav"_s; }
@@ -170,21 +169,6 @@ void TestRealEngine::killedInRequest()
     VERIFY_WORDS(textOf(next.value()), said);
 }
 
-void TestRealEngine::modelSwitchWaitsForRequest()
-{
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
-    const qint64 first = server();
-    const TaskResult running = transcribe(speech(3), model());
-    const TaskResult switched = transcribe(speech(), model(u"base"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(running.isDone() && switched.isDone(), patience);
-    QCOMPARE(running.error() + switched.error(), QString());
-    VERIFY_WORDS(textOf(running.value()), said + u' ' + said + u' ' + said);
-    VERIFY_WORDS(textOf(switched.value()), said);
-    QVERIFY(server() != first);
-    QVERIFY(!FakeEngineHome::isRunning(first));
-}
-
 bool TestRealEngine::isComputing() const
 {
     const std::chrono::milliseconds before = ProcessControl::processorTime(server());
@@ -201,7 +185,7 @@ void TestRealEngine::cancelledFileFreesTheServer()
         {.engine = *m_engine, .pipeline = pipeline, .turns = turns, .saveRecord = {}});
     const QString path = m_folder->filePath(u"long.wav"_s);
     {
-        WavFileWriter writer(path, 16000);
+        WavFileWriter writer(path, sampleRate);
         writer.append(speech(30));
         writer.finalize();
     }
@@ -230,19 +214,6 @@ void TestRealEngine::cancelledFileFreesTheServer()
     QFile::remove(path);
     if (freeAfter < 1500)
         QCOMPARE(server(), pid); // no need to launch it anew
-}
-
-void TestRealEngine::dictationBesideAFile()
-{
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
-    const TaskResult file = transcribe(speech(3), model());
-    QTRY_VERIFY(isComputing());
-    const TaskResult dictation = transcribe(speech(), model());
-    QTRY_VERIFY_WITH_TIMEOUT(file.isDone() && dictation.isDone(), patience);
-    QCOMPARE(file.error() + dictation.error(), QString());
-    VERIFY_WORDS(textOf(file.value()), said + u' ' + said + u' ' + said);
-    VERIFY_WORDS(textOf(dictation.value()), said);
 }
 
 QTEST_GUILESS_MAIN(TestRealEngine)
