@@ -37,7 +37,10 @@ std::optional<QUuid> FileRecordSaver::save(const FileTranscript &transcript) con
 {
     if (transcript.text.trimmed().isEmpty())
         return std::nullopt;
-    return m_history.add(transcript.record()).id;
+    const QUuid id = m_history.add(transcript.record()).id;
+    if (!transcript.remark.isEmpty())
+        m_history.appendEvent(id, RecordEvent::Kind::Transcription, std::nullopt, transcript.remark);
+    return id;
 }
 
 } // namespace orvane

@@ -26,6 +26,8 @@ struct FileTranscript
     QString languageCode;
     /// Of the medium; none when unknown, and then the end of what was said counts.
     std::optional<std::chrono::milliseconds> length = std::nullopt;
+    /// What the user should know of it, for the record's log; empty when nothing.
+    QString remark = {};
 
     /// The record for it, made now and not yet in the history.
     [[nodiscard]] TranscriptRecord record() const;

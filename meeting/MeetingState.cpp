@@ -34,13 +34,15 @@ void MeetingState::setElapsed(qint64 milliseconds)
         Q_EMIT elapsedChanged();
 }
 
-void MeetingState::showResult(const QList<DisplaySegment> &segments, const QUuid &recordID)
+void MeetingState::showResult(const QList<DisplaySegment> &segments, const QUuid &recordID,
+                              const QString &damage)
 {
     setResult(segments, recordID);
-    m_operation.setStatus(
+    const QString status =
         recordID.isNull() ? Localization::text(u"Готово · речь не распознана (запись сохранена)")
                           : Localization::text(u"Совещание сохранено · ") + QString::number(segments.size()) +
-                                Localization::text(u" сегментов · аудио в истории"));
+                                Localization::text(u" сегментов · аудио в истории");
+    m_operation.setStatus(damage.isEmpty() ? status : status + QStringLiteral(" · ") + damage);
 }
 
 void MeetingState::setResult(const QList<DisplaySegment> &segments, const QUuid &recordID)

@@ -80,7 +80,7 @@ protected:
     void setStage(Stage stage);
     void setElapsed(qint64 milliseconds);
     /// Also by the status. A null id when nothing was said.
-    void showResult(const QList<DisplaySegment> &segments, const QUuid &recordID);
+    void showResult(const QList<DisplaySegment> &segments, const QUuid &recordID, const QString &damage);
     void setOutcome(Outcome outcome);
     /// No result, no error, no time.
     void clearResult();

@@ -223,14 +223,18 @@ MeetingTranscriber::transcribe(RecordedMeeting meeting, Progress progress, std::
 
 MeetingTranscriber::Outcome MeetingTranscriber::publish(const MeetingTranscription::Result &result)
 {
-    const TranscriptRecord record = recordOf(result.meeting, result.segments);
+    const QList<DisplaySegment> &segments = result.transcript.segments;
+    const QString damage = result.transcript.damageText();
+    const TranscriptRecord record = recordOf(result.meeting, segments);
     if (record.text.isEmpty()) {
-        showResult(result.segments, {});
+        showResult(segments, {}, damage);
         m_recordings.forget(result.meeting);
         return Outcome::NoSpeech;
     }
     m_history.add(record);
-    showResult(result.segments, record.id);
+    if (!damage.isEmpty())
+        m_history.appendEvent(record.id, RecordEvent::Kind::Transcription, std::nullopt, damage);
+    showResult(segments, record.id, damage);
     spawn(awaitSaving(result.meeting, record.id));
     return Outcome::Saved;
 }

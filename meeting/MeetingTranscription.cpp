@@ -50,13 +50,13 @@ MeetingTranscription::run(RecordedMeeting meeting, QString audioPath, Progress p
         throw Error(Localization::text(u"Модель распознавания недоступна."));
     meeting.modelID = model->id;
     progress.setStatus(statusOf(meeting));
-    const QList<DisplaySegment> segments =
+    const Transcript transcript =
         co_await m_scope(recognise(*model, audioPath, meeting.languageCode, stop), stop);
-    co_return Result{.meeting = meeting, .segments = segments};
+    co_return Result{.meeting = meeting, .transcript = transcript};
 }
 
-QCoro::Task<QList<DisplaySegment>> MeetingTranscription::recognise(WhisperModel model, QString audioPath,
-                                                                   QString language, std::stop_token stop)
+QCoro::Task<Transcript> MeetingTranscription::recognise(WhisperModel model, QString audioPath,
+                                                        QString language, std::stop_token stop)
 {
     try {
         Transcript transcript =
@@ -68,7 +68,7 @@ QCoro::Task<QList<DisplaySegment>> MeetingTranscription::recognise(WhisperModel 
                              stop);
         if (m_settings.detectSpeakers())
             transcript = co_await m_scope(m_pipeline.label(transcript, audioPath, stop), stop);
-        co_return transcript.segments;
+        co_return transcript;
     } catch (const Gone &) {
         throw;
     } catch (const Cancelled &) {

@@ -26,7 +26,7 @@ public:
     {
         /// Names the model that was used: another one where the chosen one is gone.
         RecordedMeeting meeting;
-        QList<DisplaySegment> segments;
+        Transcript transcript;
     };
 
     /// They outlive this object.
@@ -45,8 +45,8 @@ public:
     [[nodiscard]] static QString statusOf(const RecordedMeeting &meeting);
 
 private:
-    [[nodiscard]] QCoro::Task<QList<DisplaySegment>> recognise(WhisperModel model, QString audioPath,
-                                                               QString language, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<Transcript> recognise(WhisperModel model, QString audioPath, QString language,
+                                                    std::stop_token stop);
 
     ModelManager &m_models;
     const AppSettings &m_settings;

@@ -1,6 +1,7 @@
 #include "recognition/TranscriptPipeline.h"
 
 #include "audio/AudioDecoder.h"
+#include "audio/AudioDecoderError.h"
 #include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "base/Async.h"
@@ -21,6 +22,8 @@ namespace orvane {
 namespace {
 
 constexpr int maxSpeakers = 2;
+/// A longer one at the end of a transcript may be a part of the file that could not be read.
+constexpr auto usualSilence = 10s;
 
 using Length = std::optional<std::chrono::milliseconds>;
 
@@ -53,6 +56,21 @@ QString recognitionStatus()
     return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)");
 }
 
+bool endsEarly(const Transcript &transcript)
+{
+    const qint64 heard = transcript.segments.isEmpty() ? 0 : transcript.segments.last().end;
+    return transcript.length && 1ms * heard + usualSilence < *transcript.length;
+}
+
+Length damageOf(const AudioDecoder &decoder, const QString &path, const std::stop_token &stop)
+{
+    try {
+        return decoder.decode(path, stop).damagedFrom;
+    } catch (const AudioDecoderError &) {
+        return std::nullopt; // what was recognised is worth more than to know
+    }
+}
+
 QCoro::Task<Length> lengthOf(const AudioDecoder *decoder, QString path,
                              std::weak_ptr<EstimatedProgress> shown, std::stop_token stop)
 {
@@ -64,6 +82,14 @@ QCoro::Task<Length> lengthOf(const AudioDecoder *decoder, QString path,
 }
 
 } // namespace
+
+QString Transcript::damageText() const
+{
+    if (!damagedFrom)
+        return {};
+    return Localization::text(u"файл повреждён с %1, дальше ничего не распознано")
+        .arg(timecodeOf(damagedFrom->count()));
+}
 
 TranscriptPipeline::TranscriptPipeline(WhisperServerEngine &engine, const AudioDecoder &decoder)
     : m_engine(engine),
@@ -130,8 +156,20 @@ QCoro::Task<Transcript> TranscriptPipeline::recogniseDirectly(Request request, P
         m_engine.infer(request.audioPath, request.language, WhisperServerEngine::NonSpeech::Keep, stop),
         stop);
     shown->end();
-    co_return Transcript{.segments = DisplaySegment::from(segments),
-                         .length = co_await m_scope(std::move(length), stop)};
+    Transcript transcript{.segments = DisplaySegment::from(segments),
+                          .length = co_await m_scope(std::move(length), stop)};
+    co_return co_await m_scope(checked(std::move(transcript), request.audioPath, stop), stop);
+}
+
+// The server does not tell how much of the file it could read.
+QCoro::Task<Transcript> TranscriptPipeline::checked(Transcript transcript, QString audioPath,
+                                                    std::stop_token stop)
+{
+    if (endsEarly(transcript)) {
+        auto look = [decoder = &m_decoder, audioPath, stop] { return damageOf(*decoder, audioPath, stop); };
+        transcript.damagedFrom = co_await m_scope(offMainThread(&longWorkPool(), std::move(look)), stop);
+    }
+    co_return transcript;
 }
 
 QCoro::Task<Transcript> TranscriptPipeline::recogniseDecoded(Request request, Progress progress,

@@ -26,6 +26,9 @@ struct Transcript
     std::optional<std::chrono::milliseconds> length = std::nullopt;
     /// From there on the file is damaged and nothing was heard; none when all of it could be read.
     std::optional<std::chrono::milliseconds> damagedFrom = std::nullopt;
+
+    /// The same in words for the user; empty when all of it could be read.
+    [[nodiscard]] QString damageText() const;
 };
 
 /// From a file to its transcript, for everything that is transcribed as a whole: files, meetings, recordings
@@ -66,6 +69,8 @@ private:
     [[nodiscard]] QCoro::Task<Transcript> recognise(Request request, Progress progress, std::stop_token stop);
     [[nodiscard]] QCoro::Task<Transcript> recogniseDirectly(Request request, Progress progress,
                                                             std::stop_token stop);
+    [[nodiscard]] QCoro::Task<Transcript> checked(Transcript transcript, QString audioPath,
+                                                  std::stop_token stop);
     [[nodiscard]] QCoro::Task<Transcript> recogniseDecoded(Request request, Progress progress,
                                                            std::stop_token stop);
 

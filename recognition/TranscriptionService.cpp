@@ -53,10 +53,11 @@ TranscriptionService::transcribed(Request request, Progress progress, std::stop_
         Result result;
         result.transcript = co_await m_scope(recognised(request, progress, stop), stop);
         result.savedID = publish(request, result.transcript);
+        const QString damage = result.transcript.damageText();
         progress.report(1, std::chrono::milliseconds(0));
-        progress.setStatus(Localization::text(u"Готово · ") +
-                           QString::number(result.transcript.segments.size()) +
-                           Localization::text(u" сегментов"));
+        progress.setStatus(
+            Localization::text(u"Готово · ") + QString::number(result.transcript.segments.size()) +
+            Localization::text(u" сегментов") + (damage.isEmpty() ? damage : u" · "_s + damage));
         co_return result;
     } catch (const Cancelled &) {
         throw;

@@ -143,6 +143,8 @@ QCoro::Task<bool> TranscribeCommand::transcribe(QString file, TranscriptionServi
         co_return false;
     }
 
+    if (const QString damage = result.transcript.damageText(); !damage.isEmpty())
+        Output::complain(u"%1: %2"_s.arg(shownName(file), damage));
     try {
         writeResult(file, co_await recordOf(request, result));
     } catch (const Error &error) {

@@ -80,7 +80,8 @@ TranscriptionService &AppServices::transcriber()
                        .text = joinedText(transcript.segments),
                        .modelID = request.model.id,
                        .languageCode = request.language,
-                       .length = transcript.length});
+                       .length = transcript.length,
+                       .remark = transcript.damageText()});
         };
         m_transcriber = std::make_unique<TranscriptionService>(TranscriptionService::Collaborators{
             .engine = *m_whisperEngine, .pipeline = *m_pipeline, .turns = m_turns, .saveRecord = save});

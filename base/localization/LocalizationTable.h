@@ -131,6 +131,8 @@ inline constexpr TextPair table[] = {
      u"Recognizing speech… (the engine’s first start takes a few seconds)"},
     {u"Готово · ", u"Done · "},
     {u" сегментов", u" segments"},
+    {u"файл повреждён с %1, дальше ничего не распознано",
+     u"the file is damaged from %1, nothing after that was recognized"},
     {u"Отменено", u"Cancelled"},
     {u"Ошибка", u"Error"},
     {u"Не удалось открыть файл: ", u"Could not open the file: "},
