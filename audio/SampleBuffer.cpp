@@ -14,7 +14,7 @@ namespace orvane {
 namespace {
 
 constexpr size_t blockSamples = 1 << 18;
-// A length told in whole seconds, or without the last packet, still fits.
+// A length reported in whole seconds, or without the last packet, still fits.
 constexpr std::int64_t spareSamples = 2 * sampleRate;
 
 // Without a branch, so that the compiler treats several samples at once.

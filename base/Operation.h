@@ -20,8 +20,8 @@ namespace orvane {
 
 class Operation;
 
-/// Where work tells how far it is. Copied freely; what is told after the work's run has ended goes nowhere,
-/// and so does everything told to a default-made one. Main thread.
+/// Where work tells how far it is. Copied freely; what is reported after the work's run has ended goes nowhere,
+/// and so does everything reported to a default-made one. Main thread.
 class Progress
 {
 public:
@@ -69,7 +69,7 @@ public:
     /// The stage, or how the last run ended, in the interface language.
     [[nodiscard]] QString status() const { return m_status; }
     /// What went wrong last, one sentence; empty when nothing has since the last start. Work that succeeds
-    /// may have told of something by setError().
+    /// may have reported something by setError().
     [[nodiscard]] QString error() const { return m_error; }
 
     /// Runs the work, which was made for this run, and publishes how it goes. Ends as the work does: with its

@@ -19,7 +19,7 @@ namespace orvane {
 /// together; the destructor waits for the last. What another process changed under other keys is kept.
 /// A file that cannot be understood counts as empty and is set aside beside itself as "….damaged" by the
 /// first change. A change that cannot be written (a full disk, no permission) holds until the process ends,
-/// is told by error(), and goes to disk with the next change that can. Main thread.
+/// is reported by error(), and goes to disk with the next change that can. Main thread.
 class UserDefaults : public QObject
 {
     Q_OBJECT

@@ -27,7 +27,7 @@ private:
     const MeetingTranscriber &m_meeting;
     bool m_wasActive = false;
     QString m_knownError;
-    QTimer m_soon; // what changes together is told once
+    QTimer m_soon; // what changes together is reported once
 };
 
 } // namespace orvane

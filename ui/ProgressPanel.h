@@ -12,7 +12,7 @@ class ProgressPanel : public QDialog
     Q_OBJECT
 
 public:
-    /// Shows that the end is unknown until it is told a fraction.
+    /// Shows that the end is unknown until a fraction is reported.
     ProgressPanel(const QString &title, const QString &text);
 
     /// 0…1.

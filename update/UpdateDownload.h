@@ -16,7 +16,7 @@ struct UpdateDownload
     QString folder;
     /// How long the connection may bring nothing.
     std::chrono::milliseconds idleTimeout;
-    /// Told the fraction, 0…1, on the downloading thread; never when the server does not give the length.
+    /// Gets the fraction, 0…1, on the downloading thread; never when the server does not give the length.
     std::function<void(double)> progress;
 
     /// The path of the downloaded file, readable by its owner only, which replaced in one step what had

@@ -10,7 +10,7 @@ namespace orvane {
 class CaptureListener
 {
 public:
-    /// The device runs; told once, before the first samples.
+    /// The device runs; reported once, before the first samples.
     virtual void opened() noexcept = 0;
     /// Mono samples at 16 kHz in −1…1, in order. What a change of devices misses is left out.
     virtual void deliver(const float *samples, std::size_t count) noexcept = 0;

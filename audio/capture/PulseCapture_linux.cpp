@@ -211,7 +211,7 @@ void PulseCapture::streamEnded()
     if (!m_opened)
         return fail(isRefused() ? CaptureOutcome::AccessRefused : CaptureOutcome::NotOpened);
     closeStream();
-    // Unplugged: its successor is told by the server. Or opening failed, and may not the next time.
+    // Unplugged: the server reports its successor. Or opening failed, and may not the next time.
     wake(retryInterval);
 }
 

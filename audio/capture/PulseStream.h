@@ -17,7 +17,7 @@ class PulseStream
 public:
     enum class State { Opening, Running, Ended };
 
-    /// Begins to open the source. `changed` is called after each change of what is told below; the stream
+    /// Begins to open the source. `changed` is called after each change of what is reported below; the stream
     /// may be destroyed in it. Throws std::bad_alloc.
     PulseStream(pa_context *context, const pa_source_info &source, CaptureListener &listener,
                 std::function<void()> changed);

@@ -28,7 +28,7 @@ protected:
 class SampleSink
 {
 public:
-    /// About how many samples will come; told at most once, before the first.
+    /// About how many samples will come; reported at most once, before the first.
     virtual void expect(std::int64_t count) noexcept = 0;
     /// Where the next samples go: room for `count`, or null when there is none.
     [[nodiscard]] virtual float *room(std::int64_t count) noexcept = 0;
@@ -42,7 +42,7 @@ protected:
 enum class DecodingOutcome {
     Decoded,
     Cancelled,
-    /// No known format, or damaged where the format is told.
+    /// No known format, or damaged where the format is determined.
     NotMedia,
     /// The file only names other files or addresses; those are never opened.
     RefersElsewhere,

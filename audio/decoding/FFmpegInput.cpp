@@ -11,7 +11,7 @@ namespace {
 
 constexpr int bufferBytes = 64 * 1024;
 constexpr AVRational milliseconds{1, 1000};
-// A told length can be wrong by some packets, or by a whole second.
+// A reported length can be wrong by some packets, or by a whole second.
 constexpr std::int64_t lengthTolerance = 3000;
 
 bool isSound(const AVStream &stream)
@@ -86,7 +86,7 @@ std::optional<std::int64_t> FFmpegInput::duration(const AVStream &track) const
     return found > 0 ? std::optional(found) : std::nullopt;
 }
 
-bool FFmpegInput::isDurationTold() const
+bool FFmpegInput::isDurationReported() const
 {
     return m_format->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
 }
@@ -124,8 +124,8 @@ bool FFmpegInput::isCutShort(const AVStream &track) const
 {
     // A container's length may be that of another track: it counts where reading broke off only.
     const bool isOfTrack = track.duration != AV_NOPTS_VALUE || m_format->nb_streams == 1;
-    const bool isToldOfTrack = isOfTrack && isDurationTold();
-    const std::optional<std::int64_t> length = m_failed || isToldOfTrack ? duration(track) : std::nullopt;
+    const bool isReportedOfTrack = isOfTrack && isDurationReported();
+    const std::optional<std::int64_t> length = m_failed || isReportedOfTrack ? duration(track) : std::nullopt;
     if (!length || !m_reached)
         return m_failed;
     return *m_reached + lengthTolerance < *length;

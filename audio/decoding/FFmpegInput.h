@@ -22,7 +22,7 @@ public:
     /// Milliseconds; none when the file does not tell.
     [[nodiscard]] std::optional<std::int64_t> duration(const AVStream &track) const;
     /// Whether the duration is what the file says, not a guess from its size.
-    [[nodiscard]] bool isDurationTold() const;
+    [[nodiscard]] bool isDurationReported() const;
 
     /// The next packet of a track; false at the end, also where the file breaks off.
     [[nodiscard]] bool read(AVPacket &packet, const AVStream &track);

@@ -29,7 +29,7 @@ private Q_SLOTS:
     void notANumber();
     void changesOnTheWay_data();
     void changesOnTheWay();
-    void lengthNotTold();
+    void lengthNotReported();
     void duration_data();
     void duration();
     void cancels();
@@ -166,15 +166,16 @@ void TestAudioDecoder::changesOnTheWay()
     QVERIFY(std::abs(amplitudeAt(pitch, all.last(3 * sampleRate / 4).first(sampleRate / 2)) - level) < 0.04);
 }
 
-void TestAudioDecoder::lengthNotTold()
+void TestAudioDecoder::lengthNotReported()
 {
-    const QString told =
-        m_media.make(u"told.mka"_s, stereo(48000, 50) + QStringList{u"-c:a"_s, u"libopus"_s});
-    const QString live = m_media.make(u"live.mka"_s, {u"-i"_s, told, u"-c"_s, u"copy"_s, u"-live"_s, u"1"_s});
+    const QString reported =
+        m_media.make(u"reported.mka"_s, stereo(48000, 50) + QStringList{u"-c:a"_s, u"libopus"_s});
+    const QString live =
+        m_media.make(u"live.mka"_s, {u"-i"_s, reported, u"-c"_s, u"copy"_s, u"-live"_s, u"1"_s});
     QVERIFY(!m_media.decoder().duration(live));
     const std::vector<float> samples = m_media.decoder().decode(live).samples;
     QCOMPARE(faultOf(samples, 50), QString());
-    QVERIFY(samples == m_media.decoder().decode(told).samples);
+    QVERIFY(samples == m_media.decoder().decode(reported).samples);
 }
 
 void TestAudioDecoder::duration_data()

@@ -150,7 +150,7 @@ void TestAudioRecorder::records()
     m_server->speak(u"microphone"_s, tone(440, 2));
     const qsizetype changes = levelChanged.count();
     QTRY_VERIFY_WITH_TIMEOUT(levelChanged.count() > changes, patience);
-    // Nobody looked for two seconds: everything that was missed is in what was told once.
+    // Nobody looked for two seconds: everything that was missed is in what was reported once.
     QCOMPARE(changes, 0);
     const QList<float> waveform = recorder.waveform();
     QCOMPARE(waveform.size(), 48);

@@ -27,7 +27,7 @@ private Q_SLOTS:
 void TestCapturedSamples::chunksAreTheWhole_data()
 {
     QTest::addColumn<double>("seconds");
-    QTest::addColumn<int>("leastSize");
+    QTest::addColumn<int>("minSize");
     QTest::newRow("a few deliveries") << 0.1 << 1600;
     QTest::newRow("less than a delivery") << 0.01 << 160;
     QTest::newRow("less than a sample") << 1e-9 << 1;
@@ -37,7 +37,7 @@ void TestCapturedSamples::chunksAreTheWhole_data()
 void TestCapturedSamples::chunksAreTheWhole()
 {
     QFETCH(const double, seconds);
-    QFETCH(const int, leastSize);
+    QFETCH(const int, minSize);
     std::vector<float> all(20'000);
     std::iota(all.begin(), all.end(), 0.0F);
 
@@ -45,11 +45,11 @@ void TestCapturedSamples::chunksAreTheWhole()
     std::vector<float> handedOut;
     bool isAnyShort = false;
     samples.setChunks(seconds, [&](std::vector<float> chunk) {
-        isAnyShort |= chunk.size() < size_t(leastSize);
+        isAnyShort |= chunk.size() < size_t(minSize);
         handedOut.insert(handedOut.end(), chunk.begin(), chunk.end());
         samples.setChunks(seconds, nullptr); // would wait for ever if a lock were held here
         samples.setChunks(seconds, [&](const std::vector<float> &next) {
-            isAnyShort |= next.size() < size_t(leastSize);
+            isAnyShort |= next.size() < size_t(minSize);
             handedOut.insert(handedOut.end(), next.begin(), next.end());
         });
     });
@@ -59,9 +59,9 @@ void TestCapturedSamples::chunksAreTheWhole()
         place += count;
     }
     QVERIFY(!isAnyShort);
-    QCOMPARE(handedOut.empty(), size_t(leastSize) > all.size());
+    QCOMPARE(handedOut.empty(), size_t(minSize) > all.size());
     const std::vector<float> rest = samples.takePendingChunk();
-    QVERIFY(rest.size() < size_t(leastSize));
+    QVERIFY(rest.size() < size_t(minSize));
     handedOut.insert(handedOut.end(), rest.begin(), rest.end());
     QVERIFY(handedOut == all);
     QVERIFY(samples.takePendingChunk().empty());

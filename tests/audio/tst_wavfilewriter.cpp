@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(samplesOf(bytes), QList<int>(100, 8191) + QList<int>(10, 24575));
         QCOMPARE(number(bytes, 40), 220U);
         QCOMPARE(number(bytes, 4), 256U);
-        writer.finalize(); // told once
+        writer.finalize(); // reported once
     }
 
     void failedSyncIsALoss()

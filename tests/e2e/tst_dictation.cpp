@@ -22,7 +22,7 @@ namespace {
 constexpr int patience = 120'000;
 /// Dictations until caches are full, and what the program may then still grow by.
 constexpr int settlingCount = 20;
-constexpr qint64 mostGrowthKiB = 4096;
+constexpr qint64 maxGrowthKiB = 4096;
 constexpr qsizetype fewFiles = 4; // those that an engine or a paste has open at the moment
 const QString microphone = Surroundings::microphone;
 const QString sentence = u"The quick brown fox jumps over the lazy dog and runs into the forest"_s;
@@ -301,7 +301,7 @@ void DictationTest::manyInARow()
     qInfo("after %d: %lld KiB, %lld open files; now: %lld KiB, %lld open files", settlingCount,
           static_cast<long long>(settled.residentKiB), static_cast<long long>(settled.openFiles),
           static_cast<long long>(last.residentKiB), static_cast<long long>(last.openFiles));
-    QVERIFY(last.residentKiB <= settled.residentKiB + mostGrowthKiB);
+    QVERIFY(last.residentKiB <= settled.residentKiB + maxGrowthKiB);
     QVERIFY(last.openFiles <= settled.openFiles + fewFiles);
 }
 

@@ -118,7 +118,7 @@ private Q_SLOTS:
         QTest::newRow("another range")
             << toSegments({.contentRange = "bytes 1-17301507/" + QByteArray::number(size)})
             << Kind::FileChanged << QString() << false;
-        QTest::newRow("too much, untold")
+        QTest::newRow("too much, unreported")
             << toSegments({.body = tooMuch, .givesLength = false}) << Kind::FileChanged << QString() << false;
     }
 

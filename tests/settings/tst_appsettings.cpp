@@ -26,8 +26,8 @@ private Q_SLOTS:
     void wrongTypeGivesDefault();
     void storedWords_data();
     void storedWords();
-    void everyPropertyIsStoredAndTold_data();
-    void everyPropertyIsStoredAndTold();
+    void everyPropertyIsStoredAndReported_data();
+    void everyPropertyIsStoredAndReported();
     void constructionWritesNothing();
     void choosingTheDefaultStoresIt();
     void wrongTypeIsReplaced();
@@ -132,7 +132,7 @@ void TestAppSettings::storedWords()
     QTEST(settings.dictationMode(), "mode");
 }
 
-void TestAppSettings::everyPropertyIsStoredAndTold_data()
+void TestAppSettings::everyPropertyIsStoredAndReported_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QVariant>("value");
@@ -163,7 +163,7 @@ void TestAppSettings::everyPropertyIsStoredAndTold_data()
                                      << QJsonValue(QJsonArray{u"warp"_s});
 }
 
-void TestAppSettings::everyPropertyIsStoredAndTold()
+void TestAppSettings::everyPropertyIsStoredAndReported()
 {
     QFETCH(const QString, key);
     QFETCH(const QVariant, value);

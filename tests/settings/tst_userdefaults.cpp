@@ -170,15 +170,15 @@ void TestUserDefaults::saysWhatCannotBeStored()
     QFile obstacle(m_folder->filePath(u"Orvane"_s)); // where the folder should be
     QVERIFY(obstacle.open(QFile::WriteOnly));
     UserDefaults defaults(file());
-    const QSignalSpy told(&defaults, &UserDefaults::errorChanged);
+    const QSignalSpy reported(&defaults, &UserDefaults::errorChanged);
     defaults.set(u"first"_s, true);
-    QTRY_COMPARE(told.size(), 1);
+    QTRY_COMPARE(reported.size(), 1);
     QVERIFY(defaults.error().startsWith(u"Не удалось "_s));
     QCOMPARE(defaults.boolean(u"first"_s), true);
 
     QVERIFY(obstacle.remove());
     defaults.set(u"second"_s, true);
-    QTRY_COMPARE(told.size(), 2);
+    QTRY_COMPARE(reported.size(), 2);
     QCOMPARE(defaults.error(), QString());
     const UserDefaults again(file());
     QVERIFY(again.contains(u"first"_s) && again.contains(u"second"_s));

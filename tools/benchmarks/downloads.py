@@ -98,11 +98,11 @@ def bench_limited_connections(report, folder):
     make_file(folder / "middle", 544 * MIB)
     with server(folder) as address:
         url = f"{address}/limited/middle"
-        our_wall, _, told = ours(url, folder)
+        our_wall, _, reported = ours(url, folder)
         one_wall, _ = aria(url, folder, 1)
     report.add_at_least("downloading at 10 MiB/s for each connection, times as fast as one", one_wall / our_wall, 5.5,
                         detail=f"{our_wall:.2f} s, one connection {one_wall:.2f} s")
-    report.add("peak memory growth of it", told["peakGrowthKiB"] / 1024, 16, " MiB")
+    report.add("peak memory growth of it", reported["peakGrowthKiB"] / 1024, 16, " MiB")
 
 
 BENCHES = [bench_full_speed, bench_limited_connections]

@@ -31,7 +31,7 @@ constexpr size_t rate = sampleRate;
 constexpr size_t bufferSamples = 1365;
 /// The sound repeats itself after so many samples, which no other number here divides.
 constexpr size_t period = 99'991;
-constexpr qint64 mostBehind = 20 * qint64(rate) * 2; // bytes
+constexpr qint64 maxBehind = 20 * qint64(rate) * 2; // bytes
 
 qint16 storedAt(size_t index)
 {
@@ -75,7 +75,7 @@ private:
                                     std::min(bufferSamples, m_count - heard));
             meter.add(samples, [](float) {});
             m_captured.add(samples);
-            while (qint64(heard) * 2 - QFileInfo(m_path).size() > mostBehind)
+            while (qint64(heard) * 2 - QFileInfo(m_path).size() > maxBehind)
                 std::this_thread::sleep_for(1ms);
         }
     }
