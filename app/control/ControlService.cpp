@@ -3,7 +3,7 @@
 #include "app/control/ApplicationAdaptor.h"
 #include "app/control/ControlInterface.h"
 #include "base/Async.h"
-#include "base/OneTimeEvent.h"
+#include "base/Error.h"
 #include "base/localization/Localization.h"
 #include "dictation/DictationController.h"
 #include "meeting/MeetingTranscriber.h"
@@ -77,22 +77,17 @@ void ControlService::beginDictation()
 
 QCoro::Task<> ControlService::startDictation(QDBusMessage request)
 {
-    m_dictation->start();
-    if (m_dictation->state() == State::Starting) {
-        const auto known = OneTimeEvent::create();
-        const QMetaObject::Connection connection =
-            connect(m_dictation, &DictationController::stateChanged, this, [known] { known->happen(); });
-        co_await m_scope(known->wait(m_scope.stop()));
-        disconnect(connection);
+    QString problem;
+    try {
+        co_await m_scope(m_dictation->begin());
+    } catch (const Gone &) {
+        throw;
+    } catch (const Cancelled &) {
+        problem = Localization::text(u"Диктовка не началась.");
+    } catch (const std::exception &error) {
+        problem = descriptionOf(error);
     }
-    QDBusMessage answer = request.createReply();
-    if (m_dictation->state() == State::Idle) {
-        const QString problem = m_dictation->lastError();
-        answer = request.createErrorReply(ControlInterface::refusal,
-                                          problem.isEmpty() ? Localization::text(u"Диктовка не началась.")
-                                                            : problem);
-    }
-    QDBusConnection::sessionBus().send(answer);
+    answer(request, problem);
 }
 
 void ControlService::Stop()
@@ -146,9 +141,7 @@ QCoro::Task<> ControlService::startMeeting(QDBusMessage request)
 {
     co_await m_scope(m_meeting->start());
     const QString problem = m_meeting->isRunning() ? QString() : m_meeting->errorText();
-    QDBusConnection::sessionBus().send(problem.isEmpty()
-                                           ? request.createReply()
-                                           : request.createErrorReply(ControlInterface::refusal, problem));
+    answer(request, problem);
 }
 
 void ControlService::StopMeeting()
@@ -194,6 +187,13 @@ void ControlService::DismissMeeting()
 void ControlService::Quit()
 {
     Q_EMIT quitRequested();
+}
+
+void ControlService::answer(const QDBusMessage &request, const QString &problem)
+{
+    QDBusConnection::sessionBus().send(problem.isEmpty()
+                                           ? request.createReply()
+                                           : request.createErrorReply(ControlInterface::refusal, problem));
 }
 
 bool ControlService::hasDictation()

@@ -67,6 +67,8 @@ private:
     void beginDictation();
     QCoro::Task<> startDictation(QDBusMessage request);
     QCoro::Task<> startMeeting(QDBusMessage request);
+    /// With the problem, unless it is empty.
+    static void answer(const QDBusMessage &request, const QString &problem);
 
     DictationController *m_dictation = nullptr;
     MeetingTranscriber *m_meeting = nullptr;
