@@ -13,6 +13,7 @@ namespace orvane {
 AppServices::AppServices(const Environment &environment)
     : m_folders(environment.folders),
       m_desktop(environment.desktop),
+      m_telemetryOptions(environment.telemetry),
       m_defaults(environment.defaultsFile),
       m_engineProcesses(environment.role == Role::Application ? m_folders.engineProcessFile() : QString()),
       m_decoder(m_folders.resources)
@@ -151,7 +152,7 @@ Telemetry &AppServices::telemetry()
 {
     if (!m_telemetry) {
         m_telemetry = std::make_unique<Telemetry>(*m_settings, m_defaults, DeviceSources::ofThisMachine(),
-                                                  Telemetry::Options());
+                                                  m_telemetryOptions);
     }
     return *m_telemetry;
 }

@@ -51,6 +51,8 @@ public:
         QString defaultsFile = UserDefaults::standardFile();
         /// Where models are downloaded from.
         ModelRepository repository = ModelRepository::ofBuild();
+        /// Where device reports go to.
+        Telemetry::Options telemetry = {};
         std::optional<Desktop> desktop = std::nullopt;
     };
 
@@ -87,6 +89,7 @@ private:
     // In the order of construction, which is the order of dependence.
     const StandardFolders m_folders;
     const std::optional<Desktop> m_desktop;
+    const Telemetry::Options m_telemetryOptions;
     UserDefaults m_defaults;
     EngineProcessRegistry m_engineProcesses;
     AudioDecoder m_decoder;

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThreadPool>
@@ -33,18 +34,18 @@ private Q_SLOTS:
         QDir(m_home->path()).mkpath(u"Vesk/History"_s);
         (void)write(u"Vesk/History/"_s + uuidText(record.id) + u".json"_s, record.json());
 
-        const auto services = make();
-        QCoro::waitFor(services->history().whenLoaded());
+        AppServices services(environment());
+        QCoro::waitFor(services.history().whenLoaded());
 
-        QCOMPARE(services->history().records().size(), 1);
-        QCOMPARE(services->history().records().first().beginning, record.text);
+        QCOMPARE(services.history().records().size(), 1);
+        QCOMPARE(services.history().records().first().beginning, record.text);
     }
 
     /// Work on other threads uses what the services own.
     void leavesNoWorkBehind()
     {
         const QString recording = write(u"a.m4a"_s, QByteArray(1 << 20, 'x'));
-        auto services = make();
+        auto services = std::make_unique<AppServices>(environment());
         spawnPublished(services->transcriber().transcribe(
             {.audioPath = recording, .model = {.id = {}, .path = {}}, .language = u"ru"_s}));
         QVERIFY(QThreadPool::globalInstance()->activeThreadCount() > 0);
@@ -60,7 +61,7 @@ private Q_SLOTS:
         const FakeEngineHome engine(u"llama-server"_s);
         const QString completions = u"/v1/chat/completions"_s;
         engine.behave({.answers = {{u"/health"_s, {{.status = 200}}}, {completions, {FakeAnswer::never()}}}});
-        auto services = make(engine.resources());
+        auto services = std::make_unique<AppServices>(environment(engine.resources()));
         const QString model = services->correctionModels().localPath(CorrectionModel::catalog().first());
         QVERIFY(QFile(model).open(QIODevice::WriteOnly));
         services->correctionModels().refresh();
@@ -73,16 +74,30 @@ private Q_SLOTS:
         QVERIFY(result.isCancelled());
     }
 
-private:
-    [[nodiscard]] std::unique_ptr<AppServices>
-    make(const QString &resources = QStringLiteral(ORVANE_RESOURCES)) const
+    void reportsOnceSharingIsAllowed()
     {
-        const StandardFolders folders{
-            .applicationSupport = m_home->path(), .resources = resources, .temporary = m_home->path()};
+        QTcpServer vendor;
+        QVERIFY(vendor.listen(QHostAddress::LocalHost));
+        AppServices::Environment environment = this->environment();
+        environment.role = AppServices::Role::Application;
+        environment.telemetry.endpoint = u"http://127.0.0.1:%1/"_s.arg(vendor.serverPort());
+        AppServices services(environment);
+        services.settings().setShareAnonymousStats(false);
+        QTest::qWait(100);
+        QVERIFY(!vendor.hasPendingConnections());
+        services.settings().setShareAnonymousStats(true);
+        QTRY_VERIFY(vendor.hasPendingConnections());
+    }
+
+private:
+    [[nodiscard]] AppServices::Environment
+    environment(const QString &resources = QStringLiteral(ORVANE_RESOURCES)) const
+    {
         AppServices::Environment environment;
-        environment.folders = folders;
+        environment.folders = {
+            .applicationSupport = m_home->path(), .resources = resources, .temporary = m_home->path()};
         environment.defaultsFile = m_home->filePath(u"settings.json"_s);
-        return std::make_unique<AppServices>(environment);
+        return environment;
     }
 
     [[nodiscard]] QString write(const QString &name, const QByteArray &content) const
