@@ -1,0 +1,111 @@
+#include "app/services/AppServices.h"
+#include "base/Async.h"
+#include "desktop/KeyTap.h"
+#include "tests/support/FakeDictationSurroundings.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/XDisplay.h"
+#include "tests/update/FakePresenter.h"
+#include "ui/DictationPanel.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+namespace {
+
+/// What a screen reader reads of the capsule: its title and what stands below it. Empty while it is not
+/// shown.
+QStringList readOut()
+{
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        const QAccessibleInterface *scene = QAccessible::queryAccessibleInterface(window);
+        if (!window->inherits("QQuickWindow") || !window->isVisible() || !scene || !scene->child(0))
+            continue;
+        const QAccessibleInterface *capsule = scene->child(0);
+        return {capsule->text(QAccessible::Name), capsule->text(QAccessible::Description)};
+    }
+    return {};
+}
+
+/// Whether the newest of the 48 levels is drawn as loud.
+bool waveformIsHigh()
+{
+    const QRgb accent = qRgb(0xff, 0x6b, 0x57);
+    const QImage level =
+        QGuiApplication::primaryScreen()->grabWindow(0, 450 + 340, 594 + 65, 20, 1).toImage();
+    for (int x = 0; x < level.width(); ++x)
+        if (level.pixel(x, 0) == accent)
+            return true;
+    return false;
+}
+
+} // namespace
+
+/// A dictation as the capsule shows it, with a real microphone.
+class TestDictationPanel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsWhatTheDictationHears();
+};
+
+void TestDictationPanel::showsWhatTheDictationHears()
+{
+    if (!SoundServer::isInstalled())
+        QSKIP("there is no PulseAudio to make a microphone with");
+    SoundServer sound;
+    sound.enter();
+    sound.plugIn(u"mic"_s);
+    const QTemporaryDir home;
+    const KeyTap keys; // none works
+    DictationPanel panel(QStringLiteral(ORVANE_RESOURCES), keys);
+    FakePresenter updates;
+    FakeGuidance guidance;
+    FakeInjector injector;
+    AppServices::Environment environment;
+    environment.folders = {.applicationSupport = home.path(),
+                           .resources = QStringLiteral(ORVANE_RESOURCES),
+                           .temporary = home.path()};
+    environment.defaultsFile = home.filePath(u"settings.json"_s);
+    environment.desktop.emplace(AppServices::Desktop{
+        .updates = updates, .guidance = guidance, .indicator = panel, .injector = injector, .openFile = {}});
+    AppServices services(environment);
+    services.settings().setInterfaceLanguage(u"ru"_s);
+    QVERIFY(QDir().mkpath(services.models().modelsDirectory()));
+    QVERIFY(QFile(services.models().localPath(WhisperModel::catalog().first())).open(QFile::WriteOnly));
+    services.models().refresh();
+
+    services.dictation()->start();
+    const QString listening = u"Слушаю…"_s;
+    QTRY_COMPARE(readOut(),
+                 (QStringList{listening, u"orvane toggle или меню — готово · orvane cancel — отмена"_s}));
+    QTRY_COMPARE(readOut(), (QStringList{listening, u"Нет звука с микрофона — проверьте его"_s}));
+    QVERIFY(!waveformIsHigh());
+    sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
+    QTRY_VERIFY(waveformIsHigh());
+    QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
+
+    services.dictation()->cancel();
+    QTRY_COMPARE(readOut(), QStringList());
+}
+
+int main(int argc, char **argv)
+{
+    if (const std::optional<int> status = XDisplay::runThisProgram(argc, argv))
+        return *status;
+    const QApplication application(argc, argv);
+    TestDictationPanel test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_dictationpanel.moc"
