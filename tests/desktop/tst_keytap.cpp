@@ -19,8 +19,7 @@ using Key = XKeyboard::Key;
 
 namespace {
 
-/// What xterm sends for F5, and with Ctrl.
-const QString f5 = u"\x1b[15~"_s;
+/// What xterm sends for F5 with Ctrl.
 const QString ctrlF5 = u"\x1b[15;5~"_s;
 
 /// Another program, which takes keys before us.
@@ -78,7 +77,6 @@ private Q_SLOTS:
     void keyWithAnotherMeaning();
     void keyHeldByAnotherProgram();
     void keyboardHeldByAnotherProgram();
-    void letsGoWhenUninstalled();
     void displayThatEnds();
     void inertWhereThereAreNoGlobalKeys();
 
@@ -286,7 +284,7 @@ void TestKeyTap::keyHeldByAnotherProgram()
     m_tap->uninstall();
     QVERIFY(!m_tap->isActive());
     OtherProgram other;
-    QTRY_VERIFY(other.holdKey(XKeyboard::F5));
+    QTRY_VERIFY(other.holdKey(XKeyboard::F5)); // we have let go of it
 
     QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
     QSignalSpy trigger(m_tap.get(), &KeyTap::triggerKeyChanged);
@@ -323,17 +321,6 @@ void TestKeyTap::keyboardHeldByAnotherProgram()
     m_keyboard->tap(XKeyboard::RightCtrl);
     QTRY_COMPARE(trigger.size(), 2);
     QVERIFY(trigger.at(0).at(1).toBool());
-}
-
-void TestKeyTap::letsGoWhenUninstalled()
-{
-    FocusedEditor terminal(FocusedEditor::Kind::Terminal);
-    QSignalSpy toggle(m_tap.get(), &KeyTap::togglePressed);
-    m_tap->uninstall();
-    QVERIFY(!m_tap->isActive());
-    // The server hears of it when it gets to it.
-    QTRY_VERIFY((m_keyboard->tap(XKeyboard::F5), terminal.text().endsWith(f5)));
-    QCOMPARE(toggle.size(), 0);
 }
 
 void TestKeyTap::displayThatEnds()

@@ -71,7 +71,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void offer();
     void answers_data();
     void answers();
     void stoppedOffers();
@@ -96,19 +95,6 @@ void TestDialogs::cleanup()
     m_dialogs.reset();
 }
 
-void TestDialogs::offer()
-{
-    Outcome outcome;
-    spawn(ask(m_dialogs.get(), {}, &outcome));
-    const auto *message = onlyWindow<QMessageBox>();
-    QVERIFY(message && message->isVisible());
-    QVERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
-    QCOMPARE(message->defaultButton(), buttonOf(*message, anOffer.downloadButton));
-    buttonOf(*message, anOffer.laterButton)->click();
-    QCOMPARE(outcome.choice, Choice::Later);
-}
-
 void TestDialogs::answers_data()
 {
     QTest::addColumn<std::function<void(QMessageBox &)>>("answer");
@@ -117,6 +103,7 @@ void TestDialogs::answers_data()
         QTest::newRow(name) << answer << choice;
     };
     row("Download", [](QMessageBox &m) { buttonOf(m, anOffer.downloadButton)->click(); }, Choice::Download);
+    row("Later", [](QMessageBox &m) { buttonOf(m, anOffer.laterButton)->click(); }, Choice::Later);
     row("Enter", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Return); }, Choice::Download);
     row("Escape", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Escape); }, Choice::Later);
     row("closed", [](QMessageBox &m) { m.close(); }, Choice::Later);
@@ -129,8 +116,11 @@ void TestDialogs::answers()
     QFETCH(const Choice, choice);
     Outcome outcome;
     spawn(ask(m_dialogs.get(), {}, &outcome));
-    QVERIFY(onlyWindow<QMessageBox>());
-    answer(*onlyWindow<QMessageBox>());
+    auto *message = onlyWindow<QMessageBox>();
+    QVERIFY(message && message->isVisible());
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
+    answer(*message);
     QCOMPARE(outcome.choice, choice);
 }
 
@@ -149,9 +139,6 @@ void TestDialogs::stoppedOffers()
     onlyWindow<QMessageBox>()->close();
     QCOMPARE(ofSecond.choice, Choice::Later);
     second.request_stop(); // too late to matter
-
-    spawn(ask(m_dialogs.get(), first.get_token(), &ofSecond));
-    QVERIFY(ofSecond.cancelled);
 }
 
 void TestDialogs::endOfTheProgram()
@@ -168,19 +155,11 @@ void TestDialogs::endOfTheProgram()
 
 void TestDialogs::notices()
 {
-    m_dialogs->notice(u"У вас последняя версия"_s, u"Установлена версия 1."_s);
     m_dialogs->notice(u"Не удалось открыть обновление"_s, u"Файл: /tmp/<i>a</i>  & b.deb"_s);
-    QCOMPARE(windows().size(), 2);
-    QStringList texts;
-    for (QWidget *window : windows()) {
-        auto *message = qobject_cast<QMessageBox *>(window);
-        QVERIFY(message && message->isVisible());
-        texts << shownText(*message);
-        message->button(QMessageBox::Ok)->click();
-    }
-    QVERIFY(texts.contains(u"У вас последняя версия\nУстановлена версия 1."_s));
-    QVERIFY2(texts.contains(u"Не удалось открыть обновление\nФайл: /tmp/<i>a</i>  & b.deb"_s),
-             qPrintable(texts.join(u'|')));
+    auto *message = onlyWindow<QMessageBox>();
+    QVERIFY(message && message->isVisible());
+    QCOMPARE(shownText(*message), u"Не удалось открыть обновление\nФайл: /tmp/<i>a</i>  & b.deb"_s);
+    message->button(QMessageBox::Ok)->click();
 }
 
 void TestDialogs::progress()
