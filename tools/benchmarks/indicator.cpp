@@ -132,7 +132,7 @@ int main(int argc, char **argv)
     UserDefaults defaults{QFile::decodeName(argv[2])};
     AppSettings settings(defaults);
     DictationHUDModel model(settings);
-    HUDController controller(model, QFile::decodeName(argv[1]));
+    HUDController controller(model, QFile::decodeName(argv[1]), [](const QString &) {});
     FrameCounter counter;
     letPass(100ms); // what the application itself does at the start
 
