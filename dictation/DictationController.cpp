@@ -7,6 +7,7 @@
 #include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
 #include "desktop/TextInjector.h"
+#include "dictation/Advice.h"
 #include "dictation/DictationIndicator.h"
 #include "dictation/Guidance.h"
 #include "models/ModelManager.h"
@@ -28,11 +29,6 @@ constexpr auto settlingTime = 80ms;
 /// Dictations are in any language, whatever the files are in.
 constexpr auto spokenLanguage = "auto"_L1;
 constexpr auto hintShownKey = "dictationModeModelHintShown"_L1;
-
-QString howToGetAModel()
-{
-    return Localization::text(u"Сначала скачайте модель Whisper: меню Orvane → «Настройки моделей…».");
-}
 
 } // namespace
 
@@ -79,7 +75,7 @@ QCoro::Task<> DictationController::begin()
     if (m_state != State::Idle)
         throw Error(Localization::text(u"Диктовка уже идёт."));
     if (modelFile().isEmpty())
-        refuse(Localization::text(u"Нет модели"), howToGetAModel());
+        refuse(Advice::onMissingModel());
     m_session.request_stop();
     m_session = std::stop_source();
     setLastError({});
@@ -93,8 +89,7 @@ QCoro::Task<> DictationController::begin()
 
 QCoro::Task<> DictationController::record(std::stop_token session)
 {
-    QString title = Localization::text(u"Не удалось начать запись");
-    QString failure;
+    std::optional<Advice> advice;
     try {
         if (!co_await m_scope(requestMicrophone(session), session))
             throw CaptureError::accessRefused();
@@ -102,17 +97,11 @@ QCoro::Task<> DictationController::record(std::stop_token session)
     } catch (const Cancelled &) {
         throw;
     } catch (const std::exception &error) {
-        failure = descriptionOf(error);
-        const auto *capture = dynamic_cast<const CaptureError *>(&error);
-        if (capture && capture->kind() == CaptureError::Kind::accessRefused) {
-            title = Localization::text(u"Нет доступа к микрофону");
-            failure = Localization::text(
-                u"Разрешите доступ в Системных настройках → Конфиденциальность и безопасность → Микрофон.");
-        }
+        advice = Advice::onFailedRecording(error);
     }
-    if (!failure.isEmpty()) {
+    if (advice) {
         end();
-        refuse(title, failure);
+        refuse(*advice);
     }
     setState(State::Recording);
     spawn(preload());
@@ -206,7 +195,7 @@ QCoro::Task<QString> DictationController::recognised(std::vector<float> samples,
         co_return QString();
     const QString model = modelFile();
     if (model.isEmpty())
-        throw Error(howToGetAModel());
+        throw Error(Advice::onMissingModel().detail);
     const QList<RawSegment> segments =
         co_await m_scope(m_services.engine.transcribe(std::move(samples), model, spokenLanguage.toString(),
                                                       WhisperServerEngine::NonSpeech::Suppress, session),
@@ -257,16 +246,16 @@ void DictationController::end()
     m_services.indicator.hide();
 }
 
-void DictationController::refuse(const QString &title, const QString &detail)
+void DictationController::refuse(const Advice &advice)
 {
-    presentGuidance(title, detail);
+    present(advice);
     throw Error(m_lastError);
 }
 
-void DictationController::presentGuidance(const QString &title, const QString &detail)
+void DictationController::present(const Advice &advice)
 {
-    setLastError(title + u": "_s + detail);
-    m_services.guidance.guide(title, detail);
+    setLastError(advice.title + u": "_s + advice.detail);
+    m_services.guidance.guide(advice.title, advice.detail);
 }
 
 void DictationController::notifyModelNeededOnce()
@@ -274,10 +263,7 @@ void DictationController::notifyModelNeededOnce()
     if (m_services.defaults.boolean(hintShownKey).value_or(false))
         return;
     m_services.defaults.set(hintShownKey, true);
-    presentGuidance(
-        Localization::text(u"Нужна модель для этого режима"),
-        Localization::text(u"Режимы «Письмо» и «Промпт» обрабатывают речь языковой моделью. Настройте её в "
-                           "Настройки → «Коррекция». Сейчас вставлен распознанный текст без обработки."));
+    present(Advice::onMissingLanguageModel());
 }
 
 QString DictationController::modelFile() const

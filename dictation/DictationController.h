@@ -16,6 +16,7 @@
 
 namespace orvane {
 
+struct Advice;
 class AppSettings;
 class DictationIndicator;
 class Guidance;
@@ -104,8 +105,8 @@ private:
     QCoro::Task<> paste(Dictated dictated, std::stop_token session);
 
     void end();
-    [[noreturn]] void refuse(const QString &title, const QString &detail);
-    void presentGuidance(const QString &title, const QString &detail);
+    [[noreturn]] void refuse(const Advice &advice);
+    void present(const Advice &advice);
     void notifyModelNeededOnce();
     /// The file of the model to recognise with; empty when none is downloaded.
     [[nodiscard]] QString modelFile() const;
