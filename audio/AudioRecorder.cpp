@@ -142,11 +142,6 @@ void AudioRecorder::flushChunk()
     m_samples->flushChunk();
 }
 
-std::vector<float> AudioRecorder::drainPendingChunk()
-{
-    return m_samples->takePendingChunk();
-}
-
 void AudioRecorder::takeNews()
 {
     const std::shared_ptr<Recording> recording = m_recording;

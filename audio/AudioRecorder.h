@@ -55,17 +55,13 @@ public:
     /// Ends it at once and forgets its samples: the next start() need not wait for them.
     void discard();
 
-    /// From the next samples on: hands out what is recorded in chunks of at least so many seconds, or,
-    /// without a handler, keeps it for drainPendingChunk(). 0 and {} for stop() to return it, as at first.
+    /// From the next samples on: hands out what is recorded in chunks of at least so many seconds. 0 and {}
+    /// for stop() to return it, as at first.
     void setChunks(double seconds, ChunkHandler handler);
 
     /// Hands what is recorded so far and was in no chunk yet to the handler, in its order with all other
     /// chunks, before this returns.
     void flushChunk();
-
-    /// What no chunk has held yet, up to the last samples once stop() has resumed; empties it. Unlike
-    /// flushChunk() it says nothing about the order with a chunk that is being handed out meanwhile.
-    [[nodiscard]] std::vector<float> drainPendingChunk();
 
     /// From the resuming of start() to the end of the recording.
     [[nodiscard]] bool isRunning() const { return m_isRunning; }

@@ -67,10 +67,4 @@ std::vector<float> CapturedSamples::takeAll()
     return std::exchange(m_all, {});
 }
 
-std::vector<float> CapturedSamples::takePendingChunk()
-{
-    const std::lock_guard lock(m_mutex);
-    return std::exchange(m_chunk, {});
-}
-
 } // namespace orvane

@@ -30,8 +30,6 @@ public:
 
     /// All that was added while there were no chunks; nothing of it is kept.
     [[nodiscard]] std::vector<float> takeAll();
-    /// What no chunk has held yet; nothing of it is kept.
-    [[nodiscard]] std::vector<float> takePendingChunk();
 
 private:
     void handOut(size_t minSize) noexcept;

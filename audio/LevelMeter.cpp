@@ -16,8 +16,6 @@ void LevelMeter::Sums::add(std::span<const float> samples)
 
 float LevelMeter::Sums::loudness() const
 {
-    if (count == 0)
-        return 0;
     const auto rms = float(std::sqrt(squares / double(count)));
     const float raw = std::min(std::max(rms * 16, peak * 4), 1.0F);
     const float shown = std::pow(raw, 0.6F);
@@ -32,22 +30,11 @@ void LevelMeter::add(std::span<const float> samples, const std::function<void(fl
         samples = samples.subspan(fitting);
         if (m_block.count < blockSize)
             return;
-        m_level = smoothed(m_level, m_block.loudness());
+        const float loudness = m_block.loudness();
+        m_level += (loudness - m_level) * (loudness > m_level ? 0.55F : 0.18F);
         m_block = {};
         measured(m_level);
     }
-}
-
-float LevelMeter::loudness(std::span<const float> samples)
-{
-    Sums sums;
-    sums.add(samples);
-    return sums.loudness();
-}
-
-float LevelMeter::smoothed(float previous, float next)
-{
-    return previous + (next - previous) * (next > previous ? 0.55F : 0.18F);
 }
 
 } // namespace orvane

@@ -18,11 +18,6 @@ public:
     /// they come.
     void add(std::span<const float> samples, const std::function<void(float)> &measured);
 
-    /// The loudness of these samples alone, before smoothing.
-    [[nodiscard]] static float loudness(std::span<const float> samples);
-    /// What is shown after `previous` when the loudness is `next`.
-    [[nodiscard]] static float smoothed(float previous, float next);
-
 private:
     struct Sums
     {

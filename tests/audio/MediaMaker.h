@@ -42,8 +42,14 @@ inline QStringList stereo(int sourceRate = 44100, double seconds = 2)
 
 inline const QStringList picture = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc=s=64x48:r=10:d=2"_s};
 
-// Empty unless the samples are that tone and nothing else, for about that long.
-inline QString faultOf(const std::vector<float> &samples, double seconds = 2, double amplitude = level)
+// Whether the tone is in there at its level.
+inline bool hasTone(std::span<const float> samples)
+{
+    return std::abs(amplitudeAt(pitch, samples) - level) < 0.04;
+}
+
+// Empty when the samples are the tone and nothing else, for about that long.
+inline QString faultOf(const std::vector<float> &samples, double seconds = 2)
 {
     const auto count = double(samples.size());
     if (std::abs(count - seconds * sampleRate) > 0.06 * sampleRate) // what encoders add or cut at the ends
@@ -53,8 +59,8 @@ inline QString faultOf(const std::vector<float> &samples, double seconds = 2, do
     const auto middle = std::span(samples).subspan(samples.size() / 4, samples.size() / 2);
     const double found = amplitudeAt(pitch, middle);
     const double all = wholeAmplitude(middle);
-    if (std::abs(found - amplitude) > 0.06 * amplitude || std::abs(all - found) > 0.02 * amplitude)
-        return u"amplitude %1, whole %2 instead of %3"_s.arg(found).arg(all).arg(amplitude);
+    if (std::abs(found - level) > 0.06 * level || std::abs(all - found) > 0.02 * level)
+        return u"amplitude %1, whole %2 instead of %3"_s.arg(found).arg(all).arg(level);
     return {};
 }
 
@@ -76,6 +82,7 @@ public:
         return at(name);
     }
 
+    // Writes that into a file; its path.
     QString put(const QString &name, const QByteArray &content) const
     {
         QFile file(at(name));
@@ -100,12 +107,12 @@ public:
         }
     }
 
-    // Empty unless the file decodes to the tone.
-    QString faultOfFile(const QString &path, double seconds = 2) const
+    // Empty when the file decodes to the tone.
+    QString faultOfFile(const QString &path) const
     {
         try {
             const AudioDecoder::Sound sound = m_decoder.decode(path);
-            return sound.damagedFrom ? u"damaged"_s : faultOf(sound.samples, seconds);
+            return sound.damagedFrom ? u"damaged"_s : faultOf(sound.samples);
         } catch (const Error &error) {
             return error.description();
         }

@@ -1,6 +1,5 @@
 #include "tests/audio/MediaMaker.h"
 
-#include <QStandardPaths>
 #include <QTest>
 #include <QtEndian>
 
@@ -19,7 +18,6 @@ class TestAudioDecoder : public QObject
     const MediaMaker m_media;
 
 private Q_SLOTS:
-    void initTestCase();
     void decodes_data();
     void decodes();
     void unknownLayout_data();
@@ -34,14 +32,7 @@ private Q_SLOTS:
     void duration();
     void cancels();
     void withoutModule();
-    void onManyThreads();
 };
-
-void TestAudioDecoder::initTestCase()
-{
-    QVERIFY2(!QStandardPaths::findExecutable(u"ffmpeg"_s).isEmpty(),
-             "The ffmpeg program makes the files for this test and is not installed.");
-}
 
 void TestAudioDecoder::decodes_data()
 {
@@ -53,11 +44,8 @@ void TestAudioDecoder::decodes_data()
     };
     const auto as = [](const char *codec) { return QStringList{u"-c:a"_s, QString::fromLatin1(codec)}; };
     row(u"16.wav"_s, stereo());
-    row(u"24bit.wav"_s, stereo(192000), as("pcm_s24le"));
     row(u"mulaw.wav"_s, tone(8000, u"mono"_s, 1), as("pcm_mulaw"));
-    row(u"5.1.flac"_s, tone(48000, u"5.1"_s, 6));
     row(u"a.mp3"_s, stereo());
-    row(u"a.m4a"_s, stereo());
     row(u"surround.opus"_s, tone(48000, u"5.1"_s, 6), as("libopus") + QStringList{u"-b:a"_s, u"400k"_s});
     row(u"a.mp4"_s, picture + stereo());
     const QStringList still = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc=s=64x48:r=1:d=1"_s};
@@ -80,7 +68,7 @@ void TestAudioDecoder::decodes()
 void TestAudioDecoder::unknownLayout_data()
 {
     QTest::addColumn<int>("channels");
-    for (const int channels : {3, 9, 64})
+    for (const int channels : {3, 64})
         QTest::addRow("%d channels", channels) << channels;
 }
 
@@ -138,32 +126,28 @@ void TestAudioDecoder::notANumber()
 
 void TestAudioDecoder::changesOnTheWay_data()
 {
-    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("suffix");
     QTest::addColumn<QStringList>("firstArguments");
-    QTest::addColumn<QString>("second");
     QTest::addColumn<QStringList>("secondArguments");
-    QTest::newRow("sampleRate and channels")
-        << u"1.aac"_s << stereo(44100, 1) << u"2.aac"_s << tone(22050, u"mono"_s, 1, 1);
-    QTest::newRow("chained Opus") << u"1.opus"_s << stereo(48000, 1) << u"2.opus"_s << stereo(48000, 1);
-    QTest::newRow("MP3 of another sampleRate")
-        << u"1.mp3"_s << stereo(44100, 1) << u"2.mp3"_s << stereo(48000, 1);
+    QTest::newRow("rate and channels") << u"aac"_s << stereo(44100, 1) << tone(22050, u"mono"_s, 1, 1);
+    QTest::newRow("chained Opus") << u"opus"_s << stereo(48000, 1) << stereo(48000, 1);
+    QTest::newRow("MP3 of another rate") << u"mp3"_s << stereo(44100, 1) << stereo(48000, 1);
 }
 
 void TestAudioDecoder::changesOnTheWay()
 {
-    QFETCH(const QString, first);
+    QFETCH(const QString, suffix);
     QFETCH(const QStringList, firstArguments);
-    QFETCH(const QString, second);
     QFETCH(const QStringList, secondArguments);
-    const QByteArray both = m_media.contentOf(m_media.make(first, firstArguments)) +
-                            m_media.contentOf(m_media.make(second, secondArguments));
+    const QByteArray both = m_media.contentOf(m_media.make(u"1."_s + suffix, firstArguments)) +
+                            m_media.contentOf(m_media.make(u"2."_s + suffix, secondArguments));
     const std::vector<float> samples =
-        m_media.decoder().decode(m_media.put(u"both-"_s + first, both)).samples;
+        m_media.decoder().decode(m_media.put(u"both."_s + suffix, both)).samples;
     const double seconds = double(samples.size()) / sampleRate;
     QVERIFY2(std::abs(seconds - 2) < 0.15, qPrintable(QString::number(seconds)));
     const auto all = std::span(samples);
-    QVERIFY(std::abs(amplitudeAt(pitch, all.subspan(sampleRate / 4, sampleRate / 2)) - level) < 0.04);
-    QVERIFY(std::abs(amplitudeAt(pitch, all.last(3 * sampleRate / 4).first(sampleRate / 2)) - level) < 0.04);
+    QVERIFY(hasTone(all.subspan(sampleRate / 4, sampleRate / 2)));
+    QVERIFY(hasTone(all.last(3 * sampleRate / 4).first(sampleRate / 2)));
 }
 
 void TestAudioDecoder::lengthNotReported()
@@ -184,14 +168,12 @@ void TestAudioDecoder::duration_data()
     QTest::addColumn<int>("milliseconds"); // −1: none
     QTest::newRow("m4a") << m_media.make(u"length.m4a"_s, stereo(44100, 3)) << 3000;
     QTest::newRow("MP3") << m_media.make(u"length.mp3"_s, stereo(44100, 3)) << 3000;
-    QTest::newRow("Opus") << m_media.make(u"length.opus"_s, stereo(48000, 3)) << 3000;
     QTest::newRow("shorter than the video")
         << m_media.make(u"length.mp4"_s,
                         QStringList{u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc=s=64x48:r=10:d=5"_s} +
                             stereo(44100, 3))
         << 3000;
     QTest::newRow("no sound") << m_media.make(u"length-silent.mp4"_s, picture) << -1;
-    QTest::newRow("text") << m_media.put(u"length.txt"_s, "text") << -1;
 }
 
 void TestAudioDecoder::duration()
@@ -232,29 +214,12 @@ void TestAudioDecoder::withoutModule()
     decoder.requireReadable(path);
     QVERIFY(!decoder.duration(path));
     try {
-        const auto sound = decoder.decode(path);
+        (void)decoder.decode(path);
         QFAIL("decoded without the module");
     } catch (const AudioDecoderError &error) {
         QCOMPARE(error.kind(), Kind::couldNotOpen);
-        QVERIFY(error.description().startsWith(
-            u"Не удалось открыть файл: модуль декодирования не загрузился; переустановите"_s));
+        QVERIFY(error.description().contains(u"модуль декодирования не загрузился; переустановите"_s));
     }
-}
-
-void TestAudioDecoder::onManyThreads()
-{
-    const AudioDecoder decoder(QStringLiteral(ORVANE_RESOURCES));
-    const QString path = m_media.make(u"threads.m4a"_s, stereo());
-    std::vector<std::vector<float>> results(4);
-    {
-        std::vector<std::jthread> threads;
-        threads.reserve(results.size());
-        for (std::vector<float> &result : results)
-            threads.emplace_back([&] { result = decoder.decode(path).samples; });
-    }
-    QCOMPARE(faultOf(results.front()), QString());
-    for (const std::vector<float> &result : results)
-        QVERIFY(result == results.front());
 }
 
 QTEST_GUILESS_MAIN(TestAudioDecoder)

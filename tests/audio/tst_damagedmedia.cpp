@@ -1,22 +1,40 @@
-#include "FailingReads.h"
-
-#include "base/localization/Localization.h"
 #include "tests/audio/MediaMaker.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
-#include <QStandardPaths>
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <QTest>
 
+#include <atomic>
+#include <cerrno>
+#include <limits>
+
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
 using namespace orvane::test;
-using Kind = AudioDecoderError::Kind;
+
+namespace {
+
+constexpr auto never = std::numeric_limits<qint64>::max();
+std::atomic<qint64> s_failsFrom = never; // as on a damaged disk
+
+} // namespace
+
+// Takes the place of the C library's function in this program.
+extern "C" ssize_t pread(int fd, void *buf, size_t nbytes, off_t offset)
+{
+    const qint64 left = s_failsFrom - offset;
+    if (left <= 0) {
+        errno = EIO;
+        return -1;
+    }
+    return syscall(SYS_pread64, fd, buf, std::min(nbytes, size_t(left)), offset);
+}
 
 class TestDamagedMedia : public QObject
 {
@@ -25,13 +43,8 @@ class TestDamagedMedia : public QObject
     const MediaMaker m_media;
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanup() { Localization::setLanguage(u"ru"_s); }
     void refuses_data();
     void refuses();
-    void refusesInEnglish();
-    void namesAreNotAddresses_data();
-    void namesAreNotAddresses();
     void opensNothingElse_data();
     void opensNothingElse();
     void readErrors_data();
@@ -44,12 +57,6 @@ private Q_SLOTS:
     void survivesAnyDamage();
 };
 
-void TestDamagedMedia::initTestCase()
-{
-    QVERIFY2(!QStandardPaths::findExecutable(u"ffmpeg"_s).isEmpty(),
-             "The ffmpeg program makes the files for this test and is not installed.");
-}
-
 void TestDamagedMedia::refuses_data()
 {
     QTest::addColumn<QString>("path");
@@ -60,23 +67,11 @@ void TestDamagedMedia::refuses_data()
     };
     const QString notMedia = u"Не удалось открыть файл: это не аудио и не видео, или файл повреждён"_s;
     row("missing", m_media.at(u"missing.mp3"_s), u"Не удалось открыть файл: файл не найден"_s);
-    row("below a file", m_media.put(u"plain"_s, "x") + u"/a.mp3"_s,
-        u"Не удалось открыть файл: файл не найден"_s);
     row("folder", m_media.folder(), u"Не удалось открыть файл: это папка"_s);
     row("empty", m_media.put(u"empty.mp3"_s, {}), u"Не удалось открыть файл: файл пуст"_s);
     row("text", m_media.put(u"text.mp3"_s, QByteArray("Not a sound. ").repeated(900)), notMedia);
-    row("short text", m_media.put(u"short.m4a"_s, "hello"), notMedia);
-    row("zeros", m_media.put(u"zeros.wav"_s, QByteArray(100'000, '\0')), notMedia);
-
     ::mkfifo(QFile::encodeName(m_media.at(u"pipe.wav"_s)).constData(), 0600);
     row("pipe", m_media.at(u"pipe.wav"_s), u"Не удалось открыть файл: это не обычный файл"_s);
-    if (::geteuid() != 0) {
-        QFile::setPermissions(m_media.put(u"secret.wav"_s, "x"), QFile::Permissions());
-        row("no access", m_media.at(u"secret.wav"_s), u"Не удалось открыть файл: нет доступа"_s);
-    } else {
-        qInfo("Without the row \"no access\": to root every file is open.");
-    }
-
     QByteArray m4a = m_media.contentOf(m_media.make(u"whole.m4a"_s, stereo()));
     row("m4a cut before its index", m_media.put(u"cut.m4a"_s, m4a.first(m4a.size() - 500)), notMedia);
     const qsizetype data = m4a.indexOf("mdat") + 4;
@@ -90,8 +85,6 @@ void TestDamagedMedia::refuses_data()
     row("unknown codec", m_media.put(u"codec.mka"_s, mkv.replace("A_OPUS", "A_ODD1")),
         u"Ошибка декодирования аудио: формат звука не поддерживается: none"_s);
     row("no sound", m_media.make(u"silent.mp4"_s, picture), u"В файле нет аудиодорожки."_s);
-    row("picture", m_media.make(u"picture.png"_s, picture + QStringList{u"-frames:v"_s, u"1"_s}),
-        u"В файле нет аудиодорожки."_s);
     row("no samples",
         m_media.put(u"header.wav"_s, m_media.contentOf(m_media.make(u"header.wav"_s, stereo())).first(78)),
         u"В файле не найдено аудиоданных."_s);
@@ -103,54 +96,17 @@ void TestDamagedMedia::refuses()
     QTEST(m_media.failure(path), "text");
 }
 
-void TestDamagedMedia::refusesInEnglish()
-{
-    Localization::setLanguage(u"en"_s);
-    QCOMPARE(m_media.failure(m_media.at(u"missing.mp3"_s)), u"Could not open the file: file not found"_s);
-    try {
-        m_media.decoder().requireReadable(m_media.folder());
-        QFAIL("a folder passed");
-    } catch (const AudioDecoderError &error) {
-        QCOMPARE(error.kind(), Kind::couldNotOpen);
-        QCOMPARE(error.description(), u"Could not open the file: it is a folder"_s);
-    }
-}
-
-void TestDamagedMedia::namesAreNotAddresses_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name : {"-", "concat:a.wav|b.wav", "http:", "%d.jpg"})
-        QTest::newRow(name) << QString::fromLatin1(name);
-}
-
-void TestDamagedMedia::namesAreNotAddresses()
-{
-    QFETCH(const QString, name);
-    const QString former = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(m_media.folder()));
-    QFile::remove(name);
-    const QString missing = m_media.failure(name);
-    QFile::copy(m_media.make(u"plain.wav"_s, stereo()), name);
-    const std::vector<float> samples = m_media.decoder().decode(name).samples;
-    QDir::setCurrent(former);
-    QCOMPARE(missing, u"Не удалось открыть файл: файл не найден"_s);
-    QCOMPARE(faultOf(samples), QString());
-}
-
 void TestDamagedMedia::opensNothingElse_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("content");
     QTest::newRow("address") << u"a.m3u8"_s
                              << u"#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n%1\n#EXT-X-ENDLIST\n"_s;
-    QTest::newRow("key")
-        << u"c.m3u8"_s
-        << u"#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXT-X-KEY:METHOD=AES-128,URI=\"%1\"\n#EXTINF:9,\n%2\n#EXT-X-ENDLIST\n"_s;
     QTest::newRow("neighbour")
-        << u"d.m3u8"_s << u"#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nplain.ts\n#EXT-X-ENDLIST\n"_s;
-    QTest::newRow("list of addresses") << u"f.ffconcat"_s << u"ffconcat version 1.0\nfile '%1'\n"_s;
+        << u"b.m3u8"_s << u"#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nplain.ts\n#EXT-X-ENDLIST\n"_s;
+    QTest::newRow("list of addresses") << u"c.ffconcat"_s << u"ffconcat version 1.0\nfile '%1'\n"_s;
     QTest::newRow("manifest")
-        << u"h.mpd"_s
+        << u"d.mpd"_s
         << u"<?xml version=\"1.0\"?><MPD xmlns=\"urn:mpeg:dash:schema:mpd:2011\" type=\"static\" mediaPresentationDuration=\"PT9S\"><Period><AdaptationSet mimeType=\"audio/mp4\"><Representation id=\"0\" bandwidth=\"9\"><BaseURL>%1</BaseURL></Representation></AdaptationSet></Period></MPD>"_s;
 }
 
@@ -161,8 +117,7 @@ void TestDamagedMedia::opensNothingElse()
     m_media.make(u"plain.ts"_s, stereo());
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
-    const QString address = u"http://127.0.0.1:%1/a.ts"_s.arg(server.serverPort());
-    content.replace(u"%1"_s, address).replace(u"%2"_s, u"file://"_s + m_media.at(u"plain.ts"_s));
+    content.replace(u"%1"_s, u"http://127.0.0.1:%1/a.ts"_s.arg(server.serverPort()));
     const QString text = m_media.failure(m_media.put(name, content.toUtf8()));
     QVERIFY2(text.startsWith(u"Не удалось открыть файл: "_s), qUtf8Printable(text));
     QVERIFY(!server.waitForNewConnection(0));
@@ -170,21 +125,21 @@ void TestDamagedMedia::opensNothingElse()
 
 void TestDamagedMedia::readErrors_data()
 {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<qint64>("from");
-    const QString wav = m_media.make(u"errors.wav"_s, stereo());
-    const QString m4a = m_media.make(u"errors.m4a"_s, stereo(44100, 20));
-    QTest::newRow("in the middle") << wav << qint64(100'000);
-    QTest::newRow("container") << m4a << qint64(100'000);
-    QTest::newRow("Ogg") << m_media.make(u"errors.ogg"_s, stereo(44100, 60)) << qint64(70'000);
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("seconds");
+    QTest::newRow("in the middle") << u"errors.wav"_s << 2;
+    QTest::newRow("container") << u"errors.m4a"_s << 20;
+    QTest::newRow("Ogg") << u"errors.ogg"_s << 60;
 }
 
 void TestDamagedMedia::readErrors()
 {
-    QFETCH(const QString, path);
-    QFETCH(const qint64, from);
-    QVERIFY(QFileInfo(path).size() > from);
-    const FailingReads failing(from);
+    QFETCH(const QString, name);
+    QFETCH(const int, seconds);
+    const QString path = m_media.make(name, stereo(44100, seconds));
+    const auto whole = qScopeGuard([] { s_failsFrom = never; });
+    s_failsFrom = 80'000;
+    QVERIFY(QFileInfo(path).size() > s_failsFrom);
     QCOMPARE(m_media.failure(path), u"Ошибка декодирования аудио: ошибка чтения"_s);
 }
 
@@ -193,7 +148,6 @@ void TestDamagedMedia::endsEarly_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("MP3") << u"early.mp3"_s << stereo(44100, 20);
-    QTest::newRow("FLAC") << u"early.flac"_s << stereo(44100, 20);
     QTest::newRow("m4a, index first")
         << u"early.m4a"_s << stereo(44100, 20) + QStringList{u"-movflags"_s, u"faststart"_s};
     QTest::newRow("Matroska") << u"early.mka"_s << stereo(44100, 20);
@@ -216,46 +170,38 @@ void TestDamagedMedia::endsEarly()
 void TestDamagedMedia::skipsDamage_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("MP3") << u"damaged.mp3"_s << stereo(44100, 4);
-    QTest::newRow("m4a") << u"damaged.m4a"_s << stereo(44100, 4);
+    QTest::newRow("MP3") << u"damaged.mp3"_s;
+    QTest::newRow("m4a") << u"damaged.m4a"_s;
 }
 
 void TestDamagedMedia::skipsDamage()
 {
     QFETCH(const QString, name);
-    QFETCH(const QStringList, arguments);
-    QByteArray bytes = m_media.contentOf(m_media.make(name, arguments));
+    QByteArray bytes = m_media.contentOf(m_media.make(name, stereo(44100, 4)));
     QRandomGenerator random(7);
     for (qsizetype place = bytes.size() / 2; place < bytes.size() / 2 + 600; ++place)
         bytes[place] = char(random.generate());
     const std::vector<float> samples = m_media.decoder().decode(m_media.put(name, bytes)).samples;
     const double seconds = double(samples.size()) / sampleRate;
     QVERIFY2(seconds > 2.5 && seconds < 4.5, qPrintable(QString::number(seconds)));
-    QVERIFY(std::abs(amplitudeAt(pitch, std::span(samples).first(sampleRate)) - level) < 0.04);
-    QVERIFY(std::abs(amplitudeAt(pitch, std::span(samples).last(sampleRate).first(sampleRate / 2)) - level) <
-            0.04);
+    QVERIFY(hasTone(std::span(samples).first(sampleRate)));
+    QVERIFY(hasTone(std::span(samples).last(sampleRate).first(sampleRate / 2)));
 }
 
 void TestDamagedMedia::survivesAnyDamage_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QStringList>("arguments");
-    const auto row = [](const QString &name, const QStringList &arguments) {
-        QTest::newRow(qUtf8Printable(name)) << name << arguments;
-    };
-    row(u"any.wav"_s, stereo(44100, 0.3));
-    row(u"any.mp3"_s, stereo(44100, 0.3));
-    row(u"any.m4a"_s, stereo(44100, 0.3));
-    row(u"any.ogg"_s, stereo(44100, 0.3));
-    row(u"any.mkv"_s, picture + stereo(44100, 0.3));
+    QTest::addColumn<QString>("suffix");
+    for (const char *suffix : {"wav", "mp3", "m4a", "ogg", "mkv"})
+        QTest::newRow(suffix) << QString::fromLatin1(suffix);
 }
 
 void TestDamagedMedia::survivesAnyDamage()
 {
-    QFETCH(const QString, name);
-    QFETCH(const QStringList, arguments);
-    const QByteArray whole = m_media.contentOf(m_media.make(name, arguments));
+    QFETCH(const QString, suffix);
+    const QString name = u"any."_s + suffix;
+    const QStringList sound = stereo(44100, 0.3);
+    const QByteArray whole =
+        m_media.contentOf(m_media.make(name, suffix == u"mkv" ? picture + sound : sound));
     QRandomGenerator random(42);
     for (int round = 0; round < 8; ++round) {
         QByteArray bytes = whole;

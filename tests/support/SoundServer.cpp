@@ -7,6 +7,8 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <sys/resource.h>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane::test {
@@ -72,6 +74,17 @@ void SoundServer::refuseThisProcess(quint16 freePort) const
     control({u"load-module"_s, u"module-native-protocol-tcp"_s, u"listen=127.0.0.1"_s,
              u"port=%1"_s.arg(freePort), u"auth-cookie="_s + m_folder.filePath(u"cookie-of-others"_s)});
     qputenv("PULSE_SERVER", u"tcp:127.0.0.1:%1"_s.arg(freePort).toUtf8());
+}
+
+void SoundServer::breakRecordingHere()
+{
+    // The audio thread waits for more files than that.
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit few{.rlim_cur = 1, .rlim_max = files.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    QThread::msleep(500);
+    setrlimit(RLIMIT_NOFILE, &files);
 }
 
 void SoundServer::crash()

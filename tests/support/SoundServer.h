@@ -59,6 +59,9 @@ public:
     /// From the next recording on this process reaches the server through a door that is closed to it.
     void refuseThisProcess(quint16 freePort) const;
 
+    /// Ends what this process records, as a failure of the system does.
+    static void breakRecordingHere();
+
     /// Ends the server, as a crash does.
     void crash();
     /// Begins anew at the same address, without microphones.
