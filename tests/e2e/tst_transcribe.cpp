@@ -217,6 +217,26 @@ private Q_SLOTS:
         QCOMPARE(orvane.recordFiles(), QStringList());
     }
 
+    void saysFromWhereAFileIsDamaged()
+    {
+        OrvaneProgram orvane;
+        orvane.install(u"base"_s);
+        const QString media = orvane.path(u"a.flac"_s);
+        makeMedia({u"-stream_loop"_s, u"2"_s, u"-i"_s, fixture(u"jfk.wav"_s), media});
+        const QByteArray whole = contentOf(media);
+        put(media, whole.first(whole.size() / 3));
+
+        const auto result =
+            orvane.run({u"transcribe"_s, media, u"--language"_s, u"en"_s, u"--format"_s, u"json"_s});
+
+        QCOMPARE(result.exitCode, 0);
+        const QString damage = u"файл повреждён с 0:1"_s;
+        QVERIFY2(QString::fromUtf8(result.complaints).contains(damage), result.complaints.constData());
+        const QJsonObject record = QJsonDocument::fromJson(result.output).object();
+        VERIFY_WORDS(record[u"text"_s].toString(), said);
+        QVERIFY(record[u"events"_s].toArray().last()[u"text"_s].toString().startsWith(damage));
+    }
+
     void transcribesARecordAnew()
     {
         OrvaneProgram orvane;
