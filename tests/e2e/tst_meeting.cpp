@@ -3,6 +3,7 @@
 #include "tests/support/WordError.h"
 
 #include <QDir>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
@@ -64,6 +65,7 @@ private:
 void MeetingTest::initTestCase()
 {
     m_program.install(u"base"_s);
+    m_program.setPreferences(R"({"detectSpeakers":true})");
     const auto nobody = meeting(u"start"_s);
     QCOMPARE(nobody.exitCode, 1);
     QCOMPARE(nobody.complaints.count('\n'), 1);
@@ -111,6 +113,8 @@ void MeetingTest::recordsAndTranscribes()
     QCOMPARE(record[u"kind"_s].toString(), u"meeting"_s);
     QCOMPARE(record[u"audioFileName"_s].toString(), recordings().value(0));
     VERIFY_WORDS(record[u"text"_s].toString(), said());
+    for (const QJsonValue segment : record[u"segments"_s].toArray())
+        QVERIFY(segment[u"speaker"_s].toInteger() > 0);
     QCOMPARE(meeting(u"transcribe"_s).exitCode, 1); // nothing is left over
 }
 
