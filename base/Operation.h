@@ -20,8 +20,8 @@ namespace orvane {
 
 class Operation;
 
-/// Where work tells how far it is. Copied freely; what is reported after the work's run has ended goes nowhere,
-/// and so does everything reported to a default-made one. Main thread.
+/// Where work tells how far it is. Copied freely; what is reported after the work's run has ended goes
+/// nowhere, and so does everything reported to a default-made one. Main thread.
 class Progress
 {
 public:

@@ -21,7 +21,7 @@ struct Described
     {
         const bool withSpeakers = options.speakers == TranscriptionService::SpeakerDetection::On;
         const bool isKept = options.history == TranscriptionService::History::Save;
-        return u"transcribe %1 model=%2 language=%3 to=%4.%5%6%7"_s.arg(
+        return u"transcribe %1 model=%2 language=%3 to=%4%5%6%7"_s.arg(
             options.files.join(u'|'), options.model, options.language, options.output,
             extension(options.format), withSpeakers ? u" speakers"_s : u""_s, isKept ? u""_s : u" unkept"_s);
     }

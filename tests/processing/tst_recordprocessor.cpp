@@ -172,7 +172,10 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] RecordProcessor &processor() const { return m_services->recordProcessor(); }
-    [[nodiscard]] TranscriptRecord record() const { return QCoro::waitFor(m_services->history().record(m_record)); }
+    [[nodiscard]] TranscriptRecord record() const
+    {
+        return QCoro::waitFor(m_services->history().record(m_record));
+    }
 
     std::unique_ptr<FakeEngineHome> m_home;
     std::unique_ptr<QTemporaryDir> m_folder;
