@@ -141,7 +141,7 @@ void HistoryIndex::open()
         QDir().mkpath(folder);
         makePrivate(QFile::encodeName(folder));
     }
-    m_database.emplace(m_path);
+    m_database = std::make_unique<SqliteDatabase>(m_path);
     m_database->run(settings);
     if (presentVersion() != version)
         makeTables();

@@ -11,6 +11,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -82,7 +83,7 @@ private:
     QString m_path;
     bool m_wasMadeAnew = false;
     int m_generation = 0;
-    std::optional<SqliteDatabase> m_database;
+    std::unique_ptr<SqliteDatabase> m_database;
 };
 
 } // namespace orvane

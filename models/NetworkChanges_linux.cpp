@@ -33,9 +33,11 @@ int routeSocket()
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
     address.nl_groups = RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
-    if (descriptor >= 0)
-        ::bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof(address));
-    return descriptor;
+    if (descriptor < 0 ||
+        ::bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0)
+        return descriptor;
+    ::close(descriptor);
+    return -1;
 }
 
 } // namespace

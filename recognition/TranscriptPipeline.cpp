@@ -56,9 +56,12 @@ QString recognitionStatus()
     return Localization::text(u"Распознавание речи… (первый запуск движка — несколько секунд)");
 }
 
+/// The server fills what it could not read with silence, up to the length that the file tells.
 bool endsEarly(const Transcript &transcript)
 {
-    const qint64 heard = transcript.segments.isEmpty() ? 0 : transcript.segments.last().end;
+    const auto spoken =
+        std::find_if_not(transcript.segments.rbegin(), transcript.segments.rend(), isWithoutSpeech);
+    const qint64 heard = spoken == transcript.segments.rend() ? 0 : spoken->end;
     return transcript.length && 1ms * heard + usualSilence < *transcript.length;
 }
 
@@ -168,6 +171,11 @@ QCoro::Task<Transcript> TranscriptPipeline::checked(Transcript transcript, QStri
     if (endsEarly(transcript)) {
         auto look = [decoder = &m_decoder, audioPath, stop] { return damageOf(*decoder, audioPath, stop); };
         transcript.damagedFrom = co_await m_scope(offMainThread(&longWorkPool(), std::move(look)), stop);
+    }
+    if (const Length damagedFrom = transcript.damagedFrom) {
+        transcript.segments.removeIf([damagedFrom](const DisplaySegment &segment) {
+            return 1ms * segment.start >= *damagedFrom && isWithoutSpeech(segment);
+        });
     }
     co_return transcript;
 }

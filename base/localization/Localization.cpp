@@ -17,7 +17,7 @@ constexpr bool isFormedAlike(const TextPair &pair)
 {
     const auto count = [](std::u16string_view text, std::u16string_view piece) {
         int found = 0;
-        for (auto at = text.find(piece); at != text.npos; at = text.find(piece, at + 1))
+        for (auto at = text.find(piece); at != std::u16string_view::npos; at = text.find(piece, at + 1))
             ++found;
         return found;
     };

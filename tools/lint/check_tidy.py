@@ -82,7 +82,9 @@ class Checker:
             return None
         result = subprocess.run([TIDY, "--quiet", "-p", self.build, entry["file"]], capture_output=True, text=True)
         if result.returncode != 0:
-            return f"{result.stdout}{result.stderr}" or f"{entry['file']}: {TIDY} failed without a word"
+            finding = f"{result.stdout}{result.stderr}" or f"{entry['file']}: {TIDY} failed without a word"
+            print(finding, flush=True)
+            return finding
         if mark:
             mark.touch()
         return ""
@@ -103,7 +105,6 @@ def main(source, build):
         results = list(pool.map(checker.check, entries))
     checker.forget_old_marks()
     findings = [result for result in results if result]
-    print(*findings, sep="\n")
     print(f"{len(entries)} files: {results.count(None)} unchanged, {results.count('')} clean, {len(findings)} with findings")
     sys.exit(1 if findings else 0)
 
