@@ -1,6 +1,7 @@
 #include "audio/MediaFile.h"
 
 #include "audio/AudioDecoderError.h"
+#include "base/files/FileError.h"
 #include "base/localization/Localization.h"
 
 #include <QFile>
@@ -28,26 +29,12 @@ QByteArray plainSuffix(const QString &path)
     return std::ranges::all_of(suffix, isPlain) ? suffix : QByteArray();
 }
 
-QString reasonFor(int error)
-{
-    switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-        return Localization::text(u"файл не найден");
-    case EACCES:
-    case EPERM:
-        return Localization::text(u"нет доступа");
-    default:
-        return qt_error_string(error);
-    }
-}
-
 // Not blocking: opening a pipe that nobody writes to would wait forever.
 int openToRead(const QString &path)
 {
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
-        throw AudioDecoderError::couldNotOpen(reasonFor(errno));
+        throw AudioDecoderError::couldNotOpen(FileError::reason(errno));
     return descriptor;
 }
 
@@ -75,7 +62,7 @@ void MediaFile::requireContent()
 {
     struct stat status{};
     if (::fstat(m_descriptor, &status) != 0)
-        throw AudioDecoderError::couldNotOpen(reasonFor(errno));
+        throw AudioDecoderError::couldNotOpen(FileError::reason(errno));
     if (S_ISDIR(status.st_mode))
         throw AudioDecoderError::couldNotOpen(Localization::text(u"это папка"));
     if (!S_ISREG(status.st_mode))

@@ -20,7 +20,7 @@ QCoro::Task<> finish(QCoro::Task<int> task, std::optional<int> *status)
     try {
         *status = co_await std::move(task);
     } catch (const std::exception &error) { // whatever it is, the event loop must end
-        Output::complain(QString::fromUtf8(error.what()));
+        Output::complain(descriptionOf(error));
         *status = ExitStatus::failure;
     }
     QCoreApplication::quit();
