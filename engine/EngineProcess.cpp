@@ -1,6 +1,7 @@
 #include "engine/EngineProcess.h"
 
 #include "base/OneTimeEvent.h"
+#include "engine/ProcessControl.h"
 
 using namespace std::chrono_literals;
 
@@ -63,10 +64,10 @@ QCoro::Task<> end(Handle process)
 {
     if (!process || process->state() == QProcess::NotRunning)
         co_return;
-    process->terminate();
+    ProcessControl::terminateFamily(process->processId());
     if (co_await untilEnded(process, stopGrace))
         co_return;
-    process->kill();
+    ProcessControl::killFamily(process->processId());
     co_await untilEnded(process, killPatience);
 }
 

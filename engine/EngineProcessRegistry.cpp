@@ -44,7 +44,7 @@ void EngineProcessRegistry::terminateAll()
 {
     for (const QPointer<QProcess> &process : std::as_const(m_processes)) {
         if (isRunning(process))
-            process->terminate();
+            ProcessControl::terminateFamily(process->processId());
     }
     m_processes.clear();
     if (!m_pidFile.isEmpty())

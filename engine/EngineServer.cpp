@@ -73,8 +73,10 @@ QString EngineServer::findBinary() const
 
 QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
 {
-    while (const std::shared_ptr<OneTimeEvent> running = m_loading)
-        co_await m_scope(running->wait(stop), stop);
+    while (const std::shared_ptr<OneTimeEvent> running = m_loading) {
+        const AnyStop waiting(stop, m_stopping.get_token());
+        co_await m_scope(running->wait(waiting.token()), waiting.token());
+    }
     if (serves(modelPath))
         co_return;
 

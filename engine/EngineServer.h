@@ -91,8 +91,8 @@ public:
     /// The next load launches the server anew even for the same model. Nothing is stopped now.
     void requestRestart() { m_forceRestart = true; }
 
-    /// Asks the server to end; kills it if it has not after 2 s. Does not wait. A load under way ends with
-    /// Cancelled.
+    /// Asks the server to end; kills it if it has not after 2 s. Does not wait. A load under way, and those
+    /// that wait for it, end with Cancelled.
     void stop();
 
     /// The same, and returns once the process is gone, also when stop() was called before; or when the system

@@ -1,9 +1,12 @@
 #include "engine/ProcessControl.h"
 
+#include <QDir>
 #include <QFile>
+#include <QMultiHash>
 #include <QProcess>
 #include <QSet>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <sys/prctl.h>
@@ -34,6 +37,49 @@ QSet<QByteArray> listeningSockets(quint16 port)
     return sockets;
 }
 
+/// What /proc says of a process behind its name, which may hold blanks and brackets: state, parent, …
+QByteArrayList statOf(qint64 pid)
+{
+    QFile file(u"/proc/%1/stat"_s.arg(pid));
+    if (!file.open(QFile::ReadOnly))
+        return {};
+    const QByteArray stat = file.readAll();
+    return stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+}
+
+/// The process and all that descend from it.
+QList<qint64> familyOf(qint64 pid)
+{
+    QMultiHash<qint64, qint64> children;
+    for (const QString &name : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        if (const qint64 process = name.toLongLong(); process > 0)
+            children.insert(statOf(process).value(1).toLongLong(), process);
+    }
+    QList<qint64> family = {pid};
+    for (qsizetype i = 0; i < family.size(); ++i)
+        family += children.values(family.at(i));
+    return family;
+}
+
+// The group is there a moment after the process.
+void signalFamily(qint64 pid, int signal)
+{
+    if (pid > 0 && ::kill(static_cast<pid_t>(-pid), signal) != 0)
+        ::kill(static_cast<pid_t>(pid), signal);
+}
+
+bool holdsOneOf(const QSet<QByteArray> &sockets, qint64 pid)
+{
+    std::error_code error;
+    const std::filesystem::path folder = u"/proc/%1/fd"_s.arg(pid).toStdString();
+    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string target = std::filesystem::read_symlink(entry.path(), error).string();
+        if (sockets.contains(QByteArray::fromStdString(target)))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 QString executablePath(qint32 pid)
@@ -52,28 +98,27 @@ void terminate(qint32 pid)
     ::kill(pid, SIGTERM);
 }
 
+void terminateFamily(qint64 pid)
+{
+    signalFamily(pid, SIGTERM);
+}
+
+void killFamily(qint64 pid)
+{
+    signalFamily(pid, SIGKILL);
+}
+
 bool listensOn(qint64 pid, quint16 port)
 {
     const QSet<QByteArray> sockets = listeningSockets(port);
-    std::error_code error;
-    const std::filesystem::path folder = u"/proc/%1/fd"_s.arg(pid).toStdString();
-    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const std::string target = std::filesystem::read_symlink(entry.path(), error).string();
-        if (sockets.contains(QByteArray::fromStdString(target)))
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(familyOf(pid),
+                               [&sockets](qint64 process) { return holdsOneOf(sockets, process); });
 }
 
 std::chrono::milliseconds processorTime(qint64 pid)
 {
-    QFile file(u"/proc/%1/stat"_s.arg(pid));
-    if (!file.open(QFile::ReadOnly))
-        return {};
-    const QByteArray stat = file.readAll();
-    // After the name, which may hold blanks and brackets: state, …, user and system time in clock ticks.
-    const QByteArrayList fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    const qint64 ticks = fields.value(11).toLongLong() + fields.value(12).toLongLong();
+    const QByteArrayList stat = statOf(pid);
+    const qint64 ticks = stat.value(11).toLongLong() + stat.value(12).toLongLong(); // user and system
     return std::chrono::milliseconds(ticks * 1000 / ::sysconf(_SC_CLK_TCK));
 }
 

@@ -96,6 +96,7 @@ private Q_SLOTS:
     void stoppedWhileStarting_data();
     void stoppedWhileStarting();
     void anotherProgramOnThePort();
+    void serverBehindAScript();
     void stopping_data();
     void stopping();
     void abandonedRequest_data();
@@ -308,10 +309,12 @@ void TestEngineServer::stoppedWhileStarting()
     QFETCH(const QList<FakeAnswer>, probes);
     m_home->behave({.answers = {{u"/"_s, probes}}});
     const TaskResult load(m_engine->load(model()));
+    const TaskResult waiting(m_engine->load(model()));
     QTRY_VERIFY(!m_home->requests(u"/"_s).isEmpty());
     const TaskResult stopped(m_engine->stopAndWait());
-    QTRY_VERIFY(stopped.isDone() && load.isDone());
-    QVERIFY(load.isCancelled());
+    QTRY_VERIFY(stopped.isDone() && load.isDone() && waiting.isDone());
+    QVERIFY(load.isCancelled() && waiting.isCancelled());
+    QCOMPARE(m_home->launches().size(), 1);
     QVERIFY(!FakeEngineHome::isRunning(lastPid()));
 }
 
@@ -332,6 +335,17 @@ void TestEngineServer::anotherProgramOnThePort()
     const TaskResult load(m_engine->load(model()));
     QTRY_VERIFY(load.isDone());
     QCOMPARE(load.error(), u"not started: на его порту отвечает другая программа"_s);
+}
+
+void TestEngineServer::serverBehindAScript()
+{
+    QVERIFY(QFile::rename(m_home->executable(), m_home->executable() + u".real"_s));
+    makeFile(m_home->executable(), "#!/bin/sh\n\"$0.real\" \"$@\"\nexit $?\n", true);
+    const TaskResult load(m_engine->load(model()));
+    QTRY_VERIFY(load.isDone());
+    QVERIFY2(load.succeeded(), qPrintable(load.error()));
+    m_engine->stop();
+    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
 }
 
 void TestEngineServer::stopping_data()
