@@ -25,7 +25,7 @@ public:
     Q_DISABLE_COPY_MOVE(SingleInstance)
 
     /// Waits for an earlier run that has given its name up but not the data yet, and says so. What is to
-    /// answer under the name has to be on the bus already.
+    /// answer under the name has to be on the bus already. Throws FileError when the data cannot be locked.
     [[nodiscard]] Claim claim(const QString &dataFolder);
 
     /// This run ends: the next one that starts waits for it.

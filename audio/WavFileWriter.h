@@ -38,7 +38,8 @@ public:
     Q_DISABLE_COPY_MOVE(WavFileWriter)
 
     /// Adds samples in −1…1; what lies outside is clipped, NaN becomes silence. Needs 2 bytes of memory
-    /// per sample. Never fails: finalize() tells whether samples were lost. Ignored after finalize().
+    /// per sample, throws bad_alloc without and adds none of them. Never fails else: finalize() tells whether
+    /// samples were lost. Ignored after finalize().
     void append(std::span<const float> samples);
 
     /// Waits until what was appended so far is on the disk. Never fails: the system says only once that it

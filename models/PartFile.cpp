@@ -18,7 +18,10 @@ PartFile::PartFile(const QString &path) : m_file(path)
     for (;;) {
         if (!m_file.open(QFile::ReadWrite | QFile::Unbuffered))
             fail();
-        if (!FileControl::tryLock(m_file.handle()))
+        const FileControl::Locked locked = FileControl::tryLock(m_file.handle());
+        if (locked == FileControl::Locked::Failed)
+            fail();
+        if (locked == FileControl::Locked::ByAnother)
             throw DownloadError::alreadyRunning();
         if (FileControl::isOpenAs(m_file.handle(), path))
             return;

@@ -103,15 +103,17 @@ void setAside(const QString &file)
 /// as a whole in any case.
 std::optional<FileLock> lockOf(const QString &path)
 {
-    if (!QFileInfo(QFileInfo(path).path()).isWritable())
+    try {
+        const QDeadlineTimer deadline(maxWait);
+        std::optional<FileLock> lock = FileLock::tryLock(path + u".lock"_s);
+        while (!lock && !deadline.hasExpired()) {
+            QThread::msleep(5);
+            lock = FileLock::tryLock(path + u".lock"_s);
+        }
+        return lock;
+    } catch (const FileError &) {
         return std::nullopt;
-    const QDeadlineTimer deadline(maxWait);
-    std::optional<FileLock> lock = FileLock::tryLock(path + u".lock"_s);
-    while (!lock && !deadline.hasExpired()) {
-        QThread::msleep(5);
-        lock = FileLock::tryLock(path + u".lock"_s);
     }
-    return lock;
 }
 
 } // namespace

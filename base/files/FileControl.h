@@ -7,9 +7,10 @@
 /// What downloads need of the system beyond QFile, on an open file's handle.
 namespace orvane::FileControl {
 
+enum class Locked { Yes, ByAnother, Failed };
 /// Locks the file against every other handle, in this process and in others, until it is closed or the
-/// process ends. False when another has it.
-[[nodiscard]] bool tryLock(int handle);
+/// process ends.
+[[nodiscard]] Locked tryLock(int handle);
 
 /// Whether the path names the open file.
 [[nodiscard]] bool isOpenAs(int handle, const QString &path);

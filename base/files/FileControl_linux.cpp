@@ -10,9 +10,15 @@
 
 namespace orvane::FileControl {
 
-bool tryLock(int handle)
+Locked tryLock(int handle)
 {
-    return flock(handle, LOCK_EX | LOCK_NB) == 0;
+    int result = -1;
+    do
+        result = flock(handle, LOCK_EX | LOCK_NB);
+    while (result != 0 && errno == EINTR);
+    if (result == 0)
+        return Locked::Yes;
+    return errno == EWOULDBLOCK ? Locked::ByAnother : Locked::Failed;
 }
 
 bool isOpenAs(int handle, const QString &path)

@@ -1,6 +1,7 @@
 #include "base/files/FileLock.h"
 
 #include "base/files/FileControl.h"
+#include "base/files/FileError.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
@@ -30,11 +31,17 @@ std::optional<FileLock> FileLock::tryLock(const QString &path)
     const int descriptor =
         ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (descriptor < 0)
-        return std::nullopt;
+        throw FileError::notWritten(path, errno);
     FileLock lock(descriptor);
-    if (!FileControl::tryLock(descriptor))
+    switch (FileControl::tryLock(descriptor)) {
+    case FileControl::Locked::Yes:
+        return lock;
+    case FileControl::Locked::ByAnother:
         return std::nullopt;
-    return lock;
+    case FileControl::Locked::Failed:
+        throw FileError::notWritten(path, errno);
+    }
+    return std::nullopt;
 }
 
 std::optional<FileLock> FileLock::ofFolder(const QString &path)
@@ -44,12 +51,12 @@ std::optional<FileLock> FileLock::ofFolder(const QString &path)
         return std::nullopt;
     FileLock lock(descriptor);
     const QDeadlineTimer deadline(longestWait);
-    while (!FileControl::tryLock(descriptor)) {
-        if (errno != EWOULDBLOCK || deadline.hasExpired())
-            return std::nullopt;
+    FileControl::Locked locked = FileControl::tryLock(descriptor);
+    while (locked == FileControl::Locked::ByAnother && !deadline.hasExpired()) {
         std::this_thread::sleep_for(waitInterval);
+        locked = FileControl::tryLock(descriptor);
     }
-    return lock;
+    return locked == FileControl::Locked::Yes ? std::optional(std::move(lock)) : std::nullopt;
 }
 
 FileLock::FileLock(FileLock &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}

@@ -11,12 +11,12 @@ namespace orvane {
 class FileLock
 {
 public:
-    /// None when another holds it, or when the file cannot be opened. Makes the file if it is not there, for
-    /// its owner alone; it stays there afterwards.
+    /// None when another holds it; throws FileError when there can be no lock. Makes the file if it is not
+    /// there, for its owner alone; it stays there afterwards.
     [[nodiscard]] static std::optional<FileLock> tryLock(const QString &path);
 
     /// Of a folder that is there, against others who lock it so: without it what is in there can be changed
-    /// all the same. Waits a moment for another to give it up, none after that.
+    /// all the same. Waits a moment for another to give it up; none after that, and where there can be none.
     [[nodiscard]] static std::optional<FileLock> ofFolder(const QString &path);
 
     FileLock(FileLock &&other) noexcept;

@@ -7,8 +7,10 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -50,7 +52,13 @@ mode_t modeFor(const struct stat *replaced, FileAccess access)
 QByteArray nameBeside(const QByteArray &path)
 {
     static std::atomic<unsigned> number = 0;
-    return path + '.' + QByteArray::number(::getpid()) + '-' + QByteArray::number(++number) + ".tmp";
+    const QByteArray suffix =
+        '.' + QByteArray::number(::getpid()) + '-' + QByteArray::number(++number) + ".tmp";
+    // A name that is as long as a name may be is cut between two letters.
+    qsizetype end = std::min(path.size(), path.lastIndexOf('/') + 1 + NAME_MAX - suffix.size());
+    while (end < path.size() && (static_cast<unsigned char>(path[end]) & 0xC0U) == 0x80)
+        --end;
+    return path.first(end) + suffix;
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "base/files/FileControl.h"
 #include "base/files/FileError.h"
 #include "base/files/FileLock.h"
 #include "base/files/FileReplacement.h"
@@ -48,6 +49,7 @@ private Q_SLOTS:
     void replacesWithTheRightsAskedFor();
     void followsALink();
     void writesIntoAPipe();
+    void longestName();
     void failureLeavesWhatWasThere();
     void writersAtOnceLeaveOneWholeFile();
     void lockKeepsOthersOut();
@@ -96,6 +98,14 @@ void TestFiles::writesIntoAPipe()
     QVERIFY(QFile::remove(pipe));
 }
 
+void TestFiles::longestName()
+{
+    const QString file = path(QString(127, u'ж') + u'x'); // 255 bytes
+    replaceFile(file, "whole", FileAccess::Usual);
+    QCOMPARE(contentOf(file), "whole");
+    QVERIFY(QFile::remove(file));
+}
+
 void TestFiles::failureLeavesWhatWasThere()
 {
     const QStringList before = names();
@@ -138,7 +148,9 @@ void TestFiles::lockKeepsOthersOut()
     QVERIFY(!FileLock::tryLock(file));
     moved.reset();
     QVERIFY(FileLock::tryLock(file));
-    QVERIFY(!FileLock::tryLock(path(u"no/folder"_s)));
+    QCOMPARE(failureOf([&] { static_cast<void>(FileLock::tryLock(path(u"no/folder"_s))); }),
+             u"Не удалось записать файл «folder»: файл не найден"_s);
+    QCOMPARE(FileControl::tryLock(-1), FileControl::Locked::Failed);
 }
 
 QTEST_GUILESS_MAIN(TestFiles)
