@@ -6,6 +6,8 @@
 
 #include <QFileInfo>
 
+#include <new>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -45,6 +47,7 @@ MeetingRecorder::MeetingRecorder(std::unique_ptr<MeetingSource> source, Recorded
 MeetingRecorder::~MeetingRecorder()
 {
     m_scope.end();
+    m_source->flushChunk();
 }
 
 QCoro::Task<> MeetingRecorder::start()
@@ -94,6 +97,11 @@ QCoro::Task<bool> MeetingRecorder::finish()
 
 void MeetingRecorder::putOnDisk()
 {
+    if (m_writer->hasFailed() && m_problem.isEmpty()) {
+        m_problem = descriptionOf(std::bad_alloc());
+        Q_EMIT endedByItself();
+        return;
+    }
     m_source->flushChunk();
     m_writer->sync();
 }
@@ -124,6 +132,8 @@ QString MeetingRecorder::status() const
 QString MeetingRecorder::warning() const
 {
     const qint64 minutes = m_freeBytes / bytesPerMinute;
+    if (m_freeBytes >= 0 && minutes == 0)
+        return Localization::text(u"на диске нет места");
     if (m_freeBytes >= 0 && minutes < fewMinutes)
         return Localization::text(u"на диске осталось места на %1 мин").arg(minutes);
     return m_source->isSilent() ? Localization::text(u"микрофон молчит") : QString();

@@ -28,6 +28,7 @@ public:
     /// `path` names the meeting's audio, a file that is there already.
     MeetingRecorder(std::unique_ptr<MeetingSource> source, RecordedMeeting meeting, const QString &path,
                     FreeSpace freeSpace);
+    /// Whatever was recorded is written first.
     ~MeetingRecorder() override;
 
     /// Ends when the microphone records. Throws Error; the file is closed then.

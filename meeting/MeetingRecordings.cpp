@@ -16,6 +16,10 @@ MeetingRecordings::MeetingRecordings(const QString &folder, HistoryStore &histor
       m_folder(folder)
 {
     m_pool.setMaxThreadCount(1);
+    connect(&m_history, &HistoryStore::lastErrorChanged, this, [this] {
+        if (m_history.lastError().isEmpty() && !m_leftovers.isEmpty())
+            spawn(forgetSaved());
+    });
 }
 
 MeetingRecordings::~MeetingRecordings()
@@ -65,23 +69,33 @@ void MeetingRecordings::forget(const RecordedMeeting &meeting)
         Q_EMIT leftoversChanged();
 }
 
-QCoro::Task<> MeetingRecordings::findLeftovers()
+QCoro::Task<QString> MeetingRecordings::findLeftovers()
 {
     const auto find = [folder = &m_folder] { return folder->leftovers(); };
-    QList<RecordedMeeting> found = co_await m_scope(offMainThread(&m_pool, find));
-    if (found.isEmpty())
-        co_return; // without a look into the history
+    RecordingsFolder::Leftovers found = co_await m_scope(offMainThread(&m_pool, find));
+    if (found.meetings.isEmpty())
+        co_return found.problem; // without a look into the history
     const QSet<QString> inHistory = co_await m_scope(m_history.audioFileNames());
-    found.removeIf([&](const RecordedMeeting &meeting) {
+    found.meetings.removeIf([&](const RecordedMeeting &meeting) {
         const bool hasRecord = inHistory.contains(meeting.audioFileName);
         if (hasRecord)
             forget(meeting);
         return hasRecord;
     });
-    if (found.isEmpty())
-        co_return;
-    m_leftovers = found + m_leftovers;
-    Q_EMIT leftoversChanged();
+    if (!found.meetings.isEmpty()) {
+        m_leftovers = found.meetings + m_leftovers;
+        Q_EMIT leftoversChanged();
+    }
+    co_return found.problem;
+}
+
+QCoro::Task<> MeetingRecordings::forgetSaved()
+{
+    const QSet<QString> inHistory = co_await m_scope(m_history.audioFileNames());
+    for (const RecordedMeeting &meeting : QList(m_leftovers)) {
+        if (inHistory.contains(meeting.audioFileName))
+            forget(meeting);
+    }
 }
 
 void MeetingRecordings::offer(const RecordedMeeting &meeting)

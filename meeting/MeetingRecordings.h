@@ -38,8 +38,9 @@ public:
     /// The meeting is dealt with: it will not be offered, now or at the next start.
     void forget(const RecordedMeeting &meeting);
 
-    /// Adds what earlier runs left behind and is not in the history.
-    QCoro::Task<> findLeftovers();
+    /// Adds what earlier runs left behind and is not in the history. Returns why one of them cannot be
+    /// offered, a sentence in the interface language; empty when all can.
+    [[nodiscard]] QCoro::Task<QString> findLeftovers();
     /// Puts a recording whose transcription failed at the end of the list.
     void offer(const RecordedMeeting &meeting);
 
@@ -54,6 +55,9 @@ Q_SIGNALS:
     void leftoversChanged();
 
 private:
+    /// Those whose record could be written to the disk later.
+    [[nodiscard]] QCoro::Task<> forgetSaved();
+
     HistoryStore &m_history;
     /// Used on the pool's thread only, but for its paths.
     RecordingsFolder m_folder;

@@ -1,6 +1,7 @@
 #include "meeting/MeetingTranscriber.h"
 
 #include "audio/CaptureError.h"
+#include "base/AnyStop.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 
@@ -18,6 +19,12 @@ namespace {
 
 /// How long the end of the program waits for a disk, in milliseconds.
 constexpr qint64 quitPatience = 10'000;
+
+/// Both sentences, as far as there are two.
+QString joined(const QString &first, const QString &second)
+{
+    return first.isEmpty() || second.isEmpty() ? first + second : first + u' ' + second;
+}
 
 } // namespace
 
@@ -46,12 +53,13 @@ MeetingTranscriber::~MeetingTranscriber()
 
 qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
 {
-    return QStorageInfo(folder).bytesAvailable();
+    const QStorageInfo disk(folder);
+    return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1; // some file systems do not know
 }
 
 QString MeetingTranscriber::startRefusal() const
 {
-    if (isTranscribing() || m_isQuitting)
+    if (isTranscribing() || m_quit.stop_requested())
         return EngineTurns::waitText();
     if (!isIdle())
         return Localization::text(u"Запись совещания уже идёт.");
@@ -75,7 +83,7 @@ QString MeetingTranscriber::leftoverRefusal() const
 {
     if (isRunning())
         return Localization::text(u"Запись совещания уже идёт.");
-    if (!isIdle() || m_isQuitting || m_turns.isTaken())
+    if (!isIdle() || m_quit.stop_requested() || m_turns.isTaken())
         return EngineTurns::waitText();
     return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет.") : QString();
 }
@@ -95,7 +103,8 @@ QCoro::Task<> MeetingTranscriber::start()
     setOutcome(Outcome::None);
     QString failure;
     try {
-        if (!co_await m_scope(m_requestMicrophone(m_scope.stop())))
+        const AnyStop stop(m_scope.stop(), m_quit.get_token());
+        if (!co_await m_scope(m_requestMicrophone(stop.token()), stop.token()))
             throw CaptureError::accessRefused();
         clearResult();
         m_recorder = co_await m_scope(begin());
@@ -119,7 +128,7 @@ QCoro::Task<MeetingTranscriber::Recorder> MeetingTranscriber::begin()
     try {
         const Recorder recorder =
             co_await m_scope(m_recordings.record(m_transcription.newMeeting(), m_makeSource(), m_freeSpace));
-        if (!m_isQuitting)
+        if (!m_quit.stop_requested())
             co_return recorder;
         static_cast<void>(co_await m_scope(recorder->finish()));
         co_await m_scope(m_recordings.discard(recorder->meeting()));
@@ -176,9 +185,11 @@ MeetingTranscriber::completeAndTranscribe(RecordedMeeting meeting, Progress prog
     } catch (const Gone &) {
         throw;
     } catch (const Cancelled &) {
-        if (!m_isQuitting) // the next start offers it
+        if (!m_quit.stop_requested()) // the next start offers it
             m_recordings.forget(meeting);
         throw;
+    } catch (const std::exception &error) {
+        throw Error(joined(problem, descriptionOf(error)));
     }
 }
 
@@ -252,9 +263,10 @@ QCoro::Task<> MeetingTranscriber::awaitSaving(RecordedMeeting meeting, QUuid rec
     } catch (const std::exception &error) {
         failure = descriptionOf(error);
     }
+    m_recordings.offer(meeting);
     if (lastRecordID() != recordID)
         co_return; // another meeting is shown by now
-    operation().setError(failure);
+    operation().setError(joined(errorText(), failure));
     setOutcome(Outcome::Failed);
 }
 
@@ -277,12 +289,19 @@ void MeetingTranscriber::reset()
 
 QCoro::Task<> MeetingTranscriber::finishForQuit()
 {
-    m_isQuitting = true;
+    m_quit.request_stop();
     stop();
     operation().cancel();
     const QDeadlineTimer limit(quitPatience);
     for (const std::shared_ptr<OneTimeEvent> &hold : std::exchange(m_holds, {}))
         static_cast<void>(co_await m_scope(hold->waitFor(std::chrono::milliseconds(limit.remainingTime()))));
+}
+
+QCoro::Task<> MeetingTranscriber::findLeftovers()
+{
+    const QString problem = co_await m_scope(m_recordings.findLeftovers());
+    if (!problem.isEmpty())
+        operation().setError(problem);
 }
 
 void MeetingTranscriber::transcribeLeftover(const QString &audioFileName)

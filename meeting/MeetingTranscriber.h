@@ -69,7 +69,7 @@ public:
     QCoro::Task<> finishForQuit();
 
     /// To be called once, at the start: looks for recordings that earlier runs left behind.
-    QCoro::Task<> findLeftovers() { return m_recordings.findLeftovers(); }
+    QCoro::Task<> findLeftovers();
     /// Recordings that are neither transcribed nor abandoned, see MeetingRecordings.
     [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_recordings.leftovers(); }
     /// Offers the transcription of the first of them; empty without any.
@@ -114,7 +114,8 @@ private:
     MeetingTranscription m_transcription;
     MeetingRecordings m_recordings;
 
-    bool m_isQuitting = false;
+    /// Stopped when the program ends.
+    std::stop_source m_quit;
     Recorder m_recorder;
     /// The meeting that is completed or transcribed, or was last.
     RecordedMeeting m_meeting;

@@ -5,6 +5,9 @@
 
 #include <QFile>
 
+#include <new>
+#include <span>
+
 namespace orvane {
 
 namespace {
@@ -20,6 +23,17 @@ bool close(WavFileWriter &writer, const QString &path)
     }
     QFile file(path);
     return file.open(QFile::ReadOnly) && FileControl::flush(file.handle()) && isWhole;
+}
+
+/// Unless it has failed before: what is written has no holes.
+void write(WavFileWriter &writer, std::span<const float> samples, std::atomic<bool> &hasFailed) noexcept
+{
+    try {
+        if (!hasFailed)
+            writer.append(samples);
+    } catch (const std::bad_alloc &) {
+        hasFailed = true;
+    }
 }
 
 } // namespace
@@ -42,12 +56,17 @@ RecordingWriter::~RecordingWriter()
     }
 }
 
-void RecordingWriter::append(std::vector<float> samples)
+void RecordingWriter::append(std::vector<float> samples) noexcept
 {
     if (samples.empty())
         return;
-    const auto shared = std::make_shared<const std::vector<float>>(std::move(samples));
-    startOffMainThread(&m_pool, [file = m_file, shared] { file->append(*shared); });
+    try {
+        const auto shared = std::make_shared<const std::vector<float>>(std::move(samples));
+        startOffMainThread(
+            &m_pool, [file = m_file, shared, hasFailed = m_hasFailed] { write(*file, *shared, *hasFailed); });
+    } catch (const std::bad_alloc &) {
+        *m_hasFailed = true;
+    }
 }
 
 void RecordingWriter::sync()

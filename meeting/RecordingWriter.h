@@ -25,7 +25,9 @@ public:
     Q_DISABLE_COPY_MOVE(RecordingWriter)
 
     /// Any thread.
-    void append(std::vector<float> samples);
+    void append(std::vector<float> samples) noexcept;
+    /// There was no memory for what was appended: it is lost, and so is everything after it. Any thread.
+    [[nodiscard]] bool hasFailed() const { return *m_hasFailed; }
     /// Has everything that was appended so far put on the disk for good. Any thread.
     void sync();
     /// Writes the sizes into the header and closes the file. False when samples were lost. Main thread; this
@@ -37,6 +39,7 @@ private:
     // The jobs own what they use: the last of them may end after this object began to.
     const std::shared_ptr<WavFileWriter> m_file;
     const std::shared_ptr<std::atomic<bool>> m_syncing = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<std::atomic<bool>> m_hasFailed = std::make_shared<std::atomic<bool>>(false);
     QThreadPool m_pool;
 };
 

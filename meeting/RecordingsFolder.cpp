@@ -30,9 +30,9 @@ RecordedMeeting RecordingsFolder::create(RecordedMeeting meeting)
 {
     prepare();
     meeting.audioFileName = createAudio(meeting.startedAt);
-    if (std::optional<FileLock> lock = FileLock::tryLock(audioPath(meeting.audioFileName)))
-        m_locks.emplace(meeting.audioFileName, std::move(*lock));
     try {
+        if (std::optional<FileLock> lock = FileLock::tryLock(audioPath(meeting.audioFileName)))
+            m_locks.emplace(meeting.audioFileName, std::move(*lock));
         writeMarker(meeting);
     } catch (const FileError &) {
         discard(meeting);
@@ -78,18 +78,18 @@ void RecordingsFolder::forget(const RecordedMeeting &meeting)
     m_locks.erase(meeting.audioFileName);
 }
 
-QList<RecordedMeeting> RecordingsFolder::leftovers()
+RecordingsFolder::Leftovers RecordingsFolder::leftovers()
 {
-    QList<RecordedMeeting> found;
+    Leftovers found;
     for (const QString &marker : QDir(m_folder).entryList({u'*' + markerSuffix}, QDir::Files)) {
         try {
             if (const auto meeting = takeOver(marker.chopped(markerSuffix.size())))
-                found.append(*meeting);
+                found.meetings.append(*meeting);
         } catch (const FileError &error) {
-            qWarning("%s", error.what()); // it stays as it is for the next start
+            found.problem = error.description(); // it stays as it is for the next start
         }
     }
-    std::ranges::sort(found, {}, &RecordedMeeting::startedAt);
+    std::ranges::sort(found.meetings, {}, &RecordedMeeting::startedAt);
     return found;
 }
 

@@ -30,15 +30,23 @@ public:
     /// The meeting is dealt with: removes the marker alone. Failures are ignored.
     void forget(const RecordedMeeting &meeting);
 
-    /// What earlier runs left behind and nobody holds, oldest first, each file repaired so that it can be
-    /// played. Those without a sound are dealt with.
-    [[nodiscard]] QList<RecordedMeeting> leftovers();
+    struct Leftovers
+    {
+        /// Oldest first.
+        QList<RecordedMeeting> meetings;
+        /// Why one of them cannot be offered, a sentence in the interface language; empty when all can.
+        QString problem;
+    };
+
+    /// What earlier runs left behind and nobody holds, each file repaired so that it can be played. Those
+    /// without a sound are dealt with.
+    [[nodiscard]] Leftovers leftovers();
 
     [[nodiscard]] QString audioPath(const QString &fileName) const;
 
 private:
     void prepare() const;
-    /// The recording that the marker names, if it is to be offered.
+    /// The recording that the marker names, if it is to be offered. Throws FileError.
     [[nodiscard]] std::optional<RecordedMeeting> takeOver(const QString &audioFileName);
     [[nodiscard]] QString createAudio(const QDateTime &startedAt) const;
     void writeMarker(const RecordedMeeting &meeting) const;

@@ -74,7 +74,12 @@ struct MeetingHome
     WhisperServerEngine engine;
     TranscriptPipeline pipeline{engine, decoder};
     std::shared_ptr<FakeMeetingSource::Control> microphone = std::make_shared<FakeMeetingSource::Control>();
-    std::shared_ptr<bool> isMicrophoneAllowed = std::make_shared<bool>(true);
+    struct Access
+    {
+        bool isAllowed = true;
+        std::chrono::milliseconds takes{1};
+    };
+    std::shared_ptr<Access> microphoneAccess = std::make_shared<Access>();
     /// What the disk is said to have room for.
     std::shared_ptr<std::atomic<qint64>> freeSpace = std::make_shared<std::atomic<qint64>>(1LL << 40);
     MeetingTranscriber meeting{
@@ -84,11 +89,11 @@ struct MeetingHome
          .pipeline = pipeline,
          .turns = turns,
          .makeSource = [control = microphone] { return std::make_unique<FakeMeetingSource>(control); },
-         .requestMicrophone = [allowed = isMicrophoneAllowed](const std::stop_token &) -> QCoro::Task<bool> {
-             return [](bool isAllowed) -> QCoro::Task<bool> {
-                 co_await sleepFor(std::chrono::milliseconds(1));
-                 co_return isAllowed;
-             }(*allowed);
+         .requestMicrophone = [access = microphoneAccess](std::stop_token stop) -> QCoro::Task<bool> {
+             return [](Access given, std::stop_token stop) -> QCoro::Task<bool> {
+                 co_await sleepFor(given.takes, stop);
+                 co_return given.isAllowed;
+             }(*access, std::move(stop));
          },
          .freeSpace = [space = freeSpace](const QString &) -> qint64 { return *space; }},
         folders.recordings()};

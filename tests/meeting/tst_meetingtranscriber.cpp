@@ -6,7 +6,9 @@
 #include <QScopeGuard>
 #include <QTest>
 
+#include <atomic>
 #include <csignal>
+#include <new>
 #include <sys/resource.h>
 #include <thread>
 
@@ -28,12 +30,32 @@ const QByteArray speech =
         {"start":1.5,"end":2,"text":" two"},{"start":2,"end":2.5,"text":" two"},
         {"start":2.5,"end":3,"text":" two"},{"start":3,"end":3.5,"text":" two"}]})";
 
+/// Larger arrays get no memory.
+std::atomic<size_t> refusedFrom = SIZE_MAX;
+
 FakeEngineBehaviour answering(const FakeAnswer &answer)
 {
     return {.answers = {{inference, {answer}}}};
 }
 
 } // namespace
+
+void *operator new[](size_t size)
+{
+    if (size >= refusedFrom)
+        throw std::bad_alloc();
+    return ::operator new(size);
+}
+
+void operator delete[](void *memory) noexcept
+{
+    ::operator delete(memory);
+}
+
+void operator delete[](void *memory, size_t /*size*/) noexcept
+{
+    ::operator delete(memory);
+}
 
 class TestMeetingTranscriber : public QObject
 {
@@ -127,7 +149,7 @@ private Q_SLOTS:
     {
         m_home->microphone->startError = u"broken"_s;
         for (const bool isAllowed : {false, true}) {
-            *m_home->isMicrophoneAllowed = isAllowed;
+            m_home->microphoneAccess->isAllowed = isAllowed;
             const TaskResult started(meeting().start());
             QVERIFY(!meeting().canStart()); // while it starts
             QTRY_VERIFY(started.succeeded());
@@ -255,19 +277,59 @@ private Q_SLOTS:
         QVERIFY(m_home->heardIn(name) >= 16'000);
     }
 
+    void recorderEndsByItself_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<Outcome>("outcome");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("recognised") << 200 << Outcome::Partial << u"No sound any more."_s;
+        QTest::newRow("not recognised")
+            << 500 << Outcome::Failed << u"No sound any more. Ошибка распознавания: HTTP 500"_s;
+    }
+
     void recorderEndsByItself()
     {
+        QFETCH(const int, status);
+        QFETCH(const Outcome, outcome);
+        m_engine->behave(answering({.status = status, .body = speech}));
         record(1.5);
-        m_home->microphone->current->endByItself(u"no sound any more"_s);
+        m_home->microphone->current->endByItself(u"No sound any more."_s);
         QVERIFY(meeting().isTranscribing());
-        QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
-        QCOMPARE(meeting().errorText(), u"no sound any more"_s);
+        QTRY_COMPARE(meeting().outcome(), outcome);
+        QTEST(meeting().errorText(), "error");
         QCOMPARE(m_home->heardIn(m_home->audio().value(0)), 24'000);
-        QCOMPARE(m_home->history.records().size(), 1);
+    }
+
+    void memoryEnds()
+    {
+        record(1);
+        const QString name = m_home->audio().value(0);
+        QTRY_COMPARE(QFileInfo(m_home->recordings().filePath(name)).size(), 44 + 32'000);
+        refusedFrom = 32'000;
+        hear(1);
+        QTRY_VERIFY(!meeting().isRunning());
+        refusedFrom = SIZE_MAX;
+        QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
+        QCOMPARE(meeting().errorText(), u"Не хватило памяти."_s);
+        QCOMPARE(m_home->heardIn(name), 16'000);
+    }
+
+    /// The program ends without a word.
+    void destroyed()
+    {
+        record(1.5);
+        restart();
+        QCOMPARE(meeting().leftovers().size(), 1);
+        QCOMPARE(meeting().leftovers().first().durationMs, 1500);
     }
 
     void warnsWhileRecording()
     {
+        *m_home->freeSpace = 60 * 32'000 - 1;
+        record(1);
+        QCOMPARE(meeting().statusText(), recording + u" · на диске нет места"_s);
+        meeting().stop();
+        QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
         *m_home->freeSpace = 14LL * 60 * 32'000 + 31'999;
         record(1);
         QCOMPARE(meeting().statusText(), recording + u" · на диске осталось места на 14 мин"_s);
@@ -336,16 +398,28 @@ private Q_SLOTS:
         QCOMPARE(m_home->history.records().size(), 1);
     }
 
+    void quittingWhileTheMicrophoneIsAskedFor()
+    {
+        m_home->microphoneAccess->takes = std::chrono::minutes(1);
+        const TaskResult started(meeting().start());
+        const TaskResult finished(meeting().finishForQuit());
+        QTRY_VERIFY(finished.succeeded());
+        QVERIFY(started.isDone());
+        QCOMPARE(meeting().errorText(), QString());
+    }
+
     void recordNotSaved()
     {
         const QString history = m_folder->filePath(u"Orvane/History"_s);
         QVERIFY(QDir(history).removeRecursively());
         QFile inTheWay(history);
         QVERIFY(inTheWay.open(QFile::WriteOnly));
-        recordAndStop(1);
-        QTRY_VERIFY2(meeting().errorText().startsWith(u"Не удалось сохранить запись: "_s),
-                     qPrintable(meeting().errorText()));
-        QCOMPARE(meeting().outcome(), Outcome::Failed);
+        record(1);
+        m_home->microphone->current->endByItself(u"No sound any more."_s);
+        QTRY_COMPARE(meeting().outcome(), Outcome::Failed);
+        QVERIFY2(meeting().errorText().startsWith(u"No sound any more. Не удалось сохранить запись: "_s),
+                 qPrintable(meeting().errorText()));
+        QCOMPARE(meeting().leftovers().size(), 1);
         QCOMPARE(m_home->history.records().size(), 1); // until the program ends
 
         // What became of that record is nothing to the next meeting.
@@ -353,8 +427,9 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(history));
         recordAndStop(1);
         QTRY_COMPARE(meeting().outcome(), Outcome::Saved);
-        QTRY_COMPARE(m_home->markers().size(), 1);
         QCOMPARE(meeting().errorText(), QString());
+        QTRY_COMPARE(m_home->markers(), QStringList()); // its record could be written too
+        QVERIFY(meeting().leftovers().isEmpty());
     }
 
 private:

@@ -27,7 +27,7 @@ private Q_SLOTS:
         const RecordedMeeting second = recordings.create(later);
         QCOMPARE(first.audioFileName, u"Совещание 2025-03-03 14.05.09.wav"_s);
         QCOMPARE(second.audioFileName, u"Совещание 2025-03-03 14.05.09 (2).wav"_s);
-        QVERIFY(recordings.leftovers().isEmpty()); // its own are none
+        QVERIFY(recordings.leftovers().meetings.isEmpty()); // its own are none
         recordings.discard(second);
         QCOMPARE(files().size(), 2);
         recordings.forget(first);
@@ -59,7 +59,7 @@ private Q_SLOTS:
         }
         const QByteArray before = content(name);
 
-        const QList<RecordedMeeting> found = RecordingsFolder(dir().path()).leftovers();
+        const QList<RecordedMeeting> found = RecordingsFolder(dir().path()).leftovers().meetings;
         if (size < 44) { // not worth offering, and not deleted either
             QVERIFY(found.isEmpty());
             QCOMPARE(files(), QStringList{name});
@@ -85,7 +85,10 @@ private Q_SLOTS:
         put(u"a.wav.unfinished.json"_s, "{\"model");
         put(u"gone.wav.unfinished.json"_s, m_meeting.json());
         put(u"of no interest.wav"_s, "RIFF");
-        const QList<RecordedMeeting> found = RecordingsFolder(dir().path()).leftovers();
+        QVERIFY(dir().mkdir(u"b.wav"_s));
+        put(u"b.wav.unfinished.json"_s, m_meeting.json());
+        const auto [found, problem] = RecordingsFolder(dir().path()).leftovers();
+        QCOMPARE(problem, u"Не удалось записать файл «b.wav»: это папка"_s);
         QCOMPARE(found.size(), 1);
         QCOMPARE(found.first().audioFileName, u"a.wav"_s);
         QCOMPARE(found.first().durationMs, 1000);
@@ -93,7 +96,8 @@ private Q_SLOTS:
         QVERIFY(found.first().startedAt.secsTo(QDateTime::currentDateTime()) < 60);
         QVERIFY(content(u"a.wav"_s).startsWith("RIFF"));
         QCOMPARE(content(u"of no interest.wav"_s), "RIFF");
-        QCOMPARE(files(), (QStringList{u"a.wav"_s, u"a.wav.unfinished.json"_s, u"of no interest.wav"_s}));
+        QCOMPARE(files(), (QStringList{u"a.wav"_s, u"a.wav.unfinished.json"_s, u"b.wav.unfinished.json"_s,
+                                       u"of no interest.wav"_s}));
     }
 
     /// Another program on the same folder, such as one that was started without a session bus.
@@ -104,13 +108,13 @@ private Q_SLOTS:
         WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(16'000, 0.25F));
         const QByteArray before = content(name);
         RecordingsFolder other(dir().path());
-        QVERIFY(other.leftovers().isEmpty());
+        QVERIFY(other.leftovers().meetings.isEmpty());
         QCOMPARE(content(name), before);
         QCOMPARE(files().size(), 2);
 
         recording.reset(); // the program that recorded it has ended
-        QCOMPARE(other.leftovers().size(), 1);
-        QVERIFY(RecordingsFolder(dir().path()).leftovers().isEmpty()); // one program offers it
+        QCOMPARE(other.leftovers().meetings.size(), 1);
+        QVERIFY(RecordingsFolder(dir().path()).leftovers().meetings.isEmpty()); // one program offers it
     }
 
     void titles()
