@@ -171,21 +171,19 @@ QCoro::Task<> ModelCatalogManager::deleteFile(QString id)
 
 QCoro::Task<> ModelCatalogManager::publish(QString id)
 {
-    do {
-        setLastError({});
-        QString failure;
-        try {
-            co_await m_scope(fetch(id));
-        } catch (const Gone &) {
-            throw;
-        } catch (const Cancelled &) {
-            // The user knows.
-        } catch (const std::exception &error) {
-            failure = descriptionOf(error);
-        }
-        if (!failure.isEmpty())
-            setLastError(text(u"Не удалось скачать ") + find(id)->displayName + u": "_s + failure);
-    } while (m_again.remove(id));
+    setLastError({});
+    QString failure;
+    try {
+        co_await m_scope(fetch(id));
+    } catch (const Gone &) {
+        throw;
+    } catch (const Cancelled &) {
+        // The user knows.
+    } catch (const std::exception &error) {
+        failure = descriptionOf(error);
+    }
+    if (!failure.isEmpty())
+        setLastError(text(u"Не удалось скачать ") + find(id)->displayName + u": "_s + failure);
 }
 
 QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
@@ -206,9 +204,12 @@ QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
         failure = std::current_exception();
     }
     m_downloads.remove(id);
-    if (!m_again.contains(id))
+    const bool isWantedAgain = m_again.remove(id) && failure; // a late cancel finds the file complete
+    if (!isWantedAgain)
         clearProgress(id);
     refresh();
+    if (isWantedAgain)
+        spawn(publish(id));
     if (failure && download->discard.stop_requested())
         throw Cancelled();
     if (failure)

@@ -105,6 +105,34 @@ private Q_SLOTS:
         QTRY_VERIFY(files().isEmpty());
     }
 
+    void cancelledTooLate()
+    {
+        m_server->setRule(spoiltBy({.bytesPerSecond = 40 * mebibyte}));
+        m_models->download(u"base"_s);
+        // Seen on the download's thread before its end is on this one.
+        while (!QFile::exists(m_models->localPath(u"base"_s)))
+            QTest::qSleep(1);
+        m_models->cancelDownload(u"base"_s);
+        m_models->download(u"base"_s);
+        QTRY_VERIFY(m_models->downloaded().contains(u"base"_s) && m_models->progress().isEmpty());
+        QTest::qWait(50);
+        QCOMPARE(m_server->takeServed().size(), 2);
+    }
+
+    void cancelledUnderAnotherCaller()
+    {
+        m_server->setRule(spoiltBy({.stallAfter = 3 * mebibyte}));
+        const TaskResult waiting(m_models->fetch(u"base"_s));
+        waitForStall(u"base"_s);
+        m_server->setRule({});
+        m_models->cancelDownload(u"base"_s);
+        m_models->download(u"base"_s);
+        QTRY_VERIFY(waiting.isDone());
+        QVERIFY(waiting.isCancelled());
+        QTRY_VERIFY(m_models->downloaded().contains(u"base"_s));
+        QVERIFY(m_models->progress().isEmpty());
+    }
+
     void leavesToALaterOneWhatItHas()
     {
         downloadUntilStall();
