@@ -4,6 +4,8 @@
 #include "base/files/FileReplacement.h"
 #include "models/PartFile.h"
 
+#include <system_error>
+
 namespace orvane {
 
 DiskCheckpoint::DiskCheckpoint(PartFile &part, QString recordPath, std::chrono::milliseconds interval)
@@ -22,10 +24,14 @@ void DiskCheckpoint::offer(const DownloadMeta &meta)
     m_isBusy = true;
     DownloadMeta kept = meta;
     kept.bootID.reset();
-    m_thread = std::jthread([this, record = kept.toJson()] {
-        take(record);
-        m_isBusy = false;
-    });
+    try {
+        m_thread = std::jthread([this, record = kept.toJson()] {
+            take(record);
+            m_isBusy = false;
+        });
+    } catch (const std::system_error &) {
+        m_isBusy = false; // no thread now; there may be one for the next
+    }
 }
 
 void DiskCheckpoint::finish()

@@ -1,5 +1,6 @@
 #include "models/DownloadError.h"
 
+#include "base/files/FileError.h"
 #include "base/localization/Localization.h"
 
 using namespace Qt::StringLiterals;
@@ -51,6 +52,11 @@ DownloadError DownloadError::connectionFailed(const QString &reason)
     return {Kind::ConnectionFailed, reason};
 }
 
+DownloadError DownloadError::hostUnreachable(const QString &reason)
+{
+    return {Kind::HostUnreachable, reason};
+}
+
 DownloadError DownloadError::notEnoughSpace(qint64 needed, qint64 available)
 {
     return {Kind::NotEnoughSpace, text(u"Недостаточно места на диске: нужно ") + megabytes(needed) +
@@ -64,9 +70,10 @@ DownloadError DownloadError::diskFull()
             text(u"На диске кончилось место. Освободите его и повторите загрузку: она продолжится.")};
 }
 
-DownloadError DownloadError::notWritable(const QString &folder)
+DownloadError DownloadError::notWritable(const QString &folder, int error)
 {
-    return {Kind::NotWritable, text(u"Не удаётся записать файл в папку ") + folder + u'.'};
+    return {Kind::NotWritable,
+            text(u"Не удаётся записать файл в папку ") + folder + u": "_s + FileError::reason(error) + u'.'};
 }
 
 DownloadError DownloadError::alreadyRunning()

@@ -15,6 +15,7 @@ public:
         CorruptFile,      ///< the whole file is not a model; it was deleted
         BadServerAnswer,  ///< the server does not say what it would send
         FileChanged,      ///< a part of another file, or another part, than the one asked for
+        HostUnreachable,  ///< there is no way to the server, as without a network
         ConnectionFailed, ///< no answer, or it broke off
         NotEnoughSpace,
         NotWritable,
@@ -30,11 +31,13 @@ public:
     [[nodiscard]] static DownloadError fileChanged();
     /// `reason` is a sentence in the interface language.
     [[nodiscard]] static DownloadError connectionFailed(const QString &reason);
+    [[nodiscard]] static DownloadError hostUnreachable(const QString &reason);
     /// Before the first byte; both in bytes.
     [[nodiscard]] static DownloadError notEnoughSpace(qint64 needed, qint64 available);
     /// In the middle.
     [[nodiscard]] static DownloadError diskFull();
-    [[nodiscard]] static DownloadError notWritable(const QString &folder);
+    /// `error` is an errno of the system.
+    [[nodiscard]] static DownloadError notWritable(const QString &folder, int error);
     [[nodiscard]] static DownloadError alreadyRunning();
     [[nodiscard]] static DownloadError noRepository();
     [[nodiscard]] static DownloadError badRepository(const QString &address);

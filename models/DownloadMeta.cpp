@@ -129,6 +129,12 @@ bool DownloadMeta::isConsistent() const
     return true;
 }
 
+bool DownloadMeta::isOfWholeFile() const
+{
+    return total > 0 &&
+           (segments() == splitSegments(total) || segments() == QList<ByteRange>{{0, total - 1}});
+}
+
 QList<ByteRange> DownloadMeta::segments() const
 {
     QList<ByteRange> ranges;

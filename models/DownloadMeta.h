@@ -44,6 +44,9 @@ struct DownloadMeta
     /// The lists have the same length, not 0, and each `written` lies within its segment.
     [[nodiscard]] bool isConsistent() const;
 
+    /// The segments are those that a file of this size is fetched in, or the whole file as one.
+    [[nodiscard]] bool isOfWholeFile() const;
+
     [[nodiscard]] qsizetype segmentCount() const { return starts.size(); }
     [[nodiscard]] ByteRange segment(qsizetype index) const { return {starts[index], ends[index]}; }
     [[nodiscard]] QList<ByteRange> segments() const;

@@ -14,6 +14,7 @@
 #include <QSysInfo>
 
 #include <algorithm>
+#include <cerrno>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -28,6 +29,10 @@ constexpr auto settlingTime = 15s;
 constexpr std::chrono::milliseconds settlingInterval = 1s;
 /// For a system that does not tell of its networks.
 constexpr std::chrono::milliseconds blindInterval = 1min;
+
+/// How many answers have to disagree with what is there before it is given up: the mirrors behind one address
+/// may differ, and one of them has the file that was begun.
+constexpr int maxDoubts = 5;
 
 /// Ends the first request when its headers are there.
 struct HeadersSuffice
@@ -78,13 +83,16 @@ void DownloadRun::download()
     throwIfCancelled(m_job.stop);
     Probe found = probeWhenConnected();
     PartFile part(PartFile::pathFor(m_job.to));
-    try {
-        fetch(found, part);
-    } catch (const RangesDiffer &) {
-        found.givesRanges = false; // one answer is one file
-        fetch(found, part);
+    found = confirmed(found, part);
+    for (int doubts = 0;;) {
+        try {
+            fetch(found, part);
+            complete(part, found.total);
+            return;
+        } catch (const RangesDiffer &) {
+            found.givesRanges = ++doubts < maxDoubts; // one answer is one file
+        }
     }
-    complete(part, found.total);
 }
 
 DownloadRun::Probe DownloadRun::probeWhenConnected()
@@ -96,7 +104,7 @@ DownloadRun::Probe DownloadRun::probeWhenConnected()
         try {
             return probe();
         } catch (const DownloadError &error) {
-            if (error.kind() != DownloadError::Kind::ConnectionFailed || isLoopback(m_job.from.host()) ||
+            if (error.kind() != DownloadError::Kind::HostUnreachable || isLoopback(m_job.from.host()) ||
                 (wasConnected && settled.hasExpired()))
                 throw;
         }
@@ -131,41 +139,50 @@ DownloadRun::Probe DownloadRun::probe()
     return {.total = *total, .etag = answer.etag, .givesRanges = givesRanges};
 }
 
-std::optional<DownloadMeta> DownloadRun::resumable(const Probe &probe, const PartFile &part) const
+DownloadRun::Probe DownloadRun::confirmed(Probe found, const PartFile &part)
 {
-    const auto fits = [&](const DownloadMeta &meta) {
-        return meta.isConsistent() && meta.total == probe.total && meta.etag == probe.etag &&
-               meta.segments() == splitSegments(probe.total) &&
+    const std::optional<DownloadMeta> there = kept(part);
+    for (int doubts = 1; there && !continues(found, *there) && doubts < maxDoubts; ++doubts)
+        found = probe();
+    return found;
+}
+
+std::optional<DownloadMeta> DownloadRun::kept(const PartFile &part) const
+{
+    const auto isTrusted = [&](const DownloadMeta &meta) {
+        return meta.isConsistent() && meta.isOfWholeFile() &&
                meta.bootID.value_or(thisBoot()) == thisBoot() && part.size() >= meta.minFileSize() &&
                part.size() <= meta.total;
     };
-    if (!probe.givesRanges)
-        return std::nullopt;
     for (const QString &record : {PartFile::metaPathFor(m_job.to), PartFile::checkpointPathFor(m_job.to)}) {
-        if (auto meta = DownloadMeta::fromFile(record); meta && fits(*meta))
+        if (auto meta = DownloadMeta::fromFile(record); meta && isTrusted(*meta))
             return meta;
     }
     return std::nullopt;
 }
 
+bool DownloadRun::continues(const Probe &probe, const DownloadMeta &kept)
+{
+    return probe.givesRanges && kept.total == probe.total && kept.etag == probe.etag;
+}
+
 DownloadMeta DownloadRun::begin(const Probe &probe, PartFile &part) const
 {
-    if (auto meta = resumable(probe, part)) {
-        requireSpace(part, probe.total);
-        return *std::move(meta);
-    }
-    PartFile::removeRecords(m_job.to);
-    part.clear();
-    const auto segments =
-        probe.givesRanges ? splitSegments(probe.total) : QList<ByteRange>{{0, probe.total - 1}};
-    DownloadMeta meta = DownloadMeta::fresh(probe.etag, segments);
+    std::optional<DownloadMeta> there = kept(part);
     try {
         requireSpace(part, probe.total);
     } catch (const DownloadError &) {
-        part.remove();
+        if (!there)
+            part.remove();
         throw;
     }
-    return meta;
+    // Without ranges it stays until the whole file comes.
+    if (there && (continues(probe, *there) || (!probe.givesRanges && there->total == probe.total)))
+        return *std::move(there);
+    PartFile::removeRecords(m_job.to);
+    part.clear();
+    return DownloadMeta::fresh(probe.etag, probe.givesRanges ? splitSegments(probe.total)
+                                                             : QList<ByteRange>{{0, probe.total - 1}});
 }
 
 void DownloadRun::requireSpace(const PartFile &part, qint64 total) const
@@ -183,9 +200,10 @@ void DownloadRun::fetch(const Probe &probe, PartFile &part)
     DiskCheckpoint checkpoint(part, PartFile::checkpointPathFor(m_job.to), m_job.options.checkpointInterval);
     state.save(DownloadState::Bytes::WithTheSystem);
     try {
-        fetchMissing(probe, part, state, checkpoint);
-    } catch (const RangesDiffer &) {
-        throw;
+        if (probe.givesRanges)
+            fetchMissing(part, state, checkpoint);
+        else
+            fetchWhole(part, state, checkpoint);
     } catch (...) {
         if (m_job.discard.stop_requested())
             part.clear(); // the disk need not take what will be deleted
@@ -204,25 +222,50 @@ void DownloadRun::keep(PartFile &part, DownloadState &state, DiskCheckpoint &che
         QFile::remove(PartFile::checkpointPathFor(m_job.to));
 }
 
-void DownloadRun::fetchMissing(const Probe &probe, PartFile &part, DownloadState &state,
-                               DiskCheckpoint &checkpoint)
+void DownloadRun::fetchMissing(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint)
 {
-    const auto answer = probe.givesRanges ? SegmentStream::Answer::Range : SegmentStream::Answer::WholeFile;
-    const QDeadlineTimer latestEnd(maxDuration);
-    std::vector<std::unique_ptr<Transfer>> transfers;
-    std::vector<SegmentStream *> streams;
+    std::vector<std::unique_ptr<SegmentStream>> streams;
     for (qsizetype i = 0; i < state.meta().segmentCount(); ++i) {
         if (state.meta().missing(i).length() == 0)
             continue;
-        auto stream =
-            std::make_unique<SegmentStream>(m_job.from, answer, i, part, state, m_job.options.idleTimeout);
-        streams.push_back(stream.get());
+        streams.push_back(
+            std::make_unique<SegmentStream>(m_job.from, i, part, state, m_job.options.idleTimeout));
+    }
+    transfer(std::move(streams), state, [&] { checkpoint.offer(state.meta()); });
+}
+
+void DownloadRun::fetchWhole(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint)
+{
+    bool comes = false;
+    const auto beginAnew = [&](const std::optional<QString> &etag) {
+        PartFile::removeRecords(m_job.to);
+        part.clear();
+        state.beginAnew(etag);
+        comes = true;
+    };
+    std::vector<std::unique_ptr<SegmentStream>> streams;
+    streams.push_back(
+        std::make_unique<SegmentStream>(m_job.from, beginAnew, part, state, m_job.options.idleTimeout));
+    transfer(std::move(streams), state, [&] {
+        if (comes) // a checkpoint of what was there before would be taken for one of what comes
+            checkpoint.offer(state.meta());
+    });
+}
+
+void DownloadRun::transfer(std::vector<std::unique_ptr<SegmentStream>> streams, DownloadState &state,
+                           const std::function<void()> &afterRound)
+{
+    const QDeadlineTimer latestEnd(maxDuration);
+    std::vector<SegmentStream *> flushed;
+    std::vector<std::unique_ptr<Transfer>> transfers;
+    for (auto &stream : streams) {
+        flushed.push_back(stream.get());
         transfers.push_back(std::move(stream));
     }
     m_session.run(transfers, m_job.stop, [&] {
-        std::ranges::for_each(streams, &SegmentStream::flush);
+        std::ranges::for_each(flushed, &SegmentStream::flush);
         state.report();
-        checkpoint.offer(state.meta());
+        afterRound();
         if (latestEnd.hasExpired())
             throw DownloadError::truncated(state.meta().totalWritten(), state.meta().total);
     });
@@ -239,7 +282,7 @@ void DownloadRun::complete(PartFile &part, qint64 total) const
     }
     // Before it has its name, so that a file of that name is complete even after a power failure.
     if (!part.flush())
-        throw DownloadError::notWritable(QFileInfo(m_job.to).path());
+        throw DownloadError::notWritable(QFileInfo(m_job.to).path(), errno);
     part.moveTo(m_job.to);
     PartFile::removeRecords(m_job.to);
 }

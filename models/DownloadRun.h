@@ -7,12 +7,16 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
+#include <memory>
 #include <stop_token>
+#include <vector>
 
 namespace orvane {
 
 class DiskCheckpoint;
 class PartFile;
+class SegmentStream;
 
 /// One download from its first request to the file's final name, on the thread that calls run().
 class DownloadRun
@@ -52,12 +56,19 @@ private:
     [[nodiscard]] Probe probeWhenConnected();
     /// Asks for the first byte to learn about the file; its body is never fetched.
     [[nodiscard]] Probe probe();
-    /// How far an earlier attempt has come, when it was for the same file and can be resumed.
-    [[nodiscard]] std::optional<DownloadMeta> resumable(const Probe &probe, const PartFile &part) const;
+    /// Asks again while the answer does not fit what is there.
+    [[nodiscard]] Probe confirmed(Probe found, const PartFile &part);
+    /// How far an earlier attempt has come, as far as that can be trusted; of whichever file it was.
+    [[nodiscard]] std::optional<DownloadMeta> kept(const PartFile &part) const;
+    [[nodiscard]] static bool continues(const Probe &probe, const DownloadMeta &kept);
     [[nodiscard]] DownloadMeta begin(const Probe &probe, PartFile &part) const;
     void requireSpace(const PartFile &part, qint64 total) const;
     void fetch(const Probe &probe, PartFile &part);
-    void fetchMissing(const Probe &probe, PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint);
+    void fetchMissing(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint);
+    /// What is there stays until the server has begun to send the whole file.
+    void fetchWhole(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint);
+    void transfer(std::vector<std::unique_ptr<SegmentStream>> streams, DownloadState &state,
+                  const std::function<void()> &afterRound);
     void keep(PartFile &part, DownloadState &state, DiskCheckpoint &checkpoint) const;
     void complete(PartFile &part, qint64 total) const;
 

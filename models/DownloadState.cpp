@@ -16,6 +16,7 @@ namespace {
 constexpr auto saveInterval = 1s;
 constexpr double reportStep = 0.001;
 constexpr auto reportInterval = 16ms;
+constexpr auto lookInterval = 1s;
 
 } // namespace
 
@@ -42,6 +43,17 @@ void DownloadState::add(qint64 bytes, qsizetype segment)
     report();
 }
 
+void DownloadState::beginAnew(std::optional<QString> etag)
+{
+    m_meta = DownloadMeta::fresh(std::move(etag), {{0, m_meta.total - 1}});
+    m_writtenBefore = m_meta.written;
+    m_totalWritten = 0;
+    m_lastReported = -1;
+    m_rate = TransferRate(0);
+    save(Bytes::WithTheSystem);
+    report();
+}
+
 void DownloadState::distrust()
 {
     m_isDistrusted = true;
@@ -53,11 +65,15 @@ void DownloadState::report()
 {
     const double fraction = static_cast<double>(m_totalWritten) / static_cast<double>(m_meta.total);
     const bool complete = fraction >= 1.0 && m_lastReported < 1.0;
-    if (!complete && (fraction - m_lastReported < reportStep || !m_nextReport.hasExpired()))
+    const bool hasGained = fraction - m_lastReported >= reportStep && m_nextReport.hasExpired();
+    m_rate.update(m_totalWritten);
+    const bool isSlower = m_rate.bytesPerSecond() != m_reportedSpeed && m_nextLook.hasExpired();
+    if (!complete && !hasGained && !isSlower)
         return;
     m_nextReport.setRemainingTime(reportInterval);
+    m_nextLook.setRemainingTime(lookInterval);
     m_lastReported = fraction;
-    m_rate.update(m_totalWritten);
+    m_reportedSpeed = m_rate.bytesPerSecond();
     m_report({.receivedBytes = m_totalWritten,
               .totalBytes = m_meta.total,
               .bytesPerSecond = m_rate.bytesPerSecond(),

@@ -16,7 +16,8 @@ class DownloadState
 {
 public:
     /// Called at the beginning, at the end, and between them for a thousandth of the file or more gained, no
-    /// more often than a window can show it.
+    /// more often than a window can show it; and while less than that comes, whenever the speed has changed
+    /// over a second.
     using Report = std::function<void(const DownloadProgress &)>;
 
     DownloadState(DownloadMeta meta, QString recordPath, Report report);
@@ -25,6 +26,8 @@ public:
 
     /// `bytes` more of the segment lie in the partial file.
     void add(qint64 bytes, qsizetype segment);
+    /// What was there is of no use: the file comes whole, under that tag.
+    void beginAnew(std::optional<QString> etag);
     /// Counts out everything added since the beginning, and what will be added: the server has proved not
     /// to send the file.
     void distrust();
@@ -40,14 +43,16 @@ public:
 
 private:
     DownloadMeta m_meta;
-    const QList<qint64> m_writtenBefore;
+    QList<qint64> m_writtenBefore;
     const QString m_recordPath;
     const Report m_report;
     QDeadlineTimer m_nextSave;
     QDeadlineTimer m_nextReport;
+    QDeadlineTimer m_nextLook;
     qint64 m_totalWritten;
     TransferRate m_rate;
     double m_lastReported = -1;
+    double m_reportedSpeed = 0;
     bool m_isDistrusted = false;
 };
 

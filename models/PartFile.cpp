@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
 using namespace Qt::StringLiterals;
@@ -111,10 +113,8 @@ bool PartFile::flush()
 
 void PartFile::moveTo(const QString &destination)
 {
-    std::error_code failure;
-    std::filesystem::rename(QFile::encodeName(m_file.fileName()).constData(),
-                            QFile::encodeName(destination).constData(), failure);
-    if (failure)
+    if (std::rename(QFile::encodeName(m_file.fileName()).constData(),
+                    QFile::encodeName(destination).constData()) != 0)
         fail();
 }
 
@@ -127,7 +127,8 @@ void PartFile::remove()
 
 void PartFile::fail() const
 {
-    throw DownloadError::notWritable(QFileInfo(m_file.fileName()).path());
+    const int error = errno;
+    throw DownloadError::notWritable(QFileInfo(m_file.fileName()).path(), error);
 }
 
 } // namespace orvane

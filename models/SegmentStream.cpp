@@ -13,17 +13,30 @@ constexpr qint64 flushStep = 8 * 1024 * 1024;
 
 } // namespace
 
-SegmentStream::SegmentStream(const QUrl &url, Answer answer, qsizetype segment, PartFile &part,
-                             DownloadState &state, std::chrono::milliseconds idleTimeout)
-    : Transfer(url, answer == Answer::Range ? std::optional(state.meta().missing(segment)) : std::nullopt,
-               idleTimeout),
-      m_answer(answer),
+SegmentStream::SegmentStream(const QUrl &url, qsizetype segment, PartFile &part, DownloadState &state,
+                             std::chrono::milliseconds idleTimeout)
+    : SegmentStream(url, state.meta().missing(segment), state.meta().missing(segment), segment, part, state,
+                    idleTimeout)
+{}
+
+SegmentStream::SegmentStream(const QUrl &url, WholeFile comes, PartFile &part, DownloadState &state,
+                             std::chrono::milliseconds idleTimeout)
+    : SegmentStream(url, std::nullopt, {.start = 0, .end = state.meta().total - 1}, 0, part, state,
+                    idleTimeout)
+{
+    m_wholeFileComes = std::move(comes);
+}
+
+SegmentStream::SegmentStream(const QUrl &url, std::optional<ByteRange> asked, ByteRange range,
+                             qsizetype segment, PartFile &part, DownloadState &state,
+                             std::chrono::milliseconds idleTimeout)
+    : Transfer(url, asked, idleTimeout),
       m_segment(segment),
       m_part(part),
       m_state(state),
-      m_range(state.meta().missing(segment)),
-      m_offset(m_range.start),
-      m_flushedTo(m_range.start)
+      m_range(range),
+      m_offset(range.start),
+      m_flushedTo(range.start)
 {
     m_waiting.reserve(bufferSize);
 }
@@ -32,16 +45,16 @@ void SegmentStream::answered(const DownloadAnswer &answer)
 {
     if (answer.status != 200 && answer.status != 206)
         throw DownloadError::badStatus(answer.status);
-    if (m_answer == Answer::Range &&
-        (answer.status == 200 || (answer.etag && answer.etag != m_state.meta().etag)))
+    if (!m_wholeFileComes && (answer.status == 200 || (answer.etag && answer.etag != m_state.meta().etag)))
         throw RangesDiffer();
     if (answer.isEncoded || answer.contentLength.value_or(m_range.length()) != m_range.length())
         throw DownloadError::fileChanged();
-    if (m_answer == Answer::WholeFile && answer.status == 200)
-        return;
     const auto &given = answer.contentRange;
-    if (!given || given->range != m_range || given->total != m_state.meta().total)
+    const bool isAsked = given && given->range == m_range && given->total == m_state.meta().total;
+    if (!isAsked && !(m_wholeFileComes && answer.status == 200))
         throw DownloadError::fileChanged();
+    if (m_wholeFileComes)
+        m_wholeFileComes(answer.etag);
 }
 
 void SegmentStream::received(std::span<const char> bytes)

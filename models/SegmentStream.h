@@ -2,6 +2,7 @@
 
 #include "models/Transfer.h"
 
+#include <functional>
 #include <vector>
 
 namespace orvane {
@@ -19,11 +20,14 @@ struct RangesDiffer
 class SegmentStream : public Transfer
 {
 public:
-    /// `WholeFile` is for a server that gives no ranges: the one answer is then the file from its start.
-    enum class Answer { Range, WholeFile };
+    /// Called when the server begins to send the whole file, of that tag, in place of all that is there.
+    using WholeFile = std::function<void(const std::optional<QString> &etag)>;
 
-    /// The part and the state outlive the stream.
-    SegmentStream(const QUrl &url, Answer answer, qsizetype segment, PartFile &part, DownloadState &state,
+    /// What is missing of that segment. The part and the state outlive the stream.
+    SegmentStream(const QUrl &url, qsizetype segment, PartFile &part, DownloadState &state,
+                  std::chrono::milliseconds idleTimeout);
+    /// The whole file as the one segment, which the state has from `comes` on.
+    SegmentStream(const QUrl &url, WholeFile comes, PartFile &part, DownloadState &state,
                   std::chrono::milliseconds idleTimeout);
 
     /// Writes what has arrived. Nothing that has is kept back longer than until the end of a round.
@@ -35,7 +39,11 @@ protected:
     void ended() override;
 
 private:
-    const Answer m_answer;
+    SegmentStream(const QUrl &url, std::optional<ByteRange> asked, ByteRange range, qsizetype segment,
+                  PartFile &part, DownloadState &state, std::chrono::milliseconds idleTimeout);
+
+    /// None when a range is asked for.
+    WholeFile m_wholeFileComes;
     const qsizetype m_segment;
     PartFile &m_part;
     DownloadState &m_state;

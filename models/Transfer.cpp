@@ -9,6 +9,8 @@
 
 #include <curl/curl.h>
 
+#include <cerrno>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -31,6 +33,13 @@ DownloadError insecureRedirect()
         text(u"Сервер перенаправил загрузку на незащищённый адрес, поэтому она остановлена."));
 }
 
+bool hasNoWayToTheServer(CURL *handle)
+{
+    long error = 0;
+    curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &error);
+    return error == ENETUNREACH || error == EHOSTUNREACH || error == ENETDOWN;
+}
+
 /// Why no last answer came.
 DownloadError connectionFailure(CURL *handle, int result)
 {
@@ -39,9 +48,12 @@ DownloadError connectionFailure(CURL *handle, int result)
     if (proxyStatus >= 300 || result == CURLE_COULDNT_RESOLVE_PROXY || result == CURLE_PROXY)
         return DownloadError::connectionFailed(
             text(u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси."));
+    const QString notConnected = text(u"Не удалось соединиться с сервером моделей. Повторите загрузку.");
+    if (result == CURLE_COULDNT_CONNECT && hasNoWayToTheServer(handle))
+        return DownloadError::hostUnreachable(notConnected);
     switch (result) {
     case CURLE_COULDNT_RESOLVE_HOST:
-        return DownloadError::connectionFailed(
+        return DownloadError::hostUnreachable(
             text(u"Сервер моделей не найден. Проверьте подключение к интернету."));
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
@@ -52,8 +64,7 @@ DownloadError connectionFailure(CURL *handle, int result)
     case CURLE_OPERATION_TIMEDOUT:
         return timedOut();
     default:
-        return DownloadError::connectionFailed(
-            text(u"Не удалось соединиться с сервером моделей. Повторите загрузку."));
+        return DownloadError::connectionFailed(notConnected);
     }
 }
 

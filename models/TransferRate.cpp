@@ -13,7 +13,11 @@ constexpr double minInterval = 0.2;
 
 } // namespace
 
-TransferRate::TransferRate(qint64 bytes, Clock::time_point now) : m_lastBytes(bytes), m_lastTime(now) {}
+TransferRate::TransferRate(qint64 bytes, Clock::time_point now)
+    : m_lastBytes(bytes),
+      m_lastTime(now),
+      m_lastGain(now)
+{}
 
 void TransferRate::update(qint64 bytes, Clock::time_point now)
 {
@@ -23,6 +27,10 @@ void TransferRate::update(qint64 bytes, Clock::time_point now)
     const double speed = double(bytes - m_lastBytes) / seconds;
     const double share = m_bytesPerSecond > 0 ? 1 - std::exp(-seconds / memory) : 1;
     m_bytesPerSecond += share * (speed - m_bytesPerSecond);
+    if (bytes > m_lastBytes)
+        m_lastGain = now;
+    else if (now - m_lastGain >= std::chrono::duration<double>(memory))
+        m_bytesPerSecond = 0;
     m_lastBytes = bytes;
     m_lastTime = now;
 }

@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(refused.failure, Kind::ConnectionFailed);
         QVERIFY2(refused.description.contains(u"защищённое"), qPrintable(refused.description));
         const auto nowhere = fetch(QUrl(u"http://models.invalid/m"_s));
-        QCOMPARE(nowhere.failure, Kind::ConnectionFailed);
+        QCOMPARE(nowhere.failure, Kind::HostUnreachable);
         QVERIFY2(nowhere.description.contains(u"не найден"), qPrintable(nowhere.description));
     }
 

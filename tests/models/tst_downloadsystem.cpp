@@ -84,14 +84,21 @@ private Q_SLOTS:
         const QStringList ownNetwork = {u"--net"_s};
         if (run("ip link set lo up", {}, ownNetwork).exitCode != 0)
             QSKIP("this system lets users make no network of their own (unshare, ip)");
+        // A server that answers, and be it with a refusal, is waited for by nobody.
+        const auto refused = run("ip link set lo up; ip address add 198.51.100.7/32 dev lo\n"
+                                 "\"$download\" \"$url\" \"$dir/model\" GGUF",
+                                 QUrl(u"http://198.51.100.7:8080/model"_s), ownNetwork);
+        QVERIFY2(reports(refused.output, DownloadError::Kind::ConnectionFailed), refused.output.constData());
+
         const auto result = run("ip link set lo up; mkdir \"$dir/served\"\n"
                                 "printf 'GGUF and more' > \"$dir/served/model\"\n"
+                                "python3 -m http.server 8080 --directory \"$dir/served\" >/dev/null 2>&1 &\n"
+                                "server=$!\n"
+                                "until grep -q ':1F90 ' /proc/net/tcp; do sleep 0.05; done\n"
                                 "\"$download\" \"$url\" \"$dir/model\" GGUF 2> \"$dir/said\" & running=$!\n"
                                 "until grep -q waiting \"$dir/said\"; do sleep 0.05; done\n"
-                                "ip address add 198.51.100.7/32 dev lo\n"
-                                "python3 -m http.server 8080 --directory \"$dir/served\" >/dev/null 2>&1 &\n"
-                                "ip route add default dev lo; wait $running; echo \"ended: $?\"; kill $!\n"
-                                "cat \"$dir/model\"",
+                                "ip address add 198.51.100.7/32 dev lo; ip route add default dev lo\n"
+                                "wait $running; echo \"ended: $?\"; kill $server; cat \"$dir/model\"",
                                 QUrl(u"http://198.51.100.7:8080/model"_s), ownNetwork);
         QVERIFY2(result.output.endsWith("ended: 0\nGGUF and more"), result.output.constData());
     }

@@ -162,6 +162,65 @@ private Q_SLOTS:
             QVERIFY(bodyBytes(served) - server.content().size() < underWay);
     }
 
+    void keepsWhatIsThere_data()
+    {
+        QTest::addColumn<FaultServer::Rule>("rule");
+        const auto firstOfAll = [](int count, const Answer &given) {
+            return [=, left = count](const Request &) mutable { return left-- > 0 ? given : Answer(); };
+        };
+        const auto firstSegment = [](const Answer &given) {
+            return [=, isSpoilt = false](const Request &request) mutable {
+                return request.isProbe() || std::exchange(isSpoilt, true) ? Answer() : given;
+            };
+        };
+        QTest::newRow("a mirror of another tag is asked first")
+            << FaultServer::Rule(firstOfAll(2, {.etag = "\"v2\""}));
+        QTest::newRow("a mirror without ranges is asked first")
+            << FaultServer::Rule(firstOfAll(1, {.ignoresRange = true}));
+        QTest::newRow("a segment of another tag") << FaultServer::Rule(firstSegment({.etag = "\"v2\""}));
+        QTest::newRow("the whole file for a segment")
+            << FaultServer::Rule(firstSegment({.ignoresRange = true}));
+        QTest::newRow("the whole file is announced and does not come")
+            << FaultServer::Rule([](const Request &request) {
+                   return request.range ? Answer{.ignoresRange = true}
+                                        : Answer{.status = 503, .body = "busy"};
+               });
+    }
+
+    void keepsWhatIsThere()
+    {
+        QFETCH(const FaultServer::Rule, rule);
+        FaultServer server(twoSegments());
+        const DownloadMeta meta = metaOf({12 * mebibyte, 12 * mebibyte});
+        put(record(), meta.toJson());
+        put(part(), twoSegments().first(meta.minFileSize()));
+        server.setRule(rule);
+        ModelDownloader downloader;
+        if (finish(startDownload(downloader, server.url(), destination())).failure) {
+            QCOMPARE(DownloadMeta::fromJson(contentOf(record())), meta);
+            server.setRule({});
+            fetchWhole(server);
+        }
+        QVERIFY(contentOf(destination()) == server.content());
+        qint64 ranges = 0;
+        for (const auto &one : server.takeServed())
+            ranges += one.status == 206 && one.isTrue ? one.sent : 0;
+        QVERIFY2(ranges < server.content().size() - 24 * mebibyte + underWay,
+                 qPrintable(QString::number(ranges)));
+    }
+
+    void oneStreamResumes()
+    {
+        FaultServer server(twoSegments());
+        server.setRule(always({.ignoresRange = true, .dropAfter = 30 * mebibyte}));
+        ModelDownloader downloader;
+        QCOMPARE(finish(startDownload(downloader, server.url(), destination())).failure, Kind::Truncated);
+        server.setRule({});
+        server.takeServed();
+        fetchWhole(server);
+        QVERIFY(bodyBytes(server.takeServed()) < 3 * mebibyte + underWay);
+    }
+
     void discardsRecord_data()
     {
         QTest::addColumn<QByteArray>("text");
@@ -266,6 +325,7 @@ private Q_SLOTS:
         const auto refused = finish(startDownload(second, server.url(), destination()));
         QCOMPARE(refused.failure, Kind::AlreadyRunning);
         QVERIFY(!running->hasEnded);
+        QTRY_COMPARE(running->progress.last().bytesPerSecond, 0.0); // nothing comes any more
 
         QElapsedTimer since;
         since.start();

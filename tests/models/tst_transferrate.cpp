@@ -29,6 +29,10 @@ private Q_SLOTS:
         run(250'000);
         QVERIFY2(std::abs(rate.bytesPerSecond() - 1e6) < 0.15e6,
                  qPrintable(QString::number(rate.bytesPerSecond())));
+        rate.update(bytes, now += 2s);
+        QVERIFY(rate.bytesPerSecond() > 0);
+        rate.update(bytes, now += 2s);
+        QCOMPARE(rate.bytesPerSecond(), 0.0);
     }
 };
 
