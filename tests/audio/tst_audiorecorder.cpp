@@ -3,6 +3,7 @@
 #include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "engine/PortReservation.h"
+#include "tests/support/Rows.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/TaskResult.h"
 #include "tests/support/Tone.h"
@@ -10,7 +11,6 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
 #include <atomic>
@@ -21,6 +21,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using orvane::test::SoundServer;
 
 namespace {
@@ -105,305 +106,284 @@ private Q_SLOTS:
 
     void cleanup() { m_server.reset(); }
 
-    void records_data();
-    void records();
-    void keepsEverySample();
-    void outlivesItsDevice_data();
-    void outlivesItsDevice();
-    void followsTheDefault();
-    void reportsSilence();
-    void cannotStart_data();
-    void cannotStart();
-    void startsAndStopsInAnyOrder();
-    void endsWithItsRecorder();
-    void endsByItself();
-    void discards();
-};
+    void records_data()
+    {
+        const Rows<int, int, QString> row("sourceRate", "channels", "sample");
+        row("usual", 48000, 2, u"s16le"_s);
+        row("telephone", 8000, 1, u"ulaw"_s);
+        row("studio", 96000, 6, u"s24le"_s);
+    }
 
-void TestAudioRecorder::records_data()
-{
-    QTest::addColumn<int>("sourceRate");
-    QTest::addColumn<int>("channels");
-    QTest::addColumn<QString>("sample");
-    QTest::newRow("usual") << 48000 << 2 << u"s16le"_s;
-    QTest::newRow("telephone") << 8000 << 1 << u"ulaw"_s;
-    QTest::newRow("studio") << 96000 << 6 << u"s24le"_s;
-}
-
-void TestAudioRecorder::records()
-{
-    QFETCH(const int, sourceRate);
-    QFETCH(const int, channels);
-    QFETCH(const QString, sample);
-    m_server->plugIn(u"microphone"_s, {.rate = sourceRate, .channels = channels, .sample = sample});
-    AudioRecorder recorder(m_modules);
-    QCOMPARE(recorder.waveform(), QList<float>(48, 0));
-    const QSignalSpy levelChanged(&recorder, &AudioRecorder::levelChanged);
-    start(recorder);
-    QElapsedTimer timer;
-    timer.start();
-    m_server->speak(u"microphone"_s, tone(440, 2));
-    const qsizetype changes = levelChanged.count();
-    QTRY_VERIFY_WITH_TIMEOUT(levelChanged.count() > changes, patience);
-    // Nobody looked for two seconds: everything that was missed is in what was reported once.
-    QCOMPARE(changes, 0);
-    const QList<float> waveform = recorder.waveform();
-    QCOMPARE(waveform.size(), 48);
-    QCOMPARE(waveform.constLast(), recorder.level());
-    QVERIFY(std::ranges::count_if(waveform, [](float level) { return level > 0.9F; }) > 15);
-    const double seconds = double(timer.elapsed()) / 1000;
-    std::vector<float> samples;
-    stop(recorder, samples);
-    QCOMPARE(recorder.level(), 0);
-    QCOMPARE(recorder.waveform(), QList<float>(48, 0));
-
-    const double difference = double(samples.size()) / rate - seconds;
-    QVERIFY2(std::abs(difference) < 0.15, qPrintable(QString::number(difference)));
-    QVERIFY(std::ranges::all_of(samples, [](float value) { return std::abs(value) < 0.6F; }));
-    const auto begin = std::ranges::find_if(samples, isSound);
-    QVERIFY(samples.end() - begin > 19 * rate / 10);
-    const std::span middle(begin + rate / 10, begin + 18 * rate / 10);
-    // A missing piece would shift the wave, and everything else would be heard beside it.
-    const double heard = amplitudeAt(440, middle);
-    QVERIFY2(std::abs(heard - loud) < 0.02 * loud, qPrintable(QString::number(heard)));
-    QVERIFY(std::abs(wholeAmplitude(middle) - heard) < 0.02 * loud);
-}
-
-void TestAudioRecorder::keepsEverySample()
-{
-    QFile device(plugPipeIn());
-    QVERIFY(device.open(QFile::WriteOnly | QFile::Unbuffered));
-    const auto write = [&](qsizetype count, qint16 sample) {
-        const QList<qint16> samples(count, sample);
-        device.write(reinterpret_cast<const char *>(samples.constData()), count * 2);
-    };
-
-    AudioRecorder recorder(m_modules);
-    int whole = 0;
-    for (int round = 0; round < 3; ++round) {
+    void records()
+    {
+        QFETCH(const int, sourceRate);
+        QFETCH(const int, channels);
+        QFETCH(const QString, sample);
+        m_server->plugIn(u"microphone"_s, {.rate = sourceRate, .channels = channels, .sample = sample});
+        AudioRecorder recorder(m_modules);
+        QCOMPARE(recorder.waveform(), QList<float>(48, 0));
+        const QSignalSpy levelChanged(&recorder, &AudioRecorder::levelChanged);
         start(recorder);
-        constexpr qsizetype spoken = rate;
-        write(spoken, 10'000);
-        int unread = spoken;
-        while (unread > 0)
-            QCOMPARE(ioctl(device.handle(), FIONREAD, &unread), 0);
-        // The server has it all and may not have delivered it all.
-        const TaskResult stopped(recorder.stop());
-        QTimer later;
-        connect(&later, &QTimer::timeout, this, [&] { write(rate / 50, 0); });
-        later.start(20);
-        QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
-        const auto heard = std::ranges::count_if(
-            stopped.value(), [](float sample) { return std::abs(sample - 0.305F) < 0.01F; });
-        whole += heard == spoken;
+        QElapsedTimer timer;
+        timer.start();
+        m_server->speak(u"microphone"_s, tone(440, 2));
+        const qsizetype changes = levelChanged.count();
+        QTRY_VERIFY_WITH_TIMEOUT(levelChanged.count() > changes, patience);
+        // Nobody looked for two seconds: everything that was missed is in what was reported once.
+        QCOMPARE(changes, 0);
+        const QList<float> waveform = recorder.waveform();
+        QCOMPARE(waveform.size(), 48);
+        QCOMPARE(waveform.constLast(), recorder.level());
+        QVERIFY(std::ranges::count_if(waveform, [](float level) { return level > 0.9F; }) > 15);
+        const double seconds = double(timer.elapsed()) / 1000;
+        std::vector<float> samples;
+        stop(recorder, samples);
+        QCOMPARE(recorder.level(), 0);
+        QCOMPARE(recorder.waveform(), QList<float>(48, 0));
+
+        const double difference = double(samples.size()) / rate - seconds;
+        QVERIFY2(std::abs(difference) < 0.15, qPrintable(QString::number(difference)));
+        QVERIFY(std::ranges::all_of(samples, [](float value) { return std::abs(value) < 0.6F; }));
+        const auto begin = std::ranges::find_if(samples, isSound);
+        QVERIFY(samples.end() - begin > 19 * rate / 10);
+        const std::span middle(begin + rate / 10, begin + 18 * rate / 10);
+        // A missing piece would shift the wave, and everything else would be heard beside it.
+        const double heard = amplitudeAt(440, middle);
+        QVERIFY2(std::abs(heard - loud) < 0.02 * loud, qPrintable(QString::number(heard)));
+        QVERIFY(std::abs(wholeAmplitude(middle) - heard) < 0.02 * loud);
     }
-    // A server that is interrupted between reading and passing on has not recorded yet.
-    QVERIFY2(whole >= 2, qPrintable(QString::number(whole)));
-}
 
-void TestAudioRecorder::outlivesItsDevice_data()
-{
-    QTest::addColumn<bool>("serverCrashes");
-    QTest::newRow("unplugged") << false;
-    QTest::newRow("server crashed") << true;
-}
+    void keepsEverySample()
+    {
+        QFile device(plugPipeIn());
+        QVERIFY(device.open(QFile::WriteOnly | QFile::Unbuffered));
+        const auto write = [&](qsizetype count, qint16 sample) {
+            const QList<qint16> samples(count, sample);
+            device.write(reinterpret_cast<const char *>(samples.constData()), count * 2);
+        };
 
-void TestAudioRecorder::outlivesItsDevice()
-{
-    QFETCH(const bool, serverCrashes);
-    m_server->plugIn(u"microphone"_s);
-    AudioRecorder recorder(m_modules);
-    start(recorder);
-    m_server->speak(u"microphone"_s, tone(440, 0.5));
-    QVERIFY(!recorder.deviceIsSilent());
-
-    if (serverCrashes)
-        m_server->crash();
-    else
-        m_server->unplug(u"microphone"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
-    QVERIFY(recorder.isRunning());
-    if (serverCrashes)
-        m_server->start();
-    m_server->plugIn(u"microphone"_s);
-
-    // Speak until it is heard: nobody tells when the new device runs.
-    for (int round = 0; recorder.deviceIsSilent() && round < 40; ++round) {
-        m_server->speak(u"microphone"_s, tone(880, 0.5));
-        QCoreApplication::processEvents();
+        AudioRecorder recorder(m_modules);
+        int whole = 0;
+        for (int round = 0; round < 3; ++round) {
+            start(recorder);
+            constexpr qsizetype spoken = rate;
+            write(spoken, 10'000);
+            int unread = spoken;
+            while (unread > 0)
+                QCOMPARE(ioctl(device.handle(), FIONREAD, &unread), 0);
+            // The server has it all and may not have delivered it all.
+            const TaskResult stopped(recorder.stop());
+            QTimer later;
+            connect(&later, &QTimer::timeout, this, [&] { write(rate / 50, 0); });
+            later.start(20);
+            QTRY_VERIFY_WITH_TIMEOUT(stopped.isDone(), patience);
+            const auto heard = std::ranges::count_if(
+                stopped.value(), [](float sample) { return std::abs(sample - 0.305F) < 0.01F; });
+            whole += heard == spoken;
+        }
+        // A server that is interrupted between reading and passing on has not recorded yet.
+        QVERIFY2(whole >= 2, qPrintable(QString::number(whole)));
     }
-    m_server->speak(u"microphone"_s, tone(880, 0.5));
-    std::vector<float> samples;
-    stop(recorder, samples);
-    QVERIFY(isTone(std::ranges::find_if(samples, isSound), 440));
-    const auto end = std::find_if(samples.rbegin(), samples.rend(), isSound).base() - rate / 20;
-    QVERIFY(isTone(end - rate * 4 / 10, 880));
-}
 
-void TestAudioRecorder::followsTheDefault()
-{
-    m_server->plugIn(u"first"_s);
-    m_server->plugIn(u"second"_s, {.rate = 44100, .channels = 1});
-    const auto low = m_server->startSpeaking(u"first"_s, tone(440, 60));
-    const auto high = m_server->startSpeaking(u"second"_s, tone(880, 60));
-    std::atomic<bool> isLow = false;
-    std::atomic<bool> isHigh = false;
-    AudioRecorder recorder(m_modules);
-    recorder.setChunks(0.1, [&](const std::vector<float> &chunk) {
-        isLow = amplitudeAt(440, chunk) > 0.9 * loud;
-        isHigh = amplitudeAt(880, chunk) > 0.9 * loud;
-    });
-    start(recorder);
-    QTRY_VERIFY_WITH_TIMEOUT(isLow, patience);
-    m_server->setDefault(u"second"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isHigh, patience);
-    m_server->unplug(u"second"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isLow, patience);
-    std::vector<float> samples;
-    stop(recorder, samples);
-    QVERIFY(samples.empty());
-}
+    void outlivesItsDevice_data()
+    {
+        const Rows<bool> row("serverCrashes");
+        row("unplugged", false);
+        row("server crashed", true);
+    }
 
-void TestAudioRecorder::reportsSilence()
-{
-    m_server->plugIn(u"microphone"_s);
-    AudioRecorder recorder(m_modules);
-    start(recorder);
-    QElapsedTimer timer;
-    timer.start();
-    QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
-    QVERIFY(timer.elapsed() > 1900);
-    std::vector<float> samples;
-    stop(recorder, samples);
-    QVERIFY(!recorder.deviceIsSilent());
-}
-
-void TestAudioRecorder::cannotStart_data()
-{
-    QTest::addColumn<QString>("reason");
-    QTest::addColumn<CaptureError::Kind>("kind");
-    QTest::addColumn<QString>("description");
-    QTest::newRow("monitor only") << u"monitor"_s << CaptureError::Kind::noInputDevice
-                                  << u"Микрофон не найден. "_s;
-    QTest::newRow("no server") << u"server"_s << CaptureError::Kind::deviceFailed
-                               << u"Звуковая служба не отвечает. "_s;
-    QTest::newRow("no module") << u"module"_s << CaptureError::Kind::deviceFailed
-                               << u"Модуль записи звука не загрузился. Переустановите программу."_s;
-    QTest::newRow("refused") << u"refusal"_s << CaptureError::Kind::accessRefused
-                             << u"Нет доступа к микрофону. "_s;
-}
-
-void TestAudioRecorder::cannotStart()
-{
-    QFETCH(const QString, reason);
-    QFETCH(const CaptureError::Kind, kind);
-    QFETCH(const QString, description);
-    if (reason == u"server")
-        m_server->crash();
-    if (reason == u"monitor")
-        m_server->control({u"load-module"_s, u"module-null-sink"_s});
-    if (reason == u"refusal")
-        m_server->refuseThisProcess(orvaneReserveFreePort(0));
-    AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
-    const TaskResult started(recorder.start());
-    QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
-    const auto error = started.failedAs<CaptureError>();
-    QVERIFY(error);
-    QCOMPARE(error->kind(), kind);
-    QVERIFY2(error->description().startsWith(description), error->what());
-    QVERIFY(!recorder.isRunning());
-
-    if (reason == u"monitor") {
+    void outlivesItsDevice()
+    {
+        QFETCH(const bool, serverCrashes);
         m_server->plugIn(u"microphone"_s);
+        AudioRecorder recorder(m_modules);
         start(recorder);
-    }
-}
+        m_server->speak(u"microphone"_s, tone(440, 0.5));
+        QVERIFY(!recorder.deviceIsSilent());
 
-void TestAudioRecorder::startsAndStopsInAnyOrder()
-{
-    m_server->plugIn(u"microphone"_s);
-    AudioRecorder recorder(m_modules);
-    const TaskResult idle(recorder.stop());
-    QVERIFY(idle.isDone());
-
-    for (int round = 0; round < 20; ++round) {
-        const TaskResult first(recorder.start());
-        const TaskResult second(recorder.start());
-        if (round % 2)
-            QTest::qWait(3 * round);
-        const bool hadStarted = first.isDone();
-        const TaskResult stopped(recorder.stop());
-        const TaskResult next(recorder.start());
-        QTRY_VERIFY_WITH_TIMEOUT(next.isDone() && first.isDone() && second.isDone(), patience);
-        QCOMPARE(next.error(), QString());
-        QVERIFY(first.isCancelled() || hadStarted);
-        QVERIFY(second.isCancelled() || hadStarted);
-        QVERIFY(stopped.succeeded());
+        if (serverCrashes)
+            m_server->crash();
+        else
+            m_server->unplug(u"microphone"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
         QVERIFY(recorder.isRunning());
-        const TaskResult last(recorder.stop());
-        const TaskResult nothing(recorder.stop());
-        QTRY_VERIFY_WITH_TIMEOUT(last.isDone() && nothing.isDone(), patience);
-        QVERIFY(nothing.value().empty());
-    }
-}
+        if (serverCrashes)
+            m_server->start();
+        m_server->plugIn(u"microphone"_s);
 
-void TestAudioRecorder::endsWithItsRecorder()
-{
-    m_server->plugIn(u"microphone"_s);
-    for (int round = 0; round < 20; ++round) {
-        auto recorder = std::make_unique<AudioRecorder>(m_modules);
-        const TaskResult started(recorder->start());
-        if (round >= 5)
-            QTest::qWait(4 * (round - 5));
-        std::optional<TaskResult<std::vector<float>>> stopped;
-        if (round >= 15)
-            stopped.emplace(recorder->stop());
+        // Speak until it is heard: nobody tells when the new device runs.
+        for (int round = 0; recorder.deviceIsSilent() && round < 40; ++round) {
+            m_server->speak(u"microphone"_s, tone(880, 0.5));
+            QCoreApplication::processEvents();
+        }
+        m_server->speak(u"microphone"_s, tone(880, 0.5));
+        std::vector<float> samples;
+        stop(recorder, samples);
+        QVERIFY(isTone(std::ranges::find_if(samples, isSound), 440));
+        const auto end = std::find_if(samples.rbegin(), samples.rend(), isSound).base() - rate / 20;
+        QVERIFY(isTone(end - rate * 4 / 10, 880));
+    }
+
+    void followsTheDefault()
+    {
+        m_server->plugIn(u"first"_s);
+        m_server->plugIn(u"second"_s, {.rate = 44100, .channels = 1});
+        const auto low = m_server->startSpeaking(u"first"_s, tone(440, 60));
+        const auto high = m_server->startSpeaking(u"second"_s, tone(880, 60));
+        std::atomic<bool> isLow = false;
+        std::atomic<bool> isHigh = false;
+        AudioRecorder recorder(m_modules);
+        recorder.setChunks(0.1, [&](const std::vector<float> &chunk) {
+            isLow = amplitudeAt(440, chunk) > 0.9 * loud;
+            isHigh = amplitudeAt(880, chunk) > 0.9 * loud;
+        });
+        start(recorder);
+        QTRY_VERIFY_WITH_TIMEOUT(isLow, patience);
+        m_server->setDefault(u"second"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(isHigh, patience);
+        m_server->unplug(u"second"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(isLow, patience);
+        std::vector<float> samples;
+        stop(recorder, samples);
+        QVERIFY(samples.empty());
+    }
+
+    void reportsSilence()
+    {
+        m_server->plugIn(u"microphone"_s);
+        AudioRecorder recorder(m_modules);
+        start(recorder);
         QElapsedTimer timer;
         timer.start();
-        recorder.reset();
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT(recorder.deviceIsSilent(), patience);
+        QVERIFY(timer.elapsed() > 1900);
+        std::vector<float> samples;
+        stop(recorder, samples);
+        QVERIFY(!recorder.deviceIsSilent());
+    }
+
+    void cannotStart_data()
+    {
+        const Rows<QString, CaptureError::Kind, QString> row("reason", "kind", "description");
+        row("monitor only", u"monitor"_s, CaptureError::Kind::noInputDevice, u"Микрофон не найден. "_s);
+        row("no server", u"server"_s, CaptureError::Kind::deviceFailed, u"Звуковая служба не отвечает. "_s);
+        row("no module", u"module"_s, CaptureError::Kind::deviceFailed,
+            u"Модуль записи звука не загрузился. Переустановите программу."_s);
+        row("refused", u"refusal"_s, CaptureError::Kind::accessRefused, u"Нет доступа к микрофону. "_s);
+    }
+
+    void cannotStart()
+    {
+        QFETCH(const QString, reason);
+        QFETCH(const CaptureError::Kind, kind);
+        QFETCH(const QString, description);
+        if (reason == u"server")
+            m_server->crash();
+        if (reason == u"monitor")
+            m_server->control({u"load-module"_s, u"module-null-sink"_s});
+        if (reason == u"refusal")
+            m_server->refuseThisProcess(orvaneReserveFreePort(0));
+        AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
+        const TaskResult started(recorder.start());
         QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
-        if (stopped)
-            QTRY_VERIFY_WITH_TIMEOUT(stopped->isCancelled(), patience);
+        const auto error = started.failedAs<CaptureError>();
+        QVERIFY(error);
+        QCOMPARE(error->kind(), kind);
+        QVERIFY2(error->description().startsWith(description), error->what());
+        QVERIFY(!recorder.isRunning());
+
+        if (reason == u"monitor") {
+            m_server->plugIn(u"microphone"_s);
+            start(recorder);
+        }
     }
-}
 
-void TestAudioRecorder::endsByItself()
-{
-    m_server->plugIn(u"microphone"_s);
-    AudioRecorder recorder(m_modules);
-    const QSignalSpy ended(&recorder, &AudioRecorder::endedByItself);
-    start(recorder);
-    m_server->speak(u"microphone"_s, tone(440, 0.5));
+    void startsAndStopsInAnyOrder()
+    {
+        m_server->plugIn(u"microphone"_s);
+        AudioRecorder recorder(m_modules);
+        const TaskResult idle(recorder.stop());
+        QVERIFY(idle.isDone());
 
-    SoundServer::breakRecordingHere();
-    QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, patience);
-    QVERIFY(ended.first().first().toString().startsWith(u"Звуковая система отказала"));
-    QVERIFY(!recorder.isRunning());
-
-    std::vector<float> samples;
-    stop(recorder, samples);
-    QVERIFY(samples.cend() - std::ranges::find_if(samples, isSound) > rate * 4 / 10);
-    start(recorder);
-}
-
-void TestAudioRecorder::discards()
-{
-    // A device that gives nothing keeps whoever wants its rest waiting for 250 ms.
-    (void)plugPipeIn();
-    AudioRecorder recorder(m_modules);
-    qint64 fastest = patience;
-    for (int round = 0; round < 5; ++round) {
-        start(recorder);
-        QElapsedTimer timer;
-        timer.start();
-        recorder.discard();
-        start(recorder);
-        fastest = std::min(fastest, timer.elapsed());
-        recorder.discard();
+        for (int round = 0; round < 20; ++round) {
+            const TaskResult first(recorder.start());
+            const TaskResult second(recorder.start());
+            if (round % 2)
+                QTest::qWait(3 * round);
+            const bool hadStarted = first.isDone();
+            const TaskResult stopped(recorder.stop());
+            const TaskResult next(recorder.start());
+            QTRY_VERIFY_WITH_TIMEOUT(next.isDone() && first.isDone() && second.isDone(), patience);
+            QCOMPARE(next.error(), QString());
+            QVERIFY(first.isCancelled() || hadStarted);
+            QVERIFY(second.isCancelled() || hadStarted);
+            QVERIFY(stopped.succeeded());
+            QVERIFY(recorder.isRunning());
+            const TaskResult last(recorder.stop());
+            const TaskResult nothing(recorder.stop());
+            QTRY_VERIFY_WITH_TIMEOUT(last.isDone() && nothing.isDone(), patience);
+            QVERIFY(nothing.value().empty());
+        }
     }
-    QVERIFY2(fastest < 200, qPrintable(QString::number(fastest)));
-}
+
+    void endsWithItsRecorder()
+    {
+        m_server->plugIn(u"microphone"_s);
+        for (int round = 0; round < 20; ++round) {
+            auto recorder = std::make_unique<AudioRecorder>(m_modules);
+            const TaskResult started(recorder->start());
+            if (round >= 5)
+                QTest::qWait(4 * (round - 5));
+            std::optional<TaskResult<std::vector<float>>> stopped;
+            if (round >= 15)
+                stopped.emplace(recorder->stop());
+            QElapsedTimer timer;
+            timer.start();
+            recorder.reset();
+            QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+            QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+            if (stopped)
+                QTRY_VERIFY_WITH_TIMEOUT(stopped->isCancelled(), patience);
+        }
+    }
+
+    void endsByItself()
+    {
+        m_server->plugIn(u"microphone"_s);
+        AudioRecorder recorder(m_modules);
+        const QSignalSpy ended(&recorder, &AudioRecorder::endedByItself);
+        start(recorder);
+        m_server->speak(u"microphone"_s, tone(440, 0.5));
+
+        SoundServer::breakRecordingHere();
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, patience);
+        QVERIFY(ended.first().first().toString().startsWith(u"Звуковая система отказала"));
+        QVERIFY(!recorder.isRunning());
+
+        std::vector<float> samples;
+        stop(recorder, samples);
+        QVERIFY(samples.cend() - std::ranges::find_if(samples, isSound) > rate * 4 / 10);
+        start(recorder);
+    }
+
+    void discards()
+    {
+        // A device that gives nothing keeps whoever wants its rest waiting for 250 ms.
+        (void)plugPipeIn();
+        AudioRecorder recorder(m_modules);
+        qint64 fastest = patience;
+        for (int round = 0; round < 5; ++round) {
+            start(recorder);
+            QElapsedTimer timer;
+            timer.start();
+            recorder.discard();
+            start(recorder);
+            fastest = std::min(fastest, timer.elapsed());
+            recorder.discard();
+        }
+        QVERIFY2(fastest < 200, qPrintable(QString::number(fastest)));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestAudioRecorder)
 #include "tst_audiorecorder.moc"

@@ -1,14 +1,15 @@
 #include "audio/MicrophoneAccess.h"
+#include "tests/support/Rows.h"
 #include "tests/support/SessionBus.h"
 #include "tests/support/TaskResult.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QElapsedTimer>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 /// Where the portals keep what the user has decided.
 class PermissionStore : public QObject, protected QDBusContext
@@ -47,39 +48,33 @@ private Q_SLOTS:
         QVERIFY(portals.registerService(u"org.freedesktop.impl.portal.PermissionStore"_s));
     }
 
-    void asksTheUsersDecision_data();
-    void asksTheUsersDecision();
+    void asksTheUsersDecision_data()
+    {
+        const Rows<QString, QStringList, bool, bool> row("sandbox", "permissions", "isSilent", "isGranted");
+        row("refused", u"app.sandboxed"_s, {u"no"_s}, false, false);
+        row("granted", u"app.sandboxed"_s, {u"yes"_s}, false, true);
+        row("undecided", u"app.sandboxed"_s, {}, false, true);
+        row("no answer", u"app.sandboxed"_s, {u"no"_s}, true, true);
+        row("no sandbox", {}, {u"no"_s}, false, true);
+    }
+
+    void asksTheUsersDecision()
+    {
+        QFETCH(const QString, sandbox);
+        QFETCH(const QStringList, permissions);
+        QFETCH(const bool, isSilent);
+        QFETCH(const bool, isGranted);
+        qputenv("FLATPAK_ID", sandbox.toUtf8());
+        m_store.permissions = permissions;
+        m_store.isSilent = isSilent;
+        QElapsedTimer timer;
+        timer.start();
+        const TaskResult asked(requestMicrophone());
+        QTRY_VERIFY_WITH_TIMEOUT(asked.succeeded(), 20'000); // on a busy machine
+        QCOMPARE(asked.value(), isGranted);
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    }
 };
-
-void TestMicrophoneAccess::asksTheUsersDecision_data()
-{
-    QTest::addColumn<QString>("sandbox");
-    QTest::addColumn<QStringList>("permissions");
-    QTest::addColumn<bool>("isSilent");
-    QTest::addColumn<bool>("isGranted");
-    QTest::newRow("refused") << u"app.sandboxed"_s << QStringList{u"no"_s} << false << false;
-    QTest::newRow("granted") << u"app.sandboxed"_s << QStringList{u"yes"_s} << false << true;
-    QTest::newRow("undecided") << u"app.sandboxed"_s << QStringList() << false << true;
-    QTest::newRow("no answer") << u"app.sandboxed"_s << QStringList{u"no"_s} << true << true;
-    QTest::newRow("no sandbox") << QString() << QStringList{u"no"_s} << false << true;
-}
-
-void TestMicrophoneAccess::asksTheUsersDecision()
-{
-    QFETCH(const QString, sandbox);
-    QFETCH(const QStringList, permissions);
-    QFETCH(const bool, isSilent);
-    QFETCH(const bool, isGranted);
-    qputenv("FLATPAK_ID", sandbox.toUtf8());
-    m_store.permissions = permissions;
-    m_store.isSilent = isSilent;
-    QElapsedTimer timer;
-    timer.start();
-    const TaskResult asked(requestMicrophone());
-    QTRY_VERIFY_WITH_TIMEOUT(asked.succeeded(), 20'000); // on a busy machine
-    QCOMPARE(asked.value(), isGranted);
-    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
-}
 
 QTEST_GUILESS_MAIN(TestMicrophoneAccess)
 #include "tst_microphoneaccess.moc"

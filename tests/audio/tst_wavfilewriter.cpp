@@ -1,8 +1,9 @@
 #include "audio/WavFileWriter.h"
 #include "base/files/FileError.h"
+#include "tests/support/Files.h"
+#include "tests/support/FullDisk.h"
 
 #include <QFileInfo>
-#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -10,17 +11,16 @@
 #include <atomic>
 #include <cerrno>
 #include <cmath>
-#include <csignal>
 #include <limits>
 #include <thread>
 #include <vector>
 
-#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 namespace {
 
@@ -28,12 +28,6 @@ constexpr qint64 headerBytes = 44;
 
 std::atomic<bool> s_syncFails = false;
 std::atomic<bool> s_writesHoles = false;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 quint32 number(const QByteArray &header, qsizetype offset)
 {
@@ -46,17 +40,6 @@ QList<int> samplesOf(const QByteArray &bytes)
     for (qsizetype offset = headerBytes; offset < bytes.size(); offset += 2)
         samples.append(qFromLittleEndian<qint16>(bytes.constData() + offset));
     return samples;
-}
-
-// As on a disk that is full from that size on, for files of this process.
-auto limitFileSize(rlim_t bytes)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit former{};
-    getrlimit(RLIMIT_FSIZE, &former);
-    const rlimit lower{.rlim_cur = bytes, .rlim_max = former.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &lower);
-    return qScopeGuard([former] { setrlimit(RLIMIT_FSIZE, &former); });
 }
 
 bool isIncomplete(WavFileWriter &writer)

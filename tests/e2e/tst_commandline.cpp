@@ -1,11 +1,12 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Rows.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 /// What needs no engine: the command line's manners, and the application beside it.
 class CommandLineTest : public QObject
@@ -15,19 +16,17 @@ class CommandLineTest : public QObject
 private Q_SLOTS:
     void refusesAWrongCommand_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("complaint");
+        const Rows<QStringList, QString> row("arguments", "complaint");
 
-        QTest::newRow("unknown command") << QStringList{u"sing"_s} << u"Неизвестная команда: sing"_s;
-        QTest::newRow("several files into one")
-            << QStringList{u"transcribe"_s, u"a"_s, u"b"_s, u"--output"_s, u"c.txt"_s} << u"--output"_s;
-        QTest::newRow("subtitles of several files")
-            << QStringList{u"transcribe"_s, u"a"_s, u"b"_s, u"--format"_s, u"srt"_s} << u"--output"_s;
-        QTest::newRow("results that overwrite each other")
-            << QStringList{u"transcribe"_s, u"a.wav"_s, u"a.mp3"_s, u"--output"_s, u"/tmp"_s}
-            << u"одинаковыми"_s;
-        QTest::newRow("text into a folder")
-            << QStringList{u"correct"_s, u"a"_s, u"--output"_s, u"/tmp"_s} << u"файл, а не папку: /tmp"_s;
+        row("unknown command", {u"sing"_s}, u"Неизвестная команда: sing"_s);
+        row("several files into one", {u"transcribe"_s, u"a"_s, u"b"_s, u"--output"_s, u"c.txt"_s},
+            u"--output"_s);
+        row("subtitles of several files", {u"transcribe"_s, u"a"_s, u"b"_s, u"--format"_s, u"srt"_s},
+            u"--output"_s);
+        row("results that overwrite each other",
+            {u"transcribe"_s, u"a.wav"_s, u"a.mp3"_s, u"--output"_s, u"/tmp"_s}, u"одинаковыми"_s);
+        row("text into a folder", {u"correct"_s, u"a"_s, u"--output"_s, u"/tmp"_s},
+            u"файл, а не папку: /tmp"_s);
     }
 
     void refusesAWrongCommand()
@@ -59,24 +58,18 @@ private Q_SLOTS:
 
     void cannotBegin_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("complaint");
+        const Rows<QStringList, QString> row("arguments", "complaint");
 
-        QTest::newRow("no model at all")
-            << QStringList{u"transcribe"_s, u"a.wav"_s} << u"Не скачано ни одной модели"_s;
-        QTest::newRow("model not downloaded")
-            << QStringList{u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"small"_s} << u"не скачана: small"_s;
-        QTest::newRow("no such model")
-            << QStringList{u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"/nowhere.bin"_s}
-            << u"Нет такой модели"_s;
-        QTest::newRow("text model not downloaded")
-            << QStringList{u"correct"_s, u"a.txt"_s, u"--model"_s, u"qwen2.5-3b"_s}
-            << u"не скачана: qwen2.5-3b"_s;
-        QTest::newRow("no model of texts")
-            << QStringList{u"correct"_s, u"a.txt"_s, u"--model"_s, u"/bin/sh"_s}
-            << u"Это не языковая модель"_s;
-        QTest::newRow("no such record")
-            << QStringList{u"history"_s, u"show"_s, u"1234"_s} << u"нет записи 1234"_s;
+        row("no model at all", {u"transcribe"_s, u"a.wav"_s}, u"Не скачано ни одной модели"_s);
+        row("model not downloaded", {u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"small"_s},
+            u"не скачана: small"_s);
+        row("no such model", {u"transcribe"_s, u"a.wav"_s, u"--model"_s, u"/nowhere.bin"_s},
+            u"Нет такой модели"_s);
+        row("text model not downloaded", {u"correct"_s, u"a.txt"_s, u"--model"_s, u"qwen2.5-3b"_s},
+            u"не скачана: qwen2.5-3b"_s);
+        row("no model of texts", {u"correct"_s, u"a.txt"_s, u"--model"_s, u"/bin/sh"_s},
+            u"Это не языковая модель"_s);
+        row("no such record", {u"history"_s, u"show"_s, u"1234"_s}, u"нет записи 1234"_s);
     }
 
     void cannotBegin()
@@ -101,12 +94,11 @@ private Q_SLOTS:
 
     void survivesADisplayThatDoesNotAnswer_data()
     {
-        QTest::addColumn<QString>("variable");
-        QTest::addColumn<QString>("display");
-        QTest::newRow("X") << u"DISPLAY"_s << u":59999"_s;
-        QTest::newRow("Wayland") << u"WAYLAND_DISPLAY"_s << u"nobody"_s;
-        QTest::newRow("platform") << u"QT_QPA_PLATFORM"_s << u"xcb"_s;
-        QTest::newRow("platform without a plugin") << u"QT_QPA_PLATFORM"_s << u"nothing"_s;
+        const Rows<QString, QString> row("variable", "display");
+        row("X", u"DISPLAY"_s, u":59999"_s);
+        row("Wayland", u"WAYLAND_DISPLAY"_s, u"nobody"_s);
+        row("platform", u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+        row("platform without a plugin", u"QT_QPA_PLATFORM"_s, u"nothing"_s);
     }
 
     void survivesADisplayThatDoesNotAnswer()

@@ -1,6 +1,7 @@
 #include "tests/e2e/OrvaneProgram.h"
 #include "tests/support/Files.h"
 #include "tests/support/Nginx.h"
+#include "tests/support/Rows.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,7 +11,6 @@
 #include <QJsonObject>
 #include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QTest>
 
 #include <csignal>
 #include <numeric>
@@ -77,20 +77,15 @@ private Q_SLOTS:
 
     void listsBothCatalogues_data()
     {
-        QTest::addColumn<QByteArray>("preferences");
-        QTest::addColumn<QStringList>("headings");
-        QTest::addColumn<QString>("recommended");
-        QTest::addColumn<QString>("aboutTiny");
-        QTest::addColumn<QString>("aboutGemma");
+        const Rows<QByteArray, QStringList, QString, QString, QString> row(
+            "preferences", "headings", "recommended", "aboutTiny", "aboutGemma");
 
-        QTest::newRow("Russian") << QByteArray(R"({"interfaceLanguage": "ru"})")
-                                 << QStringList{u"Распознавание речи"_s, u"Обработка текста"_s}
-                                 << u"Рекомендуем"_s << u"≈ 75 МБ +≈ 0.4 ГБ +только английский"_s
-                                 << u"≈ 1.6 ГБ +≈ 3.0 ГБ +.*Лёгкая · Многоязычная"_s;
-        QTest::newRow("English") << QByteArray(R"({"interfaceLanguage": "en"})")
-                                 << QStringList{u"Speech recognition"_s, u"Text processing"_s}
-                                 << u"Recommended"_s << u"≈ 75 MB +≈ 0.4 GB +English only"_s
-                                 << u"≈ 1.6 GB +≈ 3.0 GB +.*Light · Multilingual"_s;
+        row("Russian", R"({"interfaceLanguage": "ru"})", {u"Распознавание речи"_s, u"Обработка текста"_s},
+            u"Рекомендуем"_s, u"≈ 75 МБ +≈ 0.4 ГБ +только английский"_s,
+            u"≈ 1.6 ГБ +≈ 3.0 ГБ +.*Лёгкая · Многоязычная"_s);
+        row("English", R"({"interfaceLanguage": "en"})", {u"Speech recognition"_s, u"Text processing"_s},
+            u"Recommended"_s, u"≈ 75 MB +≈ 0.4 GB +English only"_s,
+            u"≈ 1.6 GB +≈ 3.0 GB +.*Light · Multilingual"_s);
     }
 
     void listsBothCatalogues()
@@ -151,30 +146,23 @@ private Q_SLOTS:
 
     void refusesInOneSentence_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("complaint");
+        const Rows<QStringList, QString> row("arguments", "complaint");
 
         const auto fromServer = [](const QString &folder, const QStringList &ids) {
             return QStringList{u"download"_s} + ids + QStringList{u"--repository"_s, u"SERVER"_s + folder};
         };
-        QTest::newRow("a page instead of a model")
-            << fromServer(u"/pages"_s, {u"tiny"_s})
-            << u"tiny: Скачанный файл не является корректной моделью"_s;
-        QTest::newRow("another kind of model")
-            << fromServer({}, {u"gemma-2-2b"_s}) << u"не является корректной моделью"_s;
-        QTest::newRow("not on the server") << fromServer({}, {u"small"_s}) << u"Сервер вернул код 404 "_s;
-        QTest::newRow("unknown model")
-            << fromServer({}, {u"tiny"_s, u"huge"_s}) << u"Нет такой модели: huge"_s;
-        QTest::newRow("nothing answers")
-            << QStringList{u"download"_s, u"tiny"_s, u"--repository"_s, u"http://127.0.0.1:1"_s}
-            << u"Не удалось соединиться"_s;
-        QTest::newRow("no web address")
-            << QStringList{u"download"_s, u"tiny"_s, u"--repository"_s, u"models.example"_s}
-            << u"models.example"_s;
-        QTest::newRow("path of an unknown model")
-            << QStringList{u"path"_s, u"huge"_s} << u"Нет такой модели: huge"_s;
-        QTest::newRow("deletion of what is not there")
-            << QStringList{u"delete"_s, u"base"_s, u"small"_s} << u"Эта модель не скачана: small"_s;
+        row("a page instead of a model", fromServer(u"/pages"_s, {u"tiny"_s}),
+            u"tiny: Скачанный файл не является корректной моделью"_s);
+        row("another kind of model", fromServer({}, {u"gemma-2-2b"_s}), u"не является корректной моделью"_s);
+        row("not on the server", fromServer({}, {u"small"_s}), u"Сервер вернул код 404 "_s);
+        row("unknown model", fromServer({}, {u"tiny"_s, u"huge"_s}), u"Нет такой модели: huge"_s);
+        row("nothing answers", {u"download"_s, u"tiny"_s, u"--repository"_s, u"http://127.0.0.1:1"_s},
+            u"Не удалось соединиться"_s);
+        row("no web address", {u"download"_s, u"tiny"_s, u"--repository"_s, u"models.example"_s},
+            u"models.example"_s);
+        row("path of an unknown model", {u"path"_s, u"huge"_s}, u"Нет такой модели: huge"_s);
+        row("deletion of what is not there", {u"delete"_s, u"base"_s, u"small"_s},
+            u"Эта модель не скачана: small"_s);
     }
 
     void refusesInOneSentence()
@@ -221,12 +209,11 @@ private Q_SLOTS:
 
     void goesOnAfterAnInterruption_data()
     {
-        QTest::addColumn<int>("signal");
-        QTest::addColumn<int>("exitCode");
+        const Rows<int, int> row("signal", "exitCode");
 
-        QTest::newRow("ctrl-c") << SIGINT << 128 + SIGINT;
-        QTest::newRow("terminate") << SIGTERM << 128 + SIGTERM;
-        QTest::newRow("kill") << SIGKILL << -1;
+        row("ctrl-c", SIGINT, 128 + SIGINT);
+        row("terminate", SIGTERM, 128 + SIGTERM);
+        row("kill", SIGKILL, -1);
     }
 
     void goesOnAfterAnInterruption()

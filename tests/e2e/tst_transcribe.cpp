@@ -1,6 +1,7 @@
 #include "tests/e2e/OrvaneProgram.h"
 #include "tests/support/Dialogue.h"
 #include "tests/support/Files.h"
+#include "tests/support/Rows.h"
 #include "tests/support/WordError.h"
 
 #include <QDir>
@@ -9,12 +10,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using test::contentOf;
 using test::put;
 
@@ -42,19 +43,18 @@ class TranscribeTest : public QObject
 private Q_SLOTS:
     void understandsEveryKindOfFile_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QStringList>("encoding");
+        const Rows<QString, QStringList> row("name", "encoding");
 
         const QStringList picture = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s,
                                      u"-shortest"_s};
-        QTest::newRow("wav") << u"a.wav"_s << QStringList{};
-        QTest::newRow("mp3") << u"a.MP3"_s << QStringList{u"-f"_s, u"mp3"_s};
-        QTest::newRow("flac") << u"a.flac"_s << QStringList{};
-        QTest::newRow("vorbis") << u"vorbis.ogg"_s << QStringList{u"-c:a"_s, u"libvorbis"_s};
-        QTest::newRow("voice message") << u"opus.ogg"_s << QStringList{u"-c:a"_s, u"libopus"_s};
-        QTest::newRow("m4a") << u"a.m4a"_s << QStringList{};
-        QTest::newRow("video") << u"a.mp4"_s << picture;
-        QTest::newRow("matroska") << u"a.mkv"_s << picture + QStringList{u"-c:a"_s, u"libopus"_s};
+        row("wav", u"a.wav"_s, {});
+        row("mp3", u"a.MP3"_s, {u"-f"_s, u"mp3"_s});
+        row("flac", u"a.flac"_s, {});
+        row("vorbis", u"vorbis.ogg"_s, {u"-c:a"_s, u"libvorbis"_s});
+        row("voice message", u"opus.ogg"_s, {u"-c:a"_s, u"libopus"_s});
+        row("m4a", u"a.m4a"_s, {});
+        row("video", u"a.mp4"_s, picture);
+        row("matroska", u"a.mkv"_s, picture + QStringList{u"-c:a"_s, u"libopus"_s});
     }
 
     void understandsEveryKindOfFile()
@@ -77,17 +77,16 @@ private Q_SLOTS:
 
     void refusesBadFilesInOneSentence_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("complaint");
+        const Rows<QString, QString> row("name", "complaint");
 
         const QString unreadable = u"Не удалось открыть файл: "_s;
-        QTest::newRow("video without sound") << u"silent.mp4"_s << u"В файле нет аудиодорожки."_s;
-        QTest::newRow("empty") << u"empty.wav"_s << unreadable;
-        QTest::newRow("empty, to be decoded") << u"empty.m4a"_s << unreadable;
-        QTest::newRow("text") << u"text.mp3"_s << unreadable;
-        QTest::newRow("folder") << u"folder.wav"_s << unreadable;
-        QTest::newRow("missing") << u"missing.mp3"_s << unreadable;
-        QTest::newRow("truncated") << u"truncated.m4a"_s << unreadable;
+        row("video without sound", u"silent.mp4"_s, u"В файле нет аудиодорожки."_s);
+        row("empty", u"empty.wav"_s, unreadable);
+        row("empty, to be decoded", u"empty.m4a"_s, unreadable);
+        row("text", u"text.mp3"_s, unreadable);
+        row("folder", u"folder.wav"_s, unreadable);
+        row("missing", u"missing.mp3"_s, unreadable);
+        row("truncated", u"truncated.m4a"_s, unreadable);
     }
 
     void refusesBadFilesInOneSentence()
@@ -149,12 +148,10 @@ private Q_SLOTS:
 
     void labelsSpeakers_data()
     {
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<QByteArray>("preferences");
-        QTest::addColumn<bool>("isLabelled");
-        QTest::newRow("asked for") << QStringList{u"--speakers"_s} << QByteArray("{}") << true;
-        QTest::newRow("chosen") << QStringList{} << QByteArray(R"({"detectSpeakers":true})") << true;
-        QTest::newRow("not wanted") << QStringList{} << QByteArray("{}") << false;
+        const Rows<QStringList, QByteArray, bool> row("options", "preferences", "isLabelled");
+        row("asked for", {u"--speakers"_s}, "{}", true);
+        row("chosen", {}, R"({"detectSpeakers":true})", true);
+        row("not wanted", {}, "{}", false);
     }
 
     void labelsSpeakers()
@@ -298,9 +295,9 @@ private Q_SLOTS:
 
     void endsInOrderWhenInterrupted_data()
     {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("ctrl-c") << SIGINT;
-        QTest::newRow("terminate") << SIGTERM;
+        const Rows<int> row("signal");
+        row("ctrl-c", SIGINT);
+        row("terminate", SIGTERM);
     }
 
     void endsInOrderWhenInterrupted()

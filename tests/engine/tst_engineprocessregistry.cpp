@@ -1,13 +1,14 @@
 #include "engine/EngineProcessRegistry.h"
 #include "engine/PortReservation.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Rows.h"
 
 #include <QProcess>
 #include <QTcpServer>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 class TestEngineProcessRegistry : public QObject
 {
@@ -15,132 +16,120 @@ class TestEngineProcessRegistry : public QObject
 
 private Q_SLOTS:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
-    void cleanup();
 
-    void endsThoseThatRun();
-    void killsOnlyEngines_data();
-    void killsOnlyEngines();
+    void cleanup()
+    {
+        for (const std::unique_ptr<QProcess> &child : m_children) {
+            child->kill();
+            child->waitForFinished();
+        }
+        m_children.clear();
+    }
 
-    void reservedPortIsFree();
+    void endsThoseThatRun()
+    {
+        EngineProcessRegistry registry(pidFile());
+        QProcess *ended = startSleep();
+        QProcess *second = startSleep();
+        QProcess *third = startSleep();
+        registry.add(ended);
+        QCOMPARE(content(), QByteArray::number(ended->processId()));
+        ended->kill();
+        ended->waitForFinished();
+        registry.add(second);
+        registry.add(third);
+        const QByteArray both =
+            QByteArray::number(second->processId()) + '\n' + QByteArray::number(third->processId());
+        QCOMPARE(content(), both);
+
+        registry.terminateAll();
+        QCOMPARE(content(), "no file");
+        for (QProcess *process : {second, third}) {
+            QTRY_COMPARE(process->state(), QProcess::NotRunning);
+            QCOMPARE(process->exitStatus(), QProcess::CrashExit);
+        }
+    }
+
+    void killsOnlyEngines_data()
+    {
+        // %1 is an engine that a run left behind, %2 a program that got the identifier of one.
+        const Rows<QString, QString> row("content", "name");
+        const QString whisper = u"whisper-server"_s;
+        row("both", u"%1\n%2"_s, whisper);
+        row("other engine", u"%2\n%1"_s, u"llama-server"_s);
+        row("garbage around", u"\n\nabc\n+99999999999\n-5\n0\n 12 34\n \t%1 \n%2\n"_s, whisper);
+    }
+
+    void killsOnlyEngines()
+    {
+        QFETCH(QString, content);
+        QFETCH(const QString, name);
+        QProcess *engine = startEngine(name);
+        QProcess *reused = startSleep();
+        content.replace(u"%1"_s, QString::number(engine->processId()));
+        content.replace(u"%2"_s, QString::number(reused->processId()));
+        writePIDs(content.toUtf8());
+
+        EngineProcessRegistry(pidFile()).killStaleProcesses();
+        QCOMPARE(this->content(), "no file");
+        QTRY_COMPARE(engine->state(), QProcess::NotRunning);
+        // A signal sent to them would have been delivered by the time that another child has started.
+        startSleep();
+        QVERIFY(FakeEngineHome::isRunning(reused->processId()));
+    }
+
+    void reservedPortIsFree()
+    {
+        const quint16 port = orvaneReserveFreePort(0);
+        QVERIFY(port > 0);
+        QTcpServer server;
+        QVERIFY2(server.listen(QHostAddress::LocalHost, port), qPrintable(server.errorString()));
+    }
 
 private:
     [[nodiscard]] QString pidFile() const { return m_folder->filePath(u"new/Orvane/server-pids.txt"_s); }
-    [[nodiscard]] QByteArray content() const;
-    void writePIDs(const QByteArray &content) const;
+
+    [[nodiscard]] QByteArray content() const
+    {
+        QFile file(pidFile());
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("no file");
+    }
+
+    void writePIDs(const QByteArray &content) const
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(pidFile()).path()));
+        QFile file(pidFile());
+        QVERIFY(file.open(QFile::WriteOnly));
+        file.write(content);
+    }
+
     /// A child that runs until it is ended, its executable under that name.
-    QProcess *startEngine(const QString &name = u"whisper-server"_s);
-    QProcess *startSleep();
+    QProcess *startEngine(const QString &name = u"whisper-server"_s)
+    {
+        const QString folder = m_folder->filePath(u"engine-%1"_s.arg(m_children.size()));
+        FakeEngineHome::install(folder, name, FakeEngineHome::Form::Copy);
+        FakeEngineHome::behaveIn(folder, {.port = FakeEngineBehaviour::Port::StaysShut});
+        m_children.push_back(std::make_unique<QProcess>());
+        QProcess *process = m_children.back().get();
+        process->start(folder + u'/' + name, QStringList());
+        if (!process->waitForStarted())
+            qFatal("%s", qPrintable(process->errorString()));
+        return process;
+    }
+
+    QProcess *startSleep()
+    {
+        m_children.push_back(std::make_unique<QProcess>());
+        QProcess *process = m_children.back().get();
+        process->start(u"sleep"_s, {u"1000"_s});
+        if (!process->waitForStarted())
+            qFatal("%s", qPrintable(process->errorString()));
+        return process;
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::vector<std::unique_ptr<QProcess>> m_children;
 };
-
-void TestEngineProcessRegistry::cleanup()
-{
-    for (const std::unique_ptr<QProcess> &child : m_children) {
-        child->kill();
-        child->waitForFinished();
-    }
-    m_children.clear();
-}
-
-QByteArray TestEngineProcessRegistry::content() const
-{
-    QFile file(pidFile());
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
-
-void TestEngineProcessRegistry::writePIDs(const QByteArray &content) const
-{
-    QVERIFY(QDir().mkpath(QFileInfo(pidFile()).path()));
-    QFile file(pidFile());
-    QVERIFY(file.open(QFile::WriteOnly));
-    file.write(content);
-}
-
-QProcess *TestEngineProcessRegistry::startEngine(const QString &name)
-{
-    const QString folder = m_folder->filePath(u"engine-%1"_s.arg(m_children.size()));
-    FakeEngineHome::install(folder, name, FakeEngineHome::Form::Copy);
-    FakeEngineHome::behaveIn(folder, {.port = FakeEngineBehaviour::Port::StaysShut});
-    m_children.push_back(std::make_unique<QProcess>());
-    QProcess *process = m_children.back().get();
-    process->start(folder + u'/' + name, QStringList());
-    if (!process->waitForStarted())
-        qFatal("%s", qPrintable(process->errorString()));
-    return process;
-}
-
-QProcess *TestEngineProcessRegistry::startSleep()
-{
-    m_children.push_back(std::make_unique<QProcess>());
-    QProcess *process = m_children.back().get();
-    process->start(u"sleep"_s, {u"1000"_s});
-    if (!process->waitForStarted())
-        qFatal("%s", qPrintable(process->errorString()));
-    return process;
-}
-
-void TestEngineProcessRegistry::endsThoseThatRun()
-{
-    EngineProcessRegistry registry(pidFile());
-    QProcess *ended = startSleep();
-    QProcess *second = startSleep();
-    QProcess *third = startSleep();
-    registry.add(ended);
-    QCOMPARE(content(), QByteArray::number(ended->processId()));
-    ended->kill();
-    ended->waitForFinished();
-    registry.add(second);
-    registry.add(third);
-    const QByteArray both =
-        QByteArray::number(second->processId()) + '\n' + QByteArray::number(third->processId());
-    QCOMPARE(content(), both);
-
-    registry.terminateAll();
-    QCOMPARE(content(), "no file");
-    for (QProcess *process : {second, third}) {
-        QTRY_COMPARE(process->state(), QProcess::NotRunning);
-        QCOMPARE(process->exitStatus(), QProcess::CrashExit);
-    }
-}
-
-void TestEngineProcessRegistry::killsOnlyEngines_data()
-{
-    // %1 is an engine that a run left behind, %2 a program that got the identifier of one.
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<QString>("name");
-    const QString whisper = u"whisper-server"_s;
-    QTest::newRow("both") << u"%1\n%2"_s << whisper;
-    QTest::newRow("other engine") << u"%2\n%1"_s << u"llama-server"_s;
-    QTest::newRow("garbage around") << u"\n\nabc\n+99999999999\n-5\n0\n 12 34\n \t%1 \n%2\n"_s << whisper;
-}
-
-void TestEngineProcessRegistry::killsOnlyEngines()
-{
-    QFETCH(QString, content);
-    QFETCH(const QString, name);
-    QProcess *engine = startEngine(name);
-    QProcess *reused = startSleep();
-    content.replace(u"%1"_s, QString::number(engine->processId()));
-    content.replace(u"%2"_s, QString::number(reused->processId()));
-    writePIDs(content.toUtf8());
-
-    EngineProcessRegistry(pidFile()).killStaleProcesses();
-    QCOMPARE(this->content(), "no file");
-    QTRY_COMPARE(engine->state(), QProcess::NotRunning);
-    // A signal sent to them would have been delivered by the time that another child has started.
-    startSleep();
-    QVERIFY(FakeEngineHome::isRunning(reused->processId()));
-}
-
-void TestEngineProcessRegistry::reservedPortIsFree()
-{
-    const quint16 port = orvaneReserveFreePort(0);
-    QVERIFY(port > 0);
-    QTcpServer server;
-    QVERIFY2(server.listen(QHostAddress::LocalHost, port), qPrintable(server.errorString()));
-}
 
 QTEST_GUILESS_MAIN(TestEngineProcessRegistry)
 #include "tst_engineprocessregistry.moc"

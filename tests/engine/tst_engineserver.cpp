@@ -1,17 +1,18 @@
 #include "engine/EngineProcessRegistry.h"
 #include "engine/EngineServer.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Rows.h"
 #include "tests/support/TaskResult.h"
 
 #include <QElapsedTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTest>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using namespace std::chrono_literals;
 using Port = FakeEngineBehaviour::Port;
 
@@ -69,42 +70,315 @@ void makeFile(const QString &path, const QByteArray &content, bool isExecutable)
 
 } // namespace
 
-Q_DECLARE_METATYPE(orvane::FakeEngineBehaviour)
-
 class TestEngineServer : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_home = std::make_unique<FakeEngineHome>(u"fake-server"_s);
+        m_home->behave({.answers = ready});
+        m_registry = std::make_unique<EngineProcessRegistry>(QString());
+        startEngine();
+    }
 
-    void searchOrder_data();
-    void searchOrder();
-    void childIsNotBornDeafToSignals();
+    void cleanup()
+    {
+        m_engine.reset();
+        QTRY_VERIFY(m_home->allEnded());
+        QCoreApplication::processEvents(); // what waited for that goes on
+    }
 
-    void cannotBeLaunched();
-    void neverAnswers();
+    void searchOrder_data()
+    {
+        // What lies in the program's resources and in two further folders: an executable (x), a file that is
+        // not executable (f), a folder of that name (d) or nothing (-).
+        const Rows<QString, int> row("found", "taken");
+        row("own engine first", u"xxx"_s, 0);
+        row("then in order", u"-xx"_s, 1);
+        row("what is not executable is passed over", u"dfx"_s, 2);
+        row("nothing usable", u"fd-"_s, -1);
+    }
 
-    void staysLoaded();
-    void cancelledLaunchDoesNotCancelTheNextCaller();
-    void everyCallerGetsItsModel();
-    void modelSwitchWaitsForRequest();
-    void diedMeanwhile();
+    void searchOrder()
+    {
+        QFETCH(const QString, found);
+        QFETCH(const int, taken);
+        const QTemporaryDir root;
+        const QStringList folders = {root.filePath(u"engine"_s), root.filePath(u"b"_s),
+                                     root.filePath(u"c"_s)};
+        for (int i = 0; i < folders.size(); ++i) {
+            const QString path = folders[i] + u"/fake-server"_s;
+            QVERIFY(QDir().mkpath(found[i] == u'd' ? path : folders[i]));
+            if (found[i] == u'x' || found[i] == u'f')
+                makeFile(path, "#!/bin/sh\n", found[i] == u'x');
+        }
+        const PlainEngine engine({.resources = root.path(), .folders = folders.mid(1)}, *m_registry);
+        QCOMPARE(engine.findBinary(), taken < 0 ? QString() : folders[taken] + u"/fake-server"_s);
+    }
 
-    void cancelledWhileStarting();
-    void stoppedWhileStarting_data();
-    void stoppedWhileStarting();
-    void anotherProgramOnThePort();
-    void serverBehindAScript();
-    void stopping_data();
-    void stopping();
-    void abandonedRequest_data();
-    void abandonedRequest();
-    void destroyed();
+    void childIsNotBornDeafToSignals()
+    {
+        // As in a program that takes its signals from a file descriptor.
+        sigset_t blocked;
+        sigset_t before;
+        ::sigemptyset(&blocked);
+        ::sigaddset(&blocked, SIGTERM);
+        ::sigprocmask(SIG_BLOCK, &blocked, &before);
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.isDone());
+        ::sigprocmask(SIG_SETMASK, &before, nullptr);
+        QVERIFY(!m_home->launches().first().isSigtermBlocked);
+    }
+
+    void cannotBeLaunched()
+    {
+        QVERIFY(QFile::remove(m_home->executable()));
+        makeFile(m_home->executable(), "#!/missing\n", true);
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.isDone());
+        QCOMPARE(load.error(), u"not started: файл движка повреждён или не подходит этой системе"_s);
+        QVERIFY(!m_engine->isRunning());
+
+        // The next load tries again from scratch.
+        QVERIFY(QFile::remove(m_home->executable()));
+        FakeEngineHome::install(m_home->engineFolder(), u"fake-server"_s);
+        const TaskResult again(m_engine->load(model()));
+        QTRY_VERIFY(again.succeeded());
+    }
+
+    void neverAnswers()
+    {
+        startEngine(1s);
+        m_home->behave({.port = Port::StaysShut});
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.isDone());
+        QCOMPARE(load.error(), u"not started: сервер не ответил за 1 секунд"_s);
+        QVERIFY(!m_engine->isRunning());
+    }
+
+    void staysLoaded()
+    {
+        for (int i = 0; i < 2; ++i) {
+            const TaskResult load(m_engine->load(model()));
+            QTRY_VERIFY(load.succeeded());
+        }
+        QCOMPARE(m_home->launches().size(), 1);
+        const TaskResult other(m_engine->load(model(u"b"_s)));
+        QTRY_VERIFY(other.succeeded());
+        QCOMPARE(m_home->launches().size(), 2);
+        QCOMPARE(m_home->launches().last().arguments.value(1), model(u"b"_s));
+        QVERIFY(!FakeEngineHome::isRunning(m_home->launches().first().pid));
+
+        m_engine->requestRestart();
+        QVERIFY(m_engine->isRunning());
+        for (int i = 0; i < 2; ++i) {
+            const TaskResult again(m_engine->load(model(u"b"_s)));
+            QTRY_VERIFY(again.succeeded());
+            QCOMPARE(m_home->launches().size(), 3);
+        }
+    }
+
+    void cancelledLaunchDoesNotCancelTheNextCaller()
+    {
+        m_home->behave({.port = Port::StaysShut});
+        std::stop_source stop;
+        const TaskResult first(m_engine->load(model(), stop.get_token()));
+        const TaskResult second(m_engine->load(model()));
+        QTRY_COMPARE(m_home->launches().size(), 1);
+        m_home->behave({.answers = ready});
+        stop.request_stop();
+        QTRY_VERIFY(first.isDone() && second.isDone());
+        QVERIFY(first.isCancelled());
+        QVERIFY2(second.succeeded(), qPrintable(second.error()));
+    }
+
+    void everyCallerGetsItsModel()
+    {
+        // Each begins its request when its load returns, with nothing awaited between: nobody else's load may
+        // come between the two.
+        static const auto use = [](PlainEngine *engine, QString path) -> QCoro::Task<bool> {
+            co_await engine->load(path);
+            const PlainEngine::InFlight request = engine->beginRequest();
+            co_return engine->isRunning();
+        };
+        std::vector<TaskResult<bool>> users;
+        for (const QString &name : {u"a"_s, u"b"_s, u"a"_s, u"c"_s})
+            users.emplace_back(use(m_engine.get(), model(name)));
+        for (const TaskResult<bool> &user : users) {
+            QTRY_VERIFY_WITH_TIMEOUT(user.isDone(), 20'000);
+            QVERIFY2(user.succeeded(), qPrintable(user.error()));
+            QVERIFY(user.value());
+        }
+    }
+
+    void modelSwitchWaitsForRequest()
+    {
+        const TaskResult first(m_engine->load(model()));
+        QTRY_VERIFY(first.succeeded());
+        PlainEngine::InFlight request = m_engine->beginRequest();
+        const TaskResult second(m_engine->load(model(u"b"_s)));
+        QTest::qWait(300); // time to stop the server, if it did
+        QVERIFY(m_engine->isRunning());
+        QCOMPARE(m_home->launches().size(), 1);
+        request.reset();
+        QTRY_VERIFY(second.succeeded());
+        QCOMPARE(m_home->launches().size(), 2);
+    }
+
+    void diedMeanwhile()
+    {
+        const TaskResult first(m_engine->load(model()));
+        QTRY_VERIFY(first.succeeded());
+        ::kill(pid_t(lastPid()), SIGKILL);
+        QTRY_VERIFY(!m_engine->isRunning());
+        const TaskResult second(m_engine->load(model()));
+        QTRY_VERIFY(second.succeeded());
+        QVERIFY(m_engine->isRunning());
+    }
+
+    void cancelledWhileStarting()
+    {
+        m_home->behave({.port = Port::StaysShut});
+        std::stop_source stop;
+        const TaskResult load(m_engine->load(model(), stop.get_token()));
+        QTRY_COMPARE(m_home->launches().size(), 1);
+        stop.request_stop();
+        QTRY_VERIFY(load.isDone());
+        QVERIFY(load.isCancelled());
+        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+    }
+
+    void stoppedWhileStarting_data()
+    {
+        const Rows<QList<FakeAnswer>> row("probes");
+        row("before it answers", {{.status = 503}});
+        row("while it answers", {{.status = 200, .delayMs = 500}});
+    }
+
+    void stoppedWhileStarting()
+    {
+        QFETCH(const QList<FakeAnswer>, probes);
+        m_home->behave({.answers = {{u"/"_s, probes}}});
+        const TaskResult load(m_engine->load(model()));
+        const TaskResult waiting(m_engine->load(model()));
+        QTRY_VERIFY(!m_home->requests(u"/"_s).isEmpty());
+        const TaskResult stopped(m_engine->stopAndWait());
+        QTRY_VERIFY(stopped.isDone() && load.isDone() && waiting.isDone());
+        QVERIFY(load.isCancelled() && waiting.isCancelled());
+        QCOMPARE(m_home->launches().size(), 1);
+        QVERIFY(!FakeEngineHome::isRunning(lastPid()));
+    }
+
+    void anotherProgramOnThePort()
+    {
+        m_home->behave({.port = Port::StaysShut});
+        // Takes the port between its reservation and the launch.
+        QTcpServer other;
+        connect(&other, &QTcpServer::newConnection, this, [&other] {
+            QTcpSocket *client = other.nextPendingConnection();
+            connect(client, &QTcpSocket::readyRead, client, [client] {
+                client->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+                client->disconnectFromHost();
+            });
+        });
+        m_engine->setBeforeLaunch(
+            [&other](quint16 port) { QVERIFY(other.listen(QHostAddress::LocalHost, port)); });
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.isDone());
+        QCOMPARE(load.error(), u"not started: на его порту отвечает другая программа"_s);
+    }
+
+    void serverBehindAScript()
+    {
+        QVERIFY(QFile::rename(m_home->executable(), m_home->executable() + u".real"_s));
+        makeFile(m_home->executable(), "#!/bin/sh\n\"$0.real\" \"$@\"\nexit $?\n", true);
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.isDone());
+        QVERIFY2(load.succeeded(), qPrintable(load.error()));
+        m_engine->stop();
+        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+    }
+
+    void stopping_data()
+    {
+        const Rows<bool, bool> row("ignoresSigterm", "waits");
+        row("ends when asked", false, true);
+        row("must be killed", true, true);
+        row("must be killed, nobody waits", true, false);
+    }
+
+    void stopping()
+    {
+        QFETCH(const bool, ignoresSigterm);
+        QFETCH(const bool, waits);
+        m_home->behave({.ignoresSigterm = ignoresSigterm, .answers = ready});
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.succeeded());
+
+        QElapsedTimer timer;
+        timer.start();
+        if (waits) {
+            const TaskResult stopped(m_engine->stopAndWait());
+            QVERIFY(!m_engine->isRunning());
+            QTRY_VERIFY(stopped.isDone());
+            QVERIFY(!FakeEngineHome::isRunning(lastPid()));
+        } else {
+            m_engine->stop();
+            QVERIFY(!m_engine->isRunning());
+            QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
+        }
+        QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
+    }
+
+    void abandonedRequest_data()
+    {
+        const Rows<FakeAnswer, int> row("answer", "launches");
+        row("stops computing", FakeAnswer::never(), 1);
+        row("goes on computing", FakeAnswer{.ending = FakeAnswer::Ending::Computes}, 2);
+    }
+
+    void abandonedRequest()
+    {
+        QFETCH(const FakeAnswer, answer);
+        m_home->behave({.answers = {{u"/"_s, {{.status = 200}}}, {u"/work"_s, {answer}}}});
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.succeeded());
+        std::stop_source stop;
+        const TaskResult request(m_engine->ask(stop.get_token()));
+        QTRY_COMPARE(m_home->requests(u"/work"_s).size(), 1);
+        stop.request_stop();
+        QTRY_VERIFY(request.isCancelled());
+        QVERIFY(m_engine->isRunning());
+
+        QTest::qWait(3000); // the 2 s that it is given, and a look at it
+        const TaskResult next(m_engine->load(model()));
+        QTRY_VERIFY(next.succeeded());
+        QTEST(int(m_home->launches().size()), "launches");
+    }
+
+    void destroyed()
+    {
+        m_home->behave({.ignoresSigterm = true, .answers = {{u"/"_s, {FakeAnswer::never()}}}});
+        const TaskResult load(m_engine->load(model()));
+        const TaskResult waiting(m_engine->load(model()));
+        QTRY_COMPARE(m_home->requests(u"/"_s).size(), 1);
+        m_engine.reset();
+        QTRY_VERIFY(load.isDone());
+        QTRY_VERIFY(waiting.isDone());
+        QVERIFY(load.isCancelled());
+        QVERIFY(waiting.isCancelled());
+    }
 
 private:
-    void startEngine(std::chrono::seconds startTimeout = 120s);
+    void startEngine(std::chrono::seconds startTimeout = 120s)
+    {
+        m_engine = std::make_unique<PlainEngine>(
+            EngineServer::SearchPath{.resources = m_home->resources(), .folders = {}}, *m_registry,
+            startTimeout);
+    }
+
     [[nodiscard]] QString model(const QString &name = u"a"_s) const
     {
         return m_home->resources() + u'/' + name;
@@ -115,310 +389,6 @@ private:
     std::unique_ptr<EngineProcessRegistry> m_registry;
     std::unique_ptr<PlainEngine> m_engine;
 };
-
-void TestEngineServer::init()
-{
-    m_home = std::make_unique<FakeEngineHome>(u"fake-server"_s);
-    m_home->behave({.answers = ready});
-    m_registry = std::make_unique<EngineProcessRegistry>(QString());
-    startEngine();
-}
-
-void TestEngineServer::startEngine(std::chrono::seconds startTimeout)
-{
-    m_engine = std::make_unique<PlainEngine>(
-        EngineServer::SearchPath{.resources = m_home->resources(), .folders = {}}, *m_registry, startTimeout);
-}
-
-void TestEngineServer::cleanup()
-{
-    m_engine.reset();
-    QTRY_VERIFY(m_home->allEnded());
-    QCoreApplication::processEvents(); // what waited for that goes on
-}
-
-void TestEngineServer::searchOrder_data()
-{
-    // What lies in the program's resources and in two further folders: an executable (x), a file that is
-    // not executable (f), a folder of that name (d) or nothing (-).
-    QTest::addColumn<QString>("found");
-    QTest::addColumn<int>("taken");
-    QTest::newRow("own engine first") << u"xxx"_s << 0;
-    QTest::newRow("then in order") << u"-xx"_s << 1;
-    QTest::newRow("what is not executable is passed over") << u"dfx"_s << 2;
-    QTest::newRow("nothing usable") << u"fd-"_s << -1;
-}
-
-void TestEngineServer::searchOrder()
-{
-    QFETCH(const QString, found);
-    QFETCH(const int, taken);
-    const QTemporaryDir root;
-    const QStringList folders = {root.filePath(u"engine"_s), root.filePath(u"b"_s), root.filePath(u"c"_s)};
-    for (int i = 0; i < folders.size(); ++i) {
-        const QString path = folders[i] + u"/fake-server"_s;
-        QVERIFY(QDir().mkpath(found[i] == u'd' ? path : folders[i]));
-        if (found[i] == u'x' || found[i] == u'f')
-            makeFile(path, "#!/bin/sh\n", found[i] == u'x');
-    }
-    const PlainEngine engine({.resources = root.path(), .folders = folders.mid(1)}, *m_registry);
-    QCOMPARE(engine.findBinary(), taken < 0 ? QString() : folders[taken] + u"/fake-server"_s);
-}
-
-void TestEngineServer::childIsNotBornDeafToSignals()
-{
-    // As in a program that takes its signals from a file descriptor.
-    sigset_t blocked;
-    sigset_t before;
-    ::sigemptyset(&blocked);
-    ::sigaddset(&blocked, SIGTERM);
-    ::sigprocmask(SIG_BLOCK, &blocked, &before);
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
-    QVERIFY(!m_home->launches().first().isSigtermBlocked);
-}
-
-void TestEngineServer::cannotBeLaunched()
-{
-    QVERIFY(QFile::remove(m_home->executable()));
-    makeFile(m_home->executable(), "#!/missing\n", true);
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), u"not started: файл движка повреждён или не подходит этой системе"_s);
-    QVERIFY(!m_engine->isRunning());
-
-    // The next load tries again from scratch.
-    QVERIFY(QFile::remove(m_home->executable()));
-    FakeEngineHome::install(m_home->engineFolder(), u"fake-server"_s);
-    const TaskResult again(m_engine->load(model()));
-    QTRY_VERIFY(again.succeeded());
-}
-
-void TestEngineServer::neverAnswers()
-{
-    startEngine(1s);
-    m_home->behave({.port = Port::StaysShut});
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), u"not started: сервер не ответил за 1 секунд"_s);
-    QVERIFY(!m_engine->isRunning());
-}
-
-void TestEngineServer::staysLoaded()
-{
-    for (int i = 0; i < 2; ++i) {
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.succeeded());
-    }
-    QCOMPARE(m_home->launches().size(), 1);
-    const TaskResult other(m_engine->load(model(u"b"_s)));
-    QTRY_VERIFY(other.succeeded());
-    QCOMPARE(m_home->launches().size(), 2);
-    QCOMPARE(m_home->launches().last().arguments.value(1), model(u"b"_s));
-    QVERIFY(!FakeEngineHome::isRunning(m_home->launches().first().pid));
-
-    m_engine->requestRestart();
-    QVERIFY(m_engine->isRunning());
-    for (int i = 0; i < 2; ++i) {
-        const TaskResult again(m_engine->load(model(u"b"_s)));
-        QTRY_VERIFY(again.succeeded());
-        QCOMPARE(m_home->launches().size(), 3);
-    }
-}
-
-void TestEngineServer::cancelledLaunchDoesNotCancelTheNextCaller()
-{
-    m_home->behave({.port = Port::StaysShut});
-    std::stop_source stop;
-    const TaskResult first(m_engine->load(model(), stop.get_token()));
-    const TaskResult second(m_engine->load(model()));
-    QTRY_COMPARE(m_home->launches().size(), 1);
-    m_home->behave({.answers = ready});
-    stop.request_stop();
-    QTRY_VERIFY(first.isDone() && second.isDone());
-    QVERIFY(first.isCancelled());
-    QVERIFY2(second.succeeded(), qPrintable(second.error()));
-}
-
-void TestEngineServer::everyCallerGetsItsModel()
-{
-    // Each begins its request when its load returns, with nothing awaited between: nobody else's load may
-    // come between the two.
-    static const auto use = [](PlainEngine *engine, QString path) -> QCoro::Task<bool> {
-        co_await engine->load(path);
-        const PlainEngine::InFlight request = engine->beginRequest();
-        co_return engine->isRunning();
-    };
-    std::vector<TaskResult<bool>> users;
-    for (const QString &name : {u"a"_s, u"b"_s, u"a"_s, u"c"_s})
-        users.emplace_back(use(m_engine.get(), model(name)));
-    for (const TaskResult<bool> &user : users) {
-        QTRY_VERIFY_WITH_TIMEOUT(user.isDone(), 20'000);
-        QVERIFY2(user.succeeded(), qPrintable(user.error()));
-        QVERIFY(user.value());
-    }
-}
-
-void TestEngineServer::modelSwitchWaitsForRequest()
-{
-    const TaskResult first(m_engine->load(model()));
-    QTRY_VERIFY(first.succeeded());
-    PlainEngine::InFlight request = m_engine->beginRequest();
-    const TaskResult second(m_engine->load(model(u"b"_s)));
-    QTest::qWait(300); // time to stop the server, if it did
-    QVERIFY(m_engine->isRunning());
-    QCOMPARE(m_home->launches().size(), 1);
-    request.reset();
-    QTRY_VERIFY(second.succeeded());
-    QCOMPARE(m_home->launches().size(), 2);
-}
-
-void TestEngineServer::diedMeanwhile()
-{
-    const TaskResult first(m_engine->load(model()));
-    QTRY_VERIFY(first.succeeded());
-    ::kill(pid_t(lastPid()), SIGKILL);
-    QTRY_VERIFY(!m_engine->isRunning());
-    const TaskResult second(m_engine->load(model()));
-    QTRY_VERIFY(second.succeeded());
-    QVERIFY(m_engine->isRunning());
-}
-
-void TestEngineServer::cancelledWhileStarting()
-{
-    m_home->behave({.port = Port::StaysShut});
-    std::stop_source stop;
-    const TaskResult load(m_engine->load(model(), stop.get_token()));
-    QTRY_COMPARE(m_home->launches().size(), 1);
-    stop.request_stop();
-    QTRY_VERIFY(load.isDone());
-    QVERIFY(load.isCancelled());
-    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-}
-
-void TestEngineServer::stoppedWhileStarting_data()
-{
-    QTest::addColumn<QList<FakeAnswer>>("probes");
-    QTest::newRow("before it answers") << QList<FakeAnswer>{{.status = 503}};
-    QTest::newRow("while it answers") << QList<FakeAnswer>{{.status = 200, .delayMs = 500}};
-}
-
-void TestEngineServer::stoppedWhileStarting()
-{
-    QFETCH(const QList<FakeAnswer>, probes);
-    m_home->behave({.answers = {{u"/"_s, probes}}});
-    const TaskResult load(m_engine->load(model()));
-    const TaskResult waiting(m_engine->load(model()));
-    QTRY_VERIFY(!m_home->requests(u"/"_s).isEmpty());
-    const TaskResult stopped(m_engine->stopAndWait());
-    QTRY_VERIFY(stopped.isDone() && load.isDone() && waiting.isDone());
-    QVERIFY(load.isCancelled() && waiting.isCancelled());
-    QCOMPARE(m_home->launches().size(), 1);
-    QVERIFY(!FakeEngineHome::isRunning(lastPid()));
-}
-
-void TestEngineServer::anotherProgramOnThePort()
-{
-    m_home->behave({.port = Port::StaysShut});
-    // Takes the port between its reservation and the launch.
-    QTcpServer other;
-    connect(&other, &QTcpServer::newConnection, this, [&other] {
-        QTcpSocket *client = other.nextPendingConnection();
-        connect(client, &QTcpSocket::readyRead, client, [client] {
-            client->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-            client->disconnectFromHost();
-        });
-    });
-    m_engine->setBeforeLaunch(
-        [&other](quint16 port) { QVERIFY(other.listen(QHostAddress::LocalHost, port)); });
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QCOMPARE(load.error(), u"not started: на его порту отвечает другая программа"_s);
-}
-
-void TestEngineServer::serverBehindAScript()
-{
-    QVERIFY(QFile::rename(m_home->executable(), m_home->executable() + u".real"_s));
-    makeFile(m_home->executable(), "#!/bin/sh\n\"$0.real\" \"$@\"\nexit $?\n", true);
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.isDone());
-    QVERIFY2(load.succeeded(), qPrintable(load.error()));
-    m_engine->stop();
-    QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-}
-
-void TestEngineServer::stopping_data()
-{
-    QTest::addColumn<bool>("ignoresSigterm");
-    QTest::addColumn<bool>("waits");
-    QTest::newRow("ends when asked") << false << true;
-    QTest::newRow("must be killed") << true << true;
-    QTest::newRow("must be killed, nobody waits") << true << false;
-}
-
-void TestEngineServer::stopping()
-{
-    QFETCH(const bool, ignoresSigterm);
-    QFETCH(const bool, waits);
-    m_home->behave({.ignoresSigterm = ignoresSigterm, .answers = ready});
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.succeeded());
-
-    QElapsedTimer timer;
-    timer.start();
-    if (waits) {
-        const TaskResult stopped(m_engine->stopAndWait());
-        QVERIFY(!m_engine->isRunning());
-        QTRY_VERIFY(stopped.isDone());
-        QVERIFY(!FakeEngineHome::isRunning(lastPid()));
-    } else {
-        m_engine->stop();
-        QVERIFY(!m_engine->isRunning());
-        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-    }
-    QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
-}
-
-void TestEngineServer::abandonedRequest_data()
-{
-    QTest::addColumn<FakeAnswer>("answer");
-    QTest::addColumn<int>("launches");
-    QTest::newRow("stops computing") << FakeAnswer::never() << 1;
-    QTest::newRow("goes on computing") << FakeAnswer{.ending = FakeAnswer::Ending::Computes} << 2;
-}
-
-void TestEngineServer::abandonedRequest()
-{
-    QFETCH(const FakeAnswer, answer);
-    m_home->behave({.answers = {{u"/"_s, {{.status = 200}}}, {u"/work"_s, {answer}}}});
-    const TaskResult load(m_engine->load(model()));
-    QTRY_VERIFY(load.succeeded());
-    std::stop_source stop;
-    const TaskResult request(m_engine->ask(stop.get_token()));
-    QTRY_COMPARE(m_home->requests(u"/work"_s).size(), 1);
-    stop.request_stop();
-    QTRY_VERIFY(request.isCancelled());
-    QVERIFY(m_engine->isRunning());
-
-    QTest::qWait(3000); // the 2 s that it is given, and a look at it
-    const TaskResult next(m_engine->load(model()));
-    QTRY_VERIFY(next.succeeded());
-    QTEST(int(m_home->launches().size()), "launches");
-}
-
-void TestEngineServer::destroyed()
-{
-    m_home->behave({.ignoresSigterm = true, .answers = {{u"/"_s, {FakeAnswer::never()}}}});
-    const TaskResult load(m_engine->load(model()));
-    const TaskResult waiting(m_engine->load(model()));
-    QTRY_COMPARE(m_home->requests(u"/"_s).size(), 1);
-    m_engine.reset();
-    QTRY_VERIFY(load.isDone());
-    QTRY_VERIFY(waiting.isDone());
-    QVERIFY(load.isCancelled());
-    QVERIFY(waiting.isCancelled());
-}
 
 QTEST_GUILESS_MAIN(TestEngineServer)
 #include "tst_engineserver.moc"

@@ -1,8 +1,8 @@
 #include "tests/meeting/MeetingHome.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Rows.h"
 
 #include <QProcess>
-#include <QTest>
 
 #include <QCoroSignal>
 
@@ -13,6 +13,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace orvane;
+using namespace orvane::test;
 
 namespace {
 
@@ -111,15 +112,13 @@ private Q_SLOTS:
         const int kills = qEnvironmentVariable("ORVANE_SOAK_COUNT", u"5"_s).toInt();
         std::mt19937 random(qEnvironmentVariable("ORVANE_SOAK_SEED", u"1"_s).toUInt());
         const auto below = [&](int limit) { return std::uniform_int_distribution(0, limit - 1)(random); };
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("milliseconds");
+        const Rows<QString, int> row("status", "milliseconds");
         const QStringList statuses = {u"Идёт запись…"_s, u"Подготовка записи…"_s, u"Расшифровка записи"_s,
                                       u"Совещание сохранено"_s};
         for (int i = 0; i < kills; ++i) {
             const QString &status = statuses[i % statuses.size()];
             const int milliseconds = i % statuses.size() == 0 ? 2100 + below(900) : below(25);
-            QTest::addRow("%d: %d ms after «%s»", i, milliseconds, qPrintable(status))
-                << status << milliseconds;
+            row(u"%1: %2 ms after «%3»"_s.arg(i).arg(milliseconds).arg(status), status, milliseconds);
         }
     }
 

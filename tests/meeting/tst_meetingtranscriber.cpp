@@ -1,19 +1,18 @@
 #include "tests/meeting/MeetingHome.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/FullDisk.h"
+#include "tests/support/Rows.h"
 #include "tests/support/TaskResult.h"
 
 #include <QFileInfo>
-#include <QScopeGuard>
-#include <QTest>
 
 #include <atomic>
-#include <csignal>
 #include <new>
-#include <sys/resource.h>
 #include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 using Outcome = MeetingState::Outcome;
 
@@ -125,10 +124,9 @@ private Q_SLOTS:
 
     void withoutSpeech_data()
     {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<FakeAnswer>("answer");
-        QTest::newRow("noise") << 1.0 << FakeAnswer{.body = R"({"segments":[{"text":" [BLANK_AUDIO]"}]})"};
-        QTest::newRow("stopped at once") << 0.0 << FakeAnswer{.status = 400}; // as to a file without a sample
+        const Rows<double, FakeAnswer> row("seconds", "answer");
+        row("noise", 1.0, FakeAnswer{.body = R"({"segments":[{"text":" [BLANK_AUDIO]"}]})"});
+        row("stopped at once", 0.0, FakeAnswer{.status = 400}); // as to a file without a sample
     }
 
     void withoutSpeech()
@@ -201,9 +199,9 @@ private Q_SLOTS:
 
     void cancelling_data()
     {
-        QTest::addColumn<int>("requests");
-        QTest::newRow("completing the file") << 0;
-        QTest::newRow("recognising") << 1;
+        const Rows<int> row("requests");
+        row("completing the file", 0);
+        row("recognising", 1);
     }
 
     void cancelling()
@@ -258,15 +256,9 @@ private Q_SLOTS:
         const auto size = [&] { return QFileInfo(m_home->recordings().filePath(name)).size(); };
         QTRY_COMPARE(size(), 44 + 32'000);
         {
-            // Until the end of this block no file of this process grows any more.
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit before{};
-            ::getrlimit(RLIMIT_FSIZE, &before);
-            const rlimit full{.rlim_cur = 44 + 32'000 + 20'000, .rlim_max = before.rlim_max};
-            ::setrlimit(RLIMIT_FSIZE, &full);
-            const auto free = qScopeGuard([before] { ::setrlimit(RLIMIT_FSIZE, &before); });
+            const auto full = limitFileSize(44 + 32'000 + 20'000);
             hear(3);
-            QTest::qWait(200);
+            QTRY_COMPARE(size(), 44 + 32'000 + 20'000);
             QVERIFY(meeting().isRunning());
         }
         meeting().stop();
@@ -279,12 +271,9 @@ private Q_SLOTS:
 
     void recorderEndsByItself_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<Outcome>("outcome");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("recognised") << 200 << Outcome::Partial << u"No sound any more."_s;
-        QTest::newRow("not recognised")
-            << 500 << Outcome::Failed << u"No sound any more. Ошибка распознавания: HTTP 500"_s;
+        const Rows<int, Outcome, QString> row("status", "outcome", "error");
+        row("recognised", 200, Outcome::Partial, u"No sound any more."_s);
+        row("not recognised", 500, Outcome::Failed, u"No sound any more. Ошибка распознавания: HTTP 500"_s);
     }
 
     void recorderEndsByItself()
@@ -342,9 +331,9 @@ private Q_SLOTS:
 
     void quitting_data()
     {
-        QTest::addColumn<bool>("isRecognising");
-        QTest::newRow("recording") << false;
-        QTest::newRow("recognising") << true;
+        const Rows<bool> row("isRecognising");
+        row("recording", false);
+        row("recognising", true);
     }
 
     /// The next start offers the recording; it becomes a record like any other.

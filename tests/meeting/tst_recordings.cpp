@@ -3,13 +3,14 @@
 #include "base/localization/Localization.h"
 #include "meeting/RecordingsFolder.h"
 #include "tests/support/Files.h"
+#include "tests/support/Rows.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 #include <QtEndian>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 class TestRecordings : public QObject
 {
@@ -36,12 +37,11 @@ private Q_SLOTS:
 
     void findsWhatWasCutOff_data()
     {
-        QTest::addColumn<qsizetype>("size");
-        QTest::addColumn<bool>("isFinished");
+        const Rows<qsizetype, bool> row("size", "isFinished");
         constexpr qsizetype whole = 44 + 2 * 24'000;
-        QTest::newRow("in the middle of a sample") << whole + 1 << false;
-        QTest::newRow("finished") << whole << true;
-        QTest::newRow("half a header") << qsizetype(20) << false;
+        row("in the middle of a sample", whole + 1, false);
+        row("finished", whole, true);
+        row("half a header", qsizetype(20), false);
     }
 
     void findsWhatWasCutOff()

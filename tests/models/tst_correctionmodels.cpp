@@ -1,8 +1,8 @@
 #include "models/CorrectionModelManager.h"
 #include "tests/support/FaultServer.h"
+#include "tests/support/Rows.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -17,13 +17,11 @@ class TestCorrectionModels : public QObject
 private Q_SLOTS:
     void recommends_data()
     {
-        QTest::addColumn<double>("ramGB");
-        QTest::addColumn<Processor>("processor");
-        QTest::addColumn<QString>("id");
-        QTest::newRow("17 GB") << 17.0 << Processor::AppleSilicon << u"gemma-2-9b"_s;
-        QTest::newRow("too little for any") << 2.0 << Processor::AppleSilicon << u"qwen2.5-1.5b"_s;
-        QTest::newRow("other, 128 GB") << 128.0 << Processor::Other << u"qwen2.5-3b"_s;
-        QTest::newRow("other, 11.42 GB") << 11.42 << Processor::Other << u"gemma-2-2b"_s;
+        const Rows<double, Processor, QString> row("ramGB", "processor", "id");
+        row("17 GB", 17.0, Processor::AppleSilicon, u"gemma-2-9b"_s);
+        row("too little for any", 2.0, Processor::AppleSilicon, u"qwen2.5-1.5b"_s);
+        row("other, 128 GB", 128.0, Processor::Other, u"qwen2.5-3b"_s);
+        row("other, 11.42 GB", 11.42, Processor::Other, u"gemma-2-2b"_s);
     }
 
     void recommends()

@@ -1,5 +1,6 @@
 #include "tests/models/DownloadOutcome.h"
 #include "tests/support/FaultServer.h"
+#include "tests/support/Rows.h"
 
 #include <QProcess>
 #include <QSslCertificate>
@@ -35,11 +36,11 @@ private Q_SLOTS:
 
     void redirects_data()
     {
-        QTest::addColumn<QList<bool>>("secure"); // each server on the way, the last one has the file
-        QTest::addColumn<bool>("allowed");
-        QTest::newRow("plain to another host") << QList{false, false, false} << true;
-        QTest::newRow("secure to secure") << QList{true, true} << true;
-        QTest::newRow("plain, secure, plain") << QList{false, true, false} << false;
+        // Whether each server on the way is secure; the last one has the file.
+        const Rows<QList<bool>, bool> row("secure", "allowed");
+        row("plain to another host", QList{false, false, false}, true);
+        row("secure to secure", QList{true, true}, true);
+        row("plain, secure, plain", QList{false, true, false}, false);
     }
 
     void redirects()

@@ -1,6 +1,7 @@
 #include "models/ModelDownloader.h"
 #include "tests/models/DownloadOutcome.h"
 #include "tests/support/FaultServer.h"
+#include "tests/support/Rows.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -14,9 +15,6 @@ using namespace orvane::test;
 using Kind = DownloadError::Kind;
 using Request = FaultServer::Request;
 using Answer = FaultServer::Answer;
-
-Q_DECLARE_METATYPE(orvane::test::FaultServer::Rule)
-Q_DECLARE_METATYPE(orvane::DownloadError::Kind)
 
 namespace {
 
@@ -71,10 +69,9 @@ private Q_SLOTS:
 
     void fetchesInSegments_data()
     {
-        QTest::addColumn<qint64>("size");
-        QTest::addColumn<int>("segments");
-        QTest::newRow("one") << 20 * mebibyte << 1;
-        QTest::newRow("four") << 130 * mebibyte + 1 << 4;
+        const Rows<qint64, int> row("size", "segments");
+        row("one", 20 * mebibyte, 1);
+        row("four", 130 * mebibyte + 1, 4);
     }
 
     void fetchesInSegments()
@@ -96,30 +93,24 @@ private Q_SLOTS:
 
     void failsAndResumes_data()
     {
-        QTest::addColumn<FaultServer::Rule>("rule");
-        QTest::addColumn<Kind>("kind");
-        QTest::addColumn<QString>("said");
-        QTest::addColumn<bool>("resumes");
+        const Rows<FaultServer::Rule, Kind, QString, bool> row("rule", "kind", "said", "resumes");
         const qint64 size = twoSegments().size();
         const QByteArray tooMuch(size, 'x');
-        QTest::newRow("redirect to nowhere")
-            << always({.status = 302, .body = ""}) << Kind::BadStatus << u" 302 "_s << false;
-        QTest::newRow("redirects in a circle")
-            << always({.status = 302, .location = "/model.bin", .body = ""}) << Kind::ConnectionFailed
-            << u"по кругу"_s << false;
-        QTest::newRow("size unknown") << always({.givesLength = false, .ignoresRange = true})
-                                      << Kind::BadServerAnswer << u"размер"_s << false;
-        QTest::newRow("segment dropped") << toSegments({.dropAfter = 12 * mebibyte}) << Kind::Truncated
-                                         << u" из %1 байт"_s.arg(size) << true;
-        QTest::newRow("segment stalls") << toSegments({.stallAfter = 12 * mebibyte}) << Kind::ConnectionFailed
-                                        << u"перестал отвечать"_s << true;
-        QTest::newRow("segment refused")
-            << toSegments({.status = 503, .body = "busy"}, 1) << Kind::BadStatus << u" 503 "_s << false;
-        QTest::newRow("another range")
-            << toSegments({.contentRange = "bytes 1-17301507/" + QByteArray::number(size)})
-            << Kind::FileChanged << QString() << false;
-        QTest::newRow("too much, unreported")
-            << toSegments({.body = tooMuch, .givesLength = false}) << Kind::FileChanged << QString() << false;
+        row("redirect to nowhere", always({.status = 302, .body = ""}), Kind::BadStatus, u" 302 "_s, false);
+        row("redirects in a circle", always({.status = 302, .location = "/model.bin", .body = ""}),
+            Kind::ConnectionFailed, u"по кругу"_s, false);
+        row("size unknown", always({.givesLength = false, .ignoresRange = true}), Kind::BadServerAnswer,
+            u"размер"_s, false);
+        row("segment dropped", toSegments({.dropAfter = 12 * mebibyte}), Kind::Truncated,
+            u" из %1 байт"_s.arg(size), true);
+        row("segment stalls", toSegments({.stallAfter = 12 * mebibyte}), Kind::ConnectionFailed,
+            u"перестал отвечать"_s, true);
+        row("segment refused", toSegments({.status = 503, .body = "busy"}, 1), Kind::BadStatus, u" 503 "_s,
+            false);
+        row("another range", toSegments({.contentRange = "bytes 1-17301507/" + QByteArray::number(size)}),
+            Kind::FileChanged, {}, false);
+        row("too much, unreported", toSegments({.body = tooMuch, .givesLength = false}), Kind::FileChanged,
+            {}, false);
     }
 
     void failsAndResumes()
@@ -144,10 +135,10 @@ private Q_SLOTS:
 
     void fetchesInOneStream_data()
     {
-        QTest::addColumn<FaultServer::Rule>("rule");
-        QTest::newRow("mirrors differ in the entity tag") << toSegments({.etag = "\"v2\""}, 1);
-        QTest::newRow("mirrors differ in ranges") << toSegments({.ignoresRange = true});
-        QTest::newRow("no ranges") << always({.ignoresRange = true});
+        const Rows<FaultServer::Rule> row("rule");
+        row("mirrors differ in the entity tag", toSegments({.etag = "\"v2\""}, 1));
+        row("mirrors differ in ranges", toSegments({.ignoresRange = true}));
+        row("no ranges", always({.ignoresRange = true}));
     }
 
     void fetchesInOneStream()
@@ -223,14 +214,13 @@ private Q_SLOTS:
 
     void discardsRecord_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<qint64>("partSize");
+        const Rows<QByteArray, qint64> rows("text", "partSize");
         const qint64 size = twoSegments().size();
         const DownloadMeta good = metaOf({1000, 1000});
         const auto row = [&](const char *name, const std::function<void(DownloadMeta &)> &spoil) {
             DownloadMeta meta = good;
             spoil(meta);
-            QTest::newRow(name) << meta.toJson() << size;
+            rows(name, meta.toJson(), size);
         };
         row("fewer counts than segments", [](DownloadMeta &meta) { meta.written.removeLast(); });
         row("huge",
@@ -238,9 +228,9 @@ private Q_SLOTS:
         row("a gap between segments", [](DownloadMeta &meta) { meta.ends[0] -= 500; });
         row("another file", [](DownloadMeta &meta) { meta.etag = u"v0"_s; });
         row("power failed meanwhile", [](DownloadMeta &meta) { meta.bootID = u"another start"_s; });
-        QTest::newRow("cut off") << good.toJson().chopped(5) << size;
-        QTest::newRow("partial file too short") << good.toJson() << good.starts[1] + 999;
-        QTest::newRow("partial file too long") << good.toJson() << size + 1;
+        rows("cut off", good.toJson().chopped(5), size);
+        rows("partial file too short", good.toJson(), good.starts[1] + 999);
+        rows("partial file too long", good.toJson(), size + 1);
     }
 
     void discardsRecord()

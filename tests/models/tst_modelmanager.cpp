@@ -1,12 +1,13 @@
 #include "models/ModelManager.h"
 #include "tests/support/Files.h"
+#include "tests/support/Rows.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using orvane::test::put;
 
 class TestModelManager : public QObject
@@ -16,16 +17,14 @@ class TestModelManager : public QObject
 private Q_SLOTS:
     void resolved_data()
     {
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<QString>("id"); // empty: none
+        const Rows<QStringList, QString, QString> row("files", "selected", "id"); // empty: none
 
         const QStringList two = {u"ggml-small.bin"_s, u"ggml-base.bin"_s};
-        QTest::newRow("the selected one") << two << u"small"_s << u"small"_s;
-        QTest::newRow("selected but not there") << two << u"large-v3"_s << u"base"_s;
-        QTest::newRow("English variant") << QStringList{u"ggml-base.en.bin"_s} << u"base"_s << u"base.en"_s;
-        QTest::newRow("only a part") << QStringList{u"ggml-base.bin.part"_s} << u"base"_s << QString();
-        QTest::newRow("a folder of that name") << QStringList{u"ggml-base.bin/"_s} << u"base"_s << QString();
+        row("the selected one", two, u"small"_s, u"small"_s);
+        row("selected but not there", two, u"large-v3"_s, u"base"_s);
+        row("English variant", {u"ggml-base.en.bin"_s}, u"base"_s, u"base.en"_s);
+        row("only a part", {u"ggml-base.bin.part"_s}, u"base"_s, {});
+        row("a folder of that name", {u"ggml-base.bin/"_s}, u"base"_s, {});
     }
 
     void resolved()

@@ -1,16 +1,17 @@
 #include "app/services/AppServices.h"
 #include "tests/history/Samples.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Rows.h"
 #include "tests/support/TaskResult.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTest>
 
 #include <QCoroCore>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using Result = TaskResult<QString>;
 
 namespace {
@@ -64,11 +65,10 @@ private Q_SLOTS:
 
     void tellsWhyNothingWasStored_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("model fails") << FakeAnswer{.status = 500}
-                                     << u"Ошибка протокола: Ошибка запроса к модели: HTTP 500"_s;
-        QTest::newRow("empty answer") << saying(u" \n"_s) << u"Модель ничего не ответила."_s;
+        const Rows<FakeAnswer, QString> row("answer", "error");
+        row("model fails", FakeAnswer{.status = 500},
+            u"Ошибка протокола: Ошибка запроса к модели: HTTP 500"_s);
+        row("empty answer", saying(u" \n"_s), u"Модель ничего не ответила."_s);
     }
 
     void tellsWhyNothingWasStored()

@@ -4,15 +4,16 @@
 #include "engine/EngineProcessRegistry.h"
 #include "recognition/TranscriptionService.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Rows.h"
 #include "tests/support/TaskResult.h"
 
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using History = TranscriptionService::History;
 using Request = TranscriptionService::Request;
 
@@ -84,18 +85,14 @@ private Q_SLOTS:
 
     void stages_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QList<FakeAnswer>>("answers");
-        QTest::addColumn<QStringList>("statuses");
-        QTest::addColumn<bool>("isSentAsItIs");
+        const Rows<QString, QList<FakeAnswer>, QStringList, bool> row("name", "answers", "statuses",
+                                                                      "isSentAsItIs");
         const QString done = u"Готово · 2 сегментов"_s;
         const FakeAnswer good{.body = twoSegments};
-        QTest::newRow("direct") << u"a.b.MP3"_s << QList{good} << QStringList{recognising, done} << true;
-        QTest::newRow("decoded") << u"a.wav.bak"_s << QList{good} << QStringList{decoding, recognising, done}
-                                 << false;
-        QTest::newRow("server cannot read it")
-            << u"voice.ogg"_s << QList{FakeAnswer{.status = 400}, good}
-            << QStringList{recognising, decoding, recognising, done} << false;
+        row("direct", u"a.b.MP3"_s, QList{good}, {recognising, done}, true);
+        row("decoded", u"a.wav.bak"_s, QList{good}, {decoding, recognising, done}, false);
+        row("server cannot read it", u"voice.ogg"_s, QList{FakeAnswer{.status = 400}, good},
+            {recognising, decoding, recognising, done}, false);
     }
 
     void stages()
@@ -152,9 +149,9 @@ private Q_SLOTS:
 
     void damagedMedium_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("read by the server") << u"a.flac"_s;
-        QTest::newRow("decoded") << u"a.mka"_s;
+        const Rows<QString> row("name");
+        row("read by the server", u"a.flac"_s);
+        row("decoded", u"a.mka"_s);
     }
 
     void damagedMedium()
@@ -200,12 +197,10 @@ private Q_SLOTS:
 
     void failures_data()
     {
-        QTest::addColumn<FakeEngineBehaviour>("behaviour");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("status") << answering({{.status = 500}}) << u"Ошибка распознавания: HTTP 500"_s;
-        QTest::newRow("start")
-            << FakeEngineBehaviour{.exitAfterMs = 0}
-            << u"Не удалось запустить движок распознавания: процесс неожиданно завершился"_s;
+        const Rows<FakeEngineBehaviour, QString> row("behaviour", "error");
+        row("status", answering({{.status = 500}}), u"Ошибка распознавания: HTTP 500"_s);
+        row("start", FakeEngineBehaviour{.exitAfterMs = 0},
+            u"Не удалось запустить движок распознавания: процесс неожиданно завершился"_s);
     }
 
     void failures()
@@ -228,13 +223,10 @@ private Q_SLOTS:
 
     void cancelling_data()
     {
-        QTest::addColumn<FakeEngineBehaviour>("behaviour");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("launches");
-        QTest::addColumn<int>("requests");
-        QTest::newRow("decoding") << answering({{.body = twoSegments}}) << u"a.mov"_s << 0 << 0;
-        QTest::newRow("loading") << FakeEngineBehaviour{.portDelayMs = 10'000} << u"a.wav"_s << 1 << 0;
-        QTest::newRow("recognising") << answering({FakeAnswer::never()}) << u"a.wav"_s << 1 << 1;
+        const Rows<FakeEngineBehaviour, QString, int, int> row("behaviour", "name", "launches", "requests");
+        row("decoding", answering({{.body = twoSegments}}), u"a.mov"_s, 0, 0);
+        row("loading", FakeEngineBehaviour{.portDelayMs = 10'000}, u"a.wav"_s, 1, 0);
+        row("recognising", answering({FakeAnswer::never()}), u"a.wav"_s, 1, 1);
     }
 
     void cancelling()

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QString>
 
 namespace orvane::test {
@@ -13,11 +15,13 @@ namespace orvane::test {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Makes the file or replaces what is in it. Ends the test program when that fails.
+/// Makes the file, with the folders it lies in, or replaces what is in it. Ends the test program when that
+/// fails.
 inline void put(const QString &path, const QByteArray &content)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly) ||
+        file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
 }
 

@@ -1,9 +1,10 @@
-#include "transcript/TranscriptSanitizer.h"
+#include "tests/support/Rows.h"
 
-#include <QTest>
+#include "transcript/TranscriptSanitizer.h"
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 namespace {
 
@@ -25,15 +26,14 @@ class TestSegments : public QObject
 private Q_SLOTS:
     void timecode_data()
     {
-        QTest::addColumn<qint64>("start");
-        QTest::addColumn<QString>("timecode");
-        QTest::newRow("below a second") << qint64(999) << u"0:00"_s;
-        QTest::newRow("seconds") << qint64(7'000) << u"0:07"_s;
-        QTest::newRow("minutes") << qint64(754'999) << u"12:34"_s;
-        QTest::newRow("last of an hour") << qint64(3'599'999) << u"59:59"_s;
-        QTest::newRow("one hour") << qint64(3'600'000) << u"1:00:00"_s;
-        QTest::newRow("hours") << qint64(3'723'000) << u"1:02:03"_s;
-        QTest::newRow("more than a day") << qint64(360'000'000) << u"100:00:00"_s;
+        const Rows<qint64, QString> row("start", "timecode");
+        row("below a second", qint64(999), u"0:00"_s);
+        row("seconds", qint64(7'000), u"0:07"_s);
+        row("minutes", qint64(754'999), u"12:34"_s);
+        row("last of an hour", qint64(3'599'999), u"59:59"_s);
+        row("one hour", qint64(3'600'000), u"1:00:00"_s);
+        row("hours", qint64(3'723'000), u"1:02:03"_s);
+        row("more than a day", qint64(360'000'000), u"100:00:00"_s);
     }
 
     void timecode()
@@ -60,25 +60,19 @@ private Q_SLOTS:
 
     void collapseRepeats_data()
     {
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<int>("keep");
-        QTest::addColumn<QList<int>>("kept");
+        const Rows<QStringList, int, QList<int>> row("texts", "keep", "kept");
 
-        QTest::newRow("blanks and case do not count")
-            << QStringList{u" Hello"_s, u"hello "_s, u"HELLO"_s, u"Hi"_s, u"hello"_s} << 2
-            << QList{0, 1, 3, 4};
-        QTest::newRow("Cyrillic and line breaks")
-            << QStringList{u"Спасибо!"_s, u"\nСПАСИБО!\t"_s, u"спасибо!"_s} << 2 << QList{0, 1};
-        QTest::newRow("punctuation counts")
-            << QStringList{u"да"_s, u"да."_s, u"да"_s, u"да."_s} << 1 << QList{0, 1, 2, 3};
-        QTest::newRow("not more than is kept") << QStringList{u"a"_s, u"a"_s} << 2 << QList{0, 1};
-        QTest::newRow("blank ones all stay")
-            << QStringList{u""_s, u" "_s, u""_s, u"\n"_s, u""_s} << 2 << QList{0, 1, 2, 3, 4};
-        QTest::newRow("a blank one ends a run")
-            << QStringList{u"a"_s, u"a"_s, u" "_s, u"a"_s, u"a"_s, u"a"_s} << 2 << QList{0, 1, 2, 3, 4};
-        QTest::newRow("keep one") << QStringList{u"a"_s, u"a"_s, u"b"_s, u"a"_s} << 1 << QList{0, 2, 3};
-        QTest::newRow("keep none") << QStringList{u"a"_s, u""_s, u"b"_s} << 0 << QList<int>();
-        QTest::newRow("empty list") << QStringList() << 2 << QList<int>();
+        row("blanks and case do not count", {u" Hello"_s, u"hello "_s, u"HELLO"_s, u"Hi"_s, u"hello"_s}, 2,
+            QList{0, 1, 3, 4});
+        row("Cyrillic and line breaks", {u"Спасибо!"_s, u"\nСПАСИБО!\t"_s, u"спасибо!"_s}, 2, QList{0, 1});
+        row("punctuation counts", {u"да"_s, u"да."_s, u"да"_s, u"да."_s}, 1, QList{0, 1, 2, 3});
+        row("not more than is kept", {u"a"_s, u"a"_s}, 2, QList{0, 1});
+        row("blank ones all stay", {u""_s, u" "_s, u""_s, u"\n"_s, u""_s}, 2, QList{0, 1, 2, 3, 4});
+        row("a blank one ends a run", {u"a"_s, u"a"_s, u" "_s, u"a"_s, u"a"_s, u"a"_s}, 2,
+            QList{0, 1, 2, 3, 4});
+        row("keep one", {u"a"_s, u"a"_s, u"b"_s, u"a"_s}, 1, QList{0, 2, 3});
+        row("keep none", {u"a"_s, u""_s, u"b"_s}, 0, QList<int>());
+        row("empty list", {}, 2, QList<int>());
     }
 
     void collapseRepeats()
