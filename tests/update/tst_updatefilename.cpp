@@ -1,9 +1,10 @@
-#include "update/UpdateFileName.h"
+#include "tests/support/Rows.h"
 
-#include <QTest>
+#include "update/UpdateFileName.h"
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 class TestUpdateFileName : public QObject
 {
@@ -12,11 +13,7 @@ class TestUpdateFileName : public QObject
 private Q_SLOTS:
     void names_data()
     {
-        QTest::addColumn<QByteArray>("header");
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("name");
-        const auto row = [](const char *name, const QByteArray &header, const QString &url,
-                            const QString &expected) { QTest::newRow(name) << header << url << expected; };
+        const Rows<QByteArray, QString, QString> row("header", "url", "name");
         const QString url = u"https://h/x/of%20url.deb?c=/d"_s;
         row("token", "attachment; FileName = a.deb ", url, u"a.deb"_s);
         row("quoted", "attachment; filename=\"Орвейн b.deb\"; size=1", url, u"Орвейн b.deb"_s);
