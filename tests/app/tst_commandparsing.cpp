@@ -1,10 +1,10 @@
 #include "app/commandline/CommandLine.h"
 #include "app/commandline/ExitStatus.h"
-
-#include <QTest>
+#include "tests/support/Rows.h"
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 
 namespace {
 
@@ -55,90 +55,84 @@ class TestCommandParsing : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void understands_data();
-    void understands();
-    void refuses_data();
-    void refuses();
-};
-
-void TestCommandParsing::understands_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("meaning");
-    const auto row = [](const char *arguments, const QString &meaning) {
-        QTest::newRow(arguments) << QString::fromLatin1(arguments).split(u' ', Qt::SkipEmptyParts) << meaning;
-    };
-    row("", u"open"_s);
-    row("--background", u"background"_s);
-    row("-v", u"version"_s);
-    row("transcribe a.mp3 --help", u"help"_s);
-    row("transcribe a.mp3", u"transcribe a.mp3 model= language= to=-.txt"_s);
-    row("transcribe --model base a.mp3 b.wav --language=en --speakers --no-history",
-        u"transcribe a.mp3|b.wav model=base language=en to=-.txt speakers unkept"_s);
-    row("transcribe a.mp3 --format srt --output a.srt", u"transcribe a.mp3 model= language= to=a.srt.srt"_s);
-    row("transcribe - --language auto", u"transcribe - model= language=auto to=-.txt"_s);
-    row("transcribe -- --help -x", u"transcribe --help|-x model= language= to=-.txt"_s);
-    row("correct", u"text 0 question= input=- record= model= to=-"_s);
-    row("ask Who? a.txt --model m", u"text 3 question=Who? input=a.txt record= model=m to=-"_s);
-    row("protocol --record 0A1B", u"text 4 question= input=- record=0A1B model= to=-"_s);
-    row("history", u"history 0 id= title="_s);
-    row("history rename 0A Talk", u"history 3 id=0A title=Talk"_s);
-    row("history retranscribe 0A --language ru", u"retranscribe 0A model= language=ru"_s);
-    row("models download base small", u"models 1 base|small"_s);
-    row("toggle", u"Toggle"_s);
-    row("meeting", u"MeetingStatus"_s);
-    row("meeting stop", u"StopMeeting"_s);
-}
-
-void TestCommandParsing::understands()
-{
-    QFETCH(const QStringList, arguments);
-    QFETCH(const QString, meaning);
-    QCOMPARE(std::visit(Described(), CommandLine::parse(arguments)), meaning);
-}
-
-void TestCommandParsing::refuses_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("complaint");
-    const auto row = [](const QStringList &arguments, const QString &complaint) {
-        QTest::newRow(qPrintable(arguments.join(u' '))) << arguments << complaint;
-    };
-    row({u"sing"_s}, u"Неизвестная команда: sing"_s);
-    row({u"transcribe"_s}, u"Укажите файл"_s);
-    row({u"transcribe"_s, u"a"_s, u"--loud"_s}, u"Неизвестный параметр: --loud"_s);
-    row({u"transcribe"_s, u"a"_s, u"--model"_s}, u"Параметру нужно значение: --model"_s);
-    row({u"transcribe"_s, u"a"_s, u"--no-history=1"_s, u"b"_s},
-        u"Параметр не принимает значения: --no-history"_s);
-    row({u"transcribe"_s, u"a"_s, u"--output"_s, QString()}, u"Параметру нужно значение: --output"_s);
-    row({u"transcribe"_s, u"a"_s, u"--format"_s, u"pdf"_s}, u"pdf"_s);
-    row({u"transcribe"_s, u"a"_s, u"--language"_s, u"xx"_s}, u"xx"_s);
-    row({u"history"_s, u"burn"_s}, u"burn"_s);
-    row({u"history"_s, u"list"_s, u"--format"_s, u"md"_s}, u"history export"_s);
-    row({u"history"_s, u"show"_s}, u"Укажите запись"_s);
-    row({u"history"_s, u"delete"_s, QString()}, u"Укажите запись"_s);
-    row({u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}, u"Укажите новое название"_s);
-    row({u"history"_s, u"show"_s, u"1"_s, u"2"_s}, u"2"_s);
-    row({u"history"_s, u"retranscribe"_s}, u"Укажите запись"_s);
-    row({u"ask"_s, u" "_s}, u"Задайте вопрос"_s);
-    row({u"correct"_s, u"a.txt"_s, u"--record"_s, u"1"_s}, u"a.txt"_s);
-    row({u"correct"_s, u"--record="_s}, u"Параметру нужно значение: --record"_s);
-    row({u"models"_s, u"download"_s}, u"Укажите модель"_s);
-    row({u"toggle"_s, u"now"_s}, u"now"_s);
-    row({u"meeting"_s, u"adjourn"_s}, u"adjourn"_s);
-}
-
-void TestCommandParsing::refuses()
-{
-    QFETCH(const QStringList, arguments);
-    QFETCH(const QString, complaint);
-    try {
-        (void)CommandLine::parse(arguments);
-        QFAIL("it was understood");
-    } catch (const UsageError &error) {
-        QVERIFY2(error.description().contains(complaint), qPrintable(error.description()));
+    void understands_data()
+    {
+        const Rows<QStringList, QString> rows("arguments", "meaning");
+        const auto row = [&rows](const QString &arguments, const QString &meaning) {
+            rows(arguments, arguments.split(u' ', Qt::SkipEmptyParts), meaning);
+        };
+        row(u""_s, u"open"_s);
+        row(u"--background"_s, u"background"_s);
+        row(u"-v"_s, u"version"_s);
+        row(u"transcribe a.mp3 --help"_s, u"help"_s);
+        row(u"transcribe a.mp3"_s, u"transcribe a.mp3 model= language= to=-.txt"_s);
+        row(u"transcribe --model base a.mp3 b.wav --language=en --speakers --no-history"_s,
+            u"transcribe a.mp3|b.wav model=base language=en to=-.txt speakers unkept"_s);
+        row(u"transcribe a.mp3 --format srt --output a.srt"_s,
+            u"transcribe a.mp3 model= language= to=a.srt.srt"_s);
+        row(u"transcribe - --language auto"_s, u"transcribe - model= language=auto to=-.txt"_s);
+        row(u"transcribe -- --help -x"_s, u"transcribe --help|-x model= language= to=-.txt"_s);
+        row(u"correct"_s, u"text 0 question= input=- record= model= to=-"_s);
+        row(u"ask Who? a.txt --model m"_s, u"text 3 question=Who? input=a.txt record= model=m to=-"_s);
+        row(u"protocol --record 0A1B"_s, u"text 4 question= input=- record=0A1B model= to=-"_s);
+        row(u"history"_s, u"history 0 id= title="_s);
+        row(u"history rename 0A Talk"_s, u"history 3 id=0A title=Talk"_s);
+        row(u"history retranscribe 0A --language ru"_s, u"retranscribe 0A model= language=ru"_s);
+        row(u"models download base small"_s, u"models 1 base|small"_s);
+        row(u"toggle"_s, u"Toggle"_s);
+        row(u"meeting"_s, u"MeetingStatus"_s);
+        row(u"meeting stop"_s, u"StopMeeting"_s);
     }
-}
+
+    void understands()
+    {
+        QFETCH(const QStringList, arguments);
+        QFETCH(const QString, meaning);
+        QCOMPARE(std::visit(Described(), CommandLine::parse(arguments)), meaning);
+    }
+
+    void refuses_data()
+    {
+        const Rows<QStringList, QString> rows("arguments", "complaint");
+        const auto row = [&rows](const QStringList &arguments, const QString &complaint) {
+            rows(arguments.join(u' '), arguments, complaint);
+        };
+        row({u"sing"_s}, u"Неизвестная команда: sing"_s);
+        row({u"transcribe"_s}, u"Укажите файл"_s);
+        row({u"transcribe"_s, u"a"_s, u"--loud"_s}, u"Неизвестный параметр: --loud"_s);
+        row({u"transcribe"_s, u"a"_s, u"--model"_s}, u"Параметру нужно значение: --model"_s);
+        row({u"transcribe"_s, u"a"_s, u"--no-history=1"_s, u"b"_s},
+            u"Параметр не принимает значения: --no-history"_s);
+        row({u"transcribe"_s, u"a"_s, u"--output"_s, QString()}, u"Параметру нужно значение: --output"_s);
+        row({u"transcribe"_s, u"a"_s, u"--format"_s, u"pdf"_s}, u"pdf"_s);
+        row({u"transcribe"_s, u"a"_s, u"--language"_s, u"xx"_s}, u"xx"_s);
+        row({u"history"_s, u"burn"_s}, u"burn"_s);
+        row({u"history"_s, u"list"_s, u"--format"_s, u"md"_s}, u"history export"_s);
+        row({u"history"_s, u"show"_s}, u"Укажите запись"_s);
+        row({u"history"_s, u"delete"_s, QString()}, u"Укажите запись"_s);
+        row({u"history"_s, u"rename"_s, u"1234"_s, u"  "_s}, u"Укажите новое название"_s);
+        row({u"history"_s, u"show"_s, u"1"_s, u"2"_s}, u"2"_s);
+        row({u"history"_s, u"retranscribe"_s}, u"Укажите запись"_s);
+        row({u"ask"_s, u" "_s}, u"Задайте вопрос"_s);
+        row({u"correct"_s, u"a.txt"_s, u"--record"_s, u"1"_s}, u"a.txt"_s);
+        row({u"correct"_s, u"--record="_s}, u"Параметру нужно значение: --record"_s);
+        row({u"models"_s, u"download"_s}, u"Укажите модель"_s);
+        row({u"toggle"_s, u"now"_s}, u"now"_s);
+        row({u"meeting"_s, u"adjourn"_s}, u"adjourn"_s);
+    }
+
+    void refuses()
+    {
+        QFETCH(const QStringList, arguments);
+        QFETCH(const QString, complaint);
+        try {
+            (void)CommandLine::parse(arguments);
+            QFAIL("it was understood");
+        } catch (const UsageError &error) {
+            QVERIFY2(error.description().contains(complaint), qPrintable(error.description()));
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(TestCommandParsing)
 #include "tst_commandparsing.moc"

@@ -1,17 +1,18 @@
 #include "ui/Dialogs.h"
 
 #include "base/Async.h"
+#include "tests/support/Rows.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTest>
 #include <QTextDocumentFragment>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using Choice = UpdatePresenter::Choice;
 
 namespace {
@@ -68,118 +69,106 @@ class TestDialogs : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_dialogs = std::make_unique<Dialogs>();
+        QVERIFY(windows().isEmpty()); // none before there is something to show
+    }
 
-    void answers_data();
-    void answers();
-    void stoppedOffers();
-    void endOfTheProgram();
-    void notices();
-    void progress();
+    void cleanup()
+    {
+        // Without the help of the destructor, since the program stays.
+        QTRY_VERIFY(windows().isEmpty());
+        m_dialogs.reset();
+    }
+
+    void answers_data()
+    {
+        const Rows<std::function<void(QMessageBox &)>, Choice> row("answer", "choice");
+        row(
+            "Download", [](QMessageBox &m) { buttonOf(m, anOffer.downloadButton)->click(); },
+            Choice::Download);
+        row("Later", [](QMessageBox &m) { buttonOf(m, anOffer.laterButton)->click(); }, Choice::Later);
+        row("Enter", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Return); }, Choice::Download);
+        row("Escape", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Escape); }, Choice::Later);
+        row("closed", [](QMessageBox &m) { m.close(); }, Choice::Later);
+        row("closed with all windows", [](QMessageBox &) { QApplication::closeAllWindows(); }, Choice::Later);
+    }
+
+    void answers()
+    {
+        QFETCH(const std::function<void(QMessageBox &)>, answer);
+        QFETCH(const Choice, choice);
+        Outcome outcome;
+        spawn(ask(m_dialogs.get(), {}, &outcome));
+        auto *message = onlyWindow<QMessageBox>();
+        QVERIFY(message && message->isVisible());
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
+        answer(*message);
+        QCOMPARE(outcome.choice, choice);
+    }
+
+    void stoppedOffers()
+    {
+        std::stop_source first;
+        std::stop_source second;
+        Outcome ofFirst;
+        Outcome ofSecond;
+        spawn(ask(m_dialogs.get(), first.get_token(), &ofFirst));
+        first.request_stop();
+        QVERIFY(ofFirst.cancelled);
+        spawn(ask(m_dialogs.get(), second.get_token(), &ofSecond));
+        QTRY_VERIFY(onlyWindow<QMessageBox>());
+        QVERIFY(!ofSecond.cancelled);
+        onlyWindow<QMessageBox>()->close();
+        QCOMPARE(ofSecond.choice, Choice::Later);
+        second.request_stop(); // too late to matter
+    }
+
+    void endOfTheProgram()
+    {
+        Outcome outcome;
+        spawn(ask(m_dialogs.get(), {}, &outcome));
+        m_dialogs->notice(u"Не удалось скачать обновление"_s, u"Сервер не отвечает."_s);
+        m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю обновление…"_s);
+        QCOMPARE(windows().size(), 3);
+        m_dialogs.reset(); // no event loop runs any more
+        QVERIFY(windows().isEmpty());
+        QVERIFY(outcome.cancelled && !outcome.choice);
+    }
+
+    void notices()
+    {
+        m_dialogs->notice(u"Не удалось открыть обновление"_s, u"Файл: /tmp/<i>a</i>  & b.deb"_s);
+        auto *message = onlyWindow<QMessageBox>();
+        QVERIFY(message && message->isVisible());
+        QCOMPARE(shownText(*message), u"Не удалось открыть обновление\nФайл: /tmp/<i>a</i>  & b.deb"_s);
+        message->button(QMessageBox::Ok)->click();
+    }
+
+    void progress()
+    {
+        m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю <обновление>…"_s);
+        auto *panel = onlyWindow<QDialog>();
+        QVERIFY(panel && panel->isVisible() && !panel->isModal());
+        QCOMPARE(panel->windowTitle(), u"Скачиваю обновление"_s);
+        QCOMPARE(panel->findChild<QLabel *>()->text(), u"Скачиваю <обновление>…"_s);
+        const auto *bar = panel->findChild<QProgressBar *>();
+        QCOMPARE(bar->maximum(), 0); // busy, until something is known
+        m_dialogs->setProgress(0.25);
+        QCOMPARE(bar->value() * 4, bar->maximum());
+        panel->close();
+        m_dialogs->setProgress(1); // goes on without being seen
+        QCOMPARE(bar->value(), bar->maximum());
+        QVERIFY(!panel->isVisible());
+        m_dialogs->hideProgress();
+        QVERIFY(windows().isEmpty());
+    }
 
 private:
     std::unique_ptr<Dialogs> m_dialogs;
 };
-
-void TestDialogs::init()
-{
-    m_dialogs = std::make_unique<Dialogs>();
-    QVERIFY(windows().isEmpty()); // none before there is something to show
-}
-
-void TestDialogs::cleanup()
-{
-    // Without the help of the destructor, since the program stays.
-    QTRY_VERIFY(windows().isEmpty());
-    m_dialogs.reset();
-}
-
-void TestDialogs::answers_data()
-{
-    QTest::addColumn<std::function<void(QMessageBox &)>>("answer");
-    QTest::addColumn<Choice>("choice");
-    const auto row = [](const char *name, const std::function<void(QMessageBox &)> &answer, Choice choice) {
-        QTest::newRow(name) << answer << choice;
-    };
-    row("Download", [](QMessageBox &m) { buttonOf(m, anOffer.downloadButton)->click(); }, Choice::Download);
-    row("Later", [](QMessageBox &m) { buttonOf(m, anOffer.laterButton)->click(); }, Choice::Later);
-    row("Enter", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Return); }, Choice::Download);
-    row("Escape", [](QMessageBox &m) { QTest::keyClick(&m, Qt::Key_Escape); }, Choice::Later);
-    row("closed", [](QMessageBox &m) { m.close(); }, Choice::Later);
-    row("closed with all windows", [](QMessageBox &) { QApplication::closeAllWindows(); }, Choice::Later);
-}
-
-void TestDialogs::answers()
-{
-    QFETCH(const std::function<void(QMessageBox &)>, answer);
-    QFETCH(const Choice, choice);
-    Outcome outcome;
-    spawn(ask(m_dialogs.get(), {}, &outcome));
-    auto *message = onlyWindow<QMessageBox>();
-    QVERIFY(message && message->isVisible());
-    QVERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
-    answer(*message);
-    QCOMPARE(outcome.choice, choice);
-}
-
-void TestDialogs::stoppedOffers()
-{
-    std::stop_source first;
-    std::stop_source second;
-    Outcome ofFirst;
-    Outcome ofSecond;
-    spawn(ask(m_dialogs.get(), first.get_token(), &ofFirst));
-    first.request_stop();
-    QVERIFY(ofFirst.cancelled);
-    spawn(ask(m_dialogs.get(), second.get_token(), &ofSecond));
-    QTRY_VERIFY(onlyWindow<QMessageBox>());
-    QVERIFY(!ofSecond.cancelled);
-    onlyWindow<QMessageBox>()->close();
-    QCOMPARE(ofSecond.choice, Choice::Later);
-    second.request_stop(); // too late to matter
-}
-
-void TestDialogs::endOfTheProgram()
-{
-    Outcome outcome;
-    spawn(ask(m_dialogs.get(), {}, &outcome));
-    m_dialogs->notice(u"Не удалось скачать обновление"_s, u"Сервер не отвечает."_s);
-    m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю обновление…"_s);
-    QCOMPARE(windows().size(), 3);
-    m_dialogs.reset(); // no event loop runs any more
-    QVERIFY(windows().isEmpty());
-    QVERIFY(outcome.cancelled && !outcome.choice);
-}
-
-void TestDialogs::notices()
-{
-    m_dialogs->notice(u"Не удалось открыть обновление"_s, u"Файл: /tmp/<i>a</i>  & b.deb"_s);
-    auto *message = onlyWindow<QMessageBox>();
-    QVERIFY(message && message->isVisible());
-    QCOMPARE(shownText(*message), u"Не удалось открыть обновление\nФайл: /tmp/<i>a</i>  & b.deb"_s);
-    message->button(QMessageBox::Ok)->click();
-}
-
-void TestDialogs::progress()
-{
-    m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю <обновление>…"_s);
-    auto *panel = onlyWindow<QDialog>();
-    QVERIFY(panel && panel->isVisible() && !panel->isModal());
-    QCOMPARE(panel->windowTitle(), u"Скачиваю обновление"_s);
-    QCOMPARE(panel->findChild<QLabel *>()->text(), u"Скачиваю <обновление>…"_s);
-    const auto *bar = panel->findChild<QProgressBar *>();
-    QCOMPARE(bar->maximum(), 0); // busy, until something is known
-    m_dialogs->setProgress(0.25);
-    QCOMPARE(bar->value() * 4, bar->maximum());
-    panel->close();
-    m_dialogs->setProgress(1); // goes on without being seen
-    QCOMPARE(bar->value(), bar->maximum());
-    QVERIFY(!panel->isVisible());
-    m_dialogs->hideProgress();
-    QVERIFY(windows().isEmpty());
-}
 
 QTEST_MAIN(TestDialogs)
 #include "tst_dialogs.moc"

@@ -1,15 +1,16 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
+#include "tests/support/Rows.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDPlacement.h"
 
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
+using namespace orvane::test;
 using State = DictationState;
 using Mode = DictationMode;
 
@@ -28,138 +29,124 @@ class TestDictationHUD : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void states_data();
-    void states();
-    void hintFollows();
-    void silentMicrophone();
-    void chips();
-    void placement_data();
-    void placement();
+    void states_data()
+    {
+        const Rows<State, std::optional<Mode>, QString, QStringList, QStringList> row(
+            "state", "processing", "icon", "russian", "english");
+        row("starting", State::Starting, {}, u"mic"_s, {u"Orvane"_s, u"Готов"_s}, {u"Orvane"_s, u"Ready"_s});
+        row("recording", State::Recording, {}, u"mic"_s,
+            {u"Слушаю…"_s, u"Дважды правый Ctrl — готово · Esc — отмена"_s},
+            {u"Listening…"_s, u"Double-press right Ctrl — to finish · Esc to cancel"_s});
+        row("transcribing", State::Transcribing, {}, u"waveform"_s, {u"Распознаю…"_s, u"Подождите немного"_s},
+            {u"Recognizing…"_s, u"Just a moment"_s});
+        row("correcting", State::Correcting, Mode::Correct, u"text-check"_s,
+            {u"Исправляю…"_s, u"Пунктуация и грамматика"_s},
+            {u"Correcting…"_s, u"Punctuation and grammar"_s});
+        row("e-mail", State::Correcting, Mode::Email, u"envelope"_s,
+            {u"Составляю письмо…"_s, u"Оформляю как письмо"_s},
+            {u"Composing the email…"_s, u"Composing an email"_s});
+        row("prompt", State::Correcting, Mode::Prompt, u"wand"_s,
+            {u"Выполняю запрос…"_s, u"Выполняю как запрос"_s},
+            {u"Running the request…"_s, u"Running as a request"_s});
+        row("no mode", State::Correcting, {}, u"sparkles"_s, {u"Обрабатываю…"_s, u"Подождите немного"_s},
+            {u"Processing…"_s, u"Just a moment"_s});
+    }
+
+    void states()
+    {
+        QFETCH(const State, state);
+        QFETCH(const std::optional<Mode>, processing);
+        QFETCH(const QString, icon);
+        QFETCH(const QStringList, russian);
+        QFETCH(const QStringList, english);
+
+        DictationHUDModel hud(m_settings);
+        hud.setState(state, processing);
+        m_settings.setInterfaceLanguage(u"ru"_s);
+        QCOMPARE(shown(hud), QStringList(icon) + russian);
+        m_settings.setInterfaceLanguage(u"en"_s);
+        QCOMPARE(shown(hud), QStringList(icon) + english);
+        QVERIFY(QFile::exists(QStringLiteral(ORVANE_ICONS) + u'/' + icon + u".svg"_s));
+        QCOMPARE(hud.isListening(), state == State::Recording);
+        QCOMPARE(hud.isWorking(), state == State::Transcribing || state == State::Correcting);
+    }
+
+    void hintFollows()
+    {
+        m_settings.setInterfaceLanguage(u"ru"_s);
+        DictationHUDModel hud(m_settings);
+        hud.setState(State::Recording);
+        const QSignalSpy content(&hud, &DictationHUDModel::contentChanged);
+        const QSignalSpy chips(&hud, &DictationHUDModel::chipsChanged);
+        m_settings.setDictationTrigger(TriggerKey::RightOption);
+        QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · Esc — отмена"_s);
+        hud.setKeys({.trigger = true, .escape = false});
+        QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · отмена — в меню"_s);
+        hud.setKeys({.trigger = false, .escape = false});
+        QCOMPARE(hud.subtitle(), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
+        QCOMPARE_GE(content.size(), 3);
+        m_settings.setInterfaceLanguage(u"en"_s);
+        QVERIFY(!chips.isEmpty());
+        m_settings.setDictationTrigger(TriggerKey::RightCommand);
+    }
+
+    void silentMicrophone()
+    {
+        m_settings.setInterfaceLanguage(u"ru"_s);
+        DictationHUDModel hud(m_settings);
+        hud.setState(State::Recording);
+        const QString usual = hud.subtitle();
+        hud.setDeviceIsSilent(true);
+        QCOMPARE(hud.subtitle(), u"Нет звука с микрофона — проверьте его"_s);
+        QVERIFY(hud.subtitleIsWarning());
+        hud.setState(State::Transcribing);
+        QCOMPARE(hud.subtitle(), u"Подождите немного"_s);
+        QVERIFY(!hud.subtitleIsWarning());
+        hud.setState(State::Recording);
+        hud.setDeviceIsSilent(false);
+        QCOMPARE(hud.subtitle(), usual);
+    }
+
+    void chips()
+    {
+        m_settings.setInterfaceLanguage(u"ru"_s);
+        DictationHUDModel hud(m_settings);
+        QCOMPARE(hud.chipTitles(), QStringList({u"Исправить"_s, u"Письмо"_s, u"Промпт"_s}));
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(hud.chipHelps().at(i).startsWith(hud.chipTitles().at(i) + u": "_s));
+        const QSignalSpy selected(&hud, &DictationHUDModel::selectedChipChanged);
+        hud.selectChip(2);
+        QCOMPARE(m_settings.dictationMode(), Mode::Prompt);
+        m_settings.setDictationMode(Mode::Email);
+        QCOMPARE(hud.selectedChip(), 1);
+        QCOMPARE(selected.size(), 2);
+    }
+
+    void placement_data()
+    {
+        const Rows<QPoint, QPoint> row("pointer", "position");
+        row("first screen, over its panel", QPoint(100, 1060), QPoint(800, 834));
+        row("right screen", QPoint(1920, 500), QPoint(2405, 818));
+        row("between the screens", QPoint(2000, -1), QPoint(800, 834));
+    }
+
+    void placement()
+    {
+        QFETCH(const QPoint, pointer);
+        QFETCH(const QPoint, position);
+        // The first with a dock of 60 at the left and a panel of 40 at the bottom, the second lower and
+        // smaller.
+        const QList<HUDPlacement::Screen> screens = {
+            {.frame = {0, 0, 1920, 1080}, .available = {60, 0, 1860, 1040}},
+            {.frame = {1920, 0, 1350, 1024}, .available = {1920, 0, 1350, 1024}}};
+        QCOMPARE(HUDPlacement::position({380, 126}, pointer, screens), position);
+    }
 
 private:
     QTemporaryDir m_folder;
     UserDefaults m_defaults{m_folder.filePath(u"settings.json"_s)};
     AppSettings m_settings{m_defaults};
 };
-
-void TestDictationHUD::states_data()
-{
-    QTest::addColumn<State>("state");
-    QTest::addColumn<std::optional<Mode>>("processing");
-    QTest::addColumn<QString>("icon");
-    QTest::addColumn<QStringList>("russian");
-    QTest::addColumn<QStringList>("english");
-    const auto row = [](const char *name, State state, std::optional<Mode> processing, const QString &icon,
-                        const QStringList &russian, const QStringList &english) {
-        QTest::newRow(name) << state << processing << icon << russian << english;
-    };
-    row("starting", State::Starting, {}, u"mic"_s, {u"Orvane"_s, u"Готов"_s}, {u"Orvane"_s, u"Ready"_s});
-    row("recording", State::Recording, {}, u"mic"_s,
-        {u"Слушаю…"_s, u"Дважды правый Ctrl — готово · Esc — отмена"_s},
-        {u"Listening…"_s, u"Double-press right Ctrl — to finish · Esc to cancel"_s});
-    row("transcribing", State::Transcribing, {}, u"waveform"_s, {u"Распознаю…"_s, u"Подождите немного"_s},
-        {u"Recognizing…"_s, u"Just a moment"_s});
-    row("correcting", State::Correcting, Mode::Correct, u"text-check"_s,
-        {u"Исправляю…"_s, u"Пунктуация и грамматика"_s}, {u"Correcting…"_s, u"Punctuation and grammar"_s});
-    row("e-mail", State::Correcting, Mode::Email, u"envelope"_s,
-        {u"Составляю письмо…"_s, u"Оформляю как письмо"_s},
-        {u"Composing the email…"_s, u"Composing an email"_s});
-    row("prompt", State::Correcting, Mode::Prompt, u"wand"_s,
-        {u"Выполняю запрос…"_s, u"Выполняю как запрос"_s},
-        {u"Running the request…"_s, u"Running as a request"_s});
-    row("no mode", State::Correcting, {}, u"sparkles"_s, {u"Обрабатываю…"_s, u"Подождите немного"_s},
-        {u"Processing…"_s, u"Just a moment"_s});
-}
-
-void TestDictationHUD::states()
-{
-    QFETCH(const State, state);
-    QFETCH(const std::optional<Mode>, processing);
-    QFETCH(const QString, icon);
-    QFETCH(const QStringList, russian);
-    QFETCH(const QStringList, english);
-
-    DictationHUDModel hud(m_settings);
-    hud.setState(state, processing);
-    m_settings.setInterfaceLanguage(u"ru"_s);
-    QCOMPARE(shown(hud), QStringList(icon) + russian);
-    m_settings.setInterfaceLanguage(u"en"_s);
-    QCOMPARE(shown(hud), QStringList(icon) + english);
-    QVERIFY(QFile::exists(QStringLiteral(ORVANE_ICONS) + u'/' + icon + u".svg"_s));
-    QCOMPARE(hud.isListening(), state == State::Recording);
-    QCOMPARE(hud.isWorking(), state == State::Transcribing || state == State::Correcting);
-}
-
-void TestDictationHUD::hintFollows()
-{
-    m_settings.setInterfaceLanguage(u"ru"_s);
-    DictationHUDModel hud(m_settings);
-    hud.setState(State::Recording);
-    const QSignalSpy content(&hud, &DictationHUDModel::contentChanged);
-    const QSignalSpy chips(&hud, &DictationHUDModel::chipsChanged);
-    m_settings.setDictationTrigger(TriggerKey::RightOption);
-    QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · Esc — отмена"_s);
-    hud.setKeys({.trigger = true, .escape = false});
-    QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · отмена — в меню"_s);
-    hud.setKeys({.trigger = false, .escape = false});
-    QCOMPARE(hud.subtitle(), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
-    QCOMPARE_GE(content.size(), 3);
-    m_settings.setInterfaceLanguage(u"en"_s);
-    QVERIFY(!chips.isEmpty());
-    m_settings.setDictationTrigger(TriggerKey::RightCommand);
-}
-
-void TestDictationHUD::silentMicrophone()
-{
-    m_settings.setInterfaceLanguage(u"ru"_s);
-    DictationHUDModel hud(m_settings);
-    hud.setState(State::Recording);
-    const QString usual = hud.subtitle();
-    hud.setDeviceIsSilent(true);
-    QCOMPARE(hud.subtitle(), u"Нет звука с микрофона — проверьте его"_s);
-    QVERIFY(hud.subtitleIsWarning());
-    hud.setState(State::Transcribing);
-    QCOMPARE(hud.subtitle(), u"Подождите немного"_s);
-    QVERIFY(!hud.subtitleIsWarning());
-    hud.setState(State::Recording);
-    hud.setDeviceIsSilent(false);
-    QCOMPARE(hud.subtitle(), usual);
-}
-
-void TestDictationHUD::chips()
-{
-    m_settings.setInterfaceLanguage(u"ru"_s);
-    DictationHUDModel hud(m_settings);
-    QCOMPARE(hud.chipTitles(), QStringList({u"Исправить"_s, u"Письмо"_s, u"Промпт"_s}));
-    for (int i = 0; i < 3; ++i)
-        QVERIFY(hud.chipHelps().at(i).startsWith(hud.chipTitles().at(i) + u": "_s));
-    const QSignalSpy selected(&hud, &DictationHUDModel::selectedChipChanged);
-    hud.selectChip(2);
-    QCOMPARE(m_settings.dictationMode(), Mode::Prompt);
-    m_settings.setDictationMode(Mode::Email);
-    QCOMPARE(hud.selectedChip(), 1);
-    QCOMPARE(selected.size(), 2);
-}
-
-void TestDictationHUD::placement_data()
-{
-    QTest::addColumn<QPoint>("pointer");
-    QTest::addColumn<QPoint>("position");
-    QTest::newRow("first screen, over its panel") << QPoint(100, 1060) << QPoint(800, 834);
-    QTest::newRow("right screen") << QPoint(1920, 500) << QPoint(2405, 818);
-    QTest::newRow("between the screens") << QPoint(2000, -1) << QPoint(800, 834);
-}
-
-void TestDictationHUD::placement()
-{
-    QFETCH(const QPoint, pointer);
-    QFETCH(const QPoint, position);
-    // The first with a dock of 60 at the left and a panel of 40 at the bottom, the second lower and smaller.
-    const QList<HUDPlacement::Screen> screens = {
-        {.frame = {0, 0, 1920, 1080}, .available = {60, 0, 1860, 1040}},
-        {.frame = {1920, 0, 1350, 1024}, .available = {1920, 0, 1350, 1024}}};
-    QCOMPARE(HUDPlacement::position({380, 126}, pointer, screens), position);
-}
 
 QTEST_GUILESS_MAIN(TestDictationHUD)
 #include "tst_dictationhud.moc"

@@ -1,18 +1,13 @@
-#include "app/services/AppServices.h"
 #include "base/Async.h"
 #include "desktop/KeyTap.h"
-#include "tests/support/FakeDictationSurroundings.h"
+#include "tests/support/ServicesHome.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/XDisplay.h"
-#include "tests/update/FakePresenter.h"
 #include "ui/DictationPanel.h"
 
 #include <QAccessible>
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QScreen>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QWindow>
 
@@ -56,48 +51,34 @@ class TestDictationPanel : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void showsWhatTheDictationHears();
+    void showsWhatTheDictationHears()
+    {
+        if (!SoundServer::isInstalled())
+            QSKIP("there is no PulseAudio to make a microphone with");
+        SoundServer sound;
+        sound.enter();
+        sound.plugIn(u"mic"_s);
+        const KeyTap keys; // none works
+        DictationPanel panel(QStringLiteral(ORVANE_RESOURCES), keys);
+        ServicesHome home;
+        AppServices services(home.onDesktop(QStringLiteral(ORVANE_RESOURCES), &panel));
+        services.settings().setInterfaceLanguage(u"ru"_s);
+        ServicesHome::install(services.models(), WhisperModel::catalog().first());
+
+        services.dictation()->start();
+        const QString listening = u"Слушаю…"_s;
+        QTRY_COMPARE(readOut(),
+                     (QStringList{listening, u"orvane toggle или меню — готово · orvane cancel — отмена"_s}));
+        QTRY_COMPARE(readOut(), (QStringList{listening, u"Нет звука с микрофона — проверьте его"_s}));
+        QVERIFY(!waveformIsHigh());
+        sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
+        QTRY_VERIFY(waveformIsHigh());
+        QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
+
+        services.dictation()->cancel();
+        QTRY_COMPARE(readOut(), QStringList());
+    }
 };
-
-void TestDictationPanel::showsWhatTheDictationHears()
-{
-    if (!SoundServer::isInstalled())
-        QSKIP("there is no PulseAudio to make a microphone with");
-    SoundServer sound;
-    sound.enter();
-    sound.plugIn(u"mic"_s);
-    const QTemporaryDir home;
-    const KeyTap keys; // none works
-    DictationPanel panel(QStringLiteral(ORVANE_RESOURCES), keys);
-    FakePresenter updates;
-    FakeGuidance guidance;
-    FakeInjector injector;
-    AppServices::Environment environment;
-    environment.folders = {.applicationSupport = home.path(),
-                           .resources = QStringLiteral(ORVANE_RESOURCES),
-                           .temporary = home.path()};
-    environment.defaultsFile = home.filePath(u"settings.json"_s);
-    environment.desktop.emplace(AppServices::Desktop{
-        .updates = updates, .guidance = guidance, .indicator = panel, .injector = injector, .openFile = {}});
-    AppServices services(environment);
-    services.settings().setInterfaceLanguage(u"ru"_s);
-    QVERIFY(QDir().mkpath(services.models().modelsDirectory()));
-    QVERIFY(QFile(services.models().localPath(WhisperModel::catalog().first())).open(QFile::WriteOnly));
-    services.models().refresh();
-
-    services.dictation()->start();
-    const QString listening = u"Слушаю…"_s;
-    QTRY_COMPARE(readOut(),
-                 (QStringList{listening, u"orvane toggle или меню — готово · orvane cancel — отмена"_s}));
-    QTRY_COMPARE(readOut(), (QStringList{listening, u"Нет звука с микрофона — проверьте его"_s}));
-    QVERIFY(!waveformIsHigh());
-    sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
-    QTRY_VERIFY(waveformIsHigh());
-    QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
-
-    services.dictation()->cancel();
-    QTRY_COMPARE(readOut(), QStringList());
-}
 
 int main(int argc, char **argv)
 {

@@ -79,15 +79,117 @@ class TestHUDController : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        moveMouse({10, 10});
+        m_hud.setState(DictationState::Recording);
+        m_hud.setWaveform(QList<float>(48, 0.0F));
+        m_controller = make(QStringLiteral(ORVANE_RESOURCES));
+        QVERIFY(!sceneWindow());
+    }
 
-    void showsAndHides();
-    void keepsTheFocusWhereItIs();
-    void helpOfAChip();
-    void notices();
-    void drawsNothingAtRest();
-    void missingModule();
+    void cleanup()
+    {
+        m_controller.reset();
+        QTRY_VERIFY(!isShown());
+    }
+
+    void showsAndHides()
+    {
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        QVERIFY(pixel(place.topLeft() - QPoint(-190, 1)) != capsule);
+        QVERIFY(pixel(place.bottomRight() - QPoint(190, 6)) == capsule);
+        // Nobody blends windows on this display, so the corners must not be there at all.
+        for (const QPoint corner :
+             {place.topLeft(), place.topRight(), place.bottomLeft(), place.bottomRight()})
+            QCOMPARE(pixel(corner), pixel({0, 0}));
+
+        m_controller->hide();
+        QTRY_VERIFY(!isShown());
+        m_controller->show();
+        m_controller->hide();
+        QTest::qWait(200); // longer than it takes to be shown again
+        QVERIFY(!isShown());
+
+        // Hidden before it was first shown.
+        m_controller = make(QStringLiteral(ORVANE_RESOURCES));
+        m_controller->show();
+        m_controller->hide();
+        QTest::qWait(500);
+        QVERIFY(!isShown());
+    }
+
+    void keepsTheFocusWhereItIs()
+    {
+        const FocusedEditor editor(FocusedEditor::Kind::Terminal);
+        const XKeyboard keyboard;
+        const xcb_window_t focused = keyboard.focus();
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        QCOMPARE(keyboard.focus(), focused);
+
+        m_settings.setDictationMode(DictationMode::Correct);
+        click(emailChip);
+        QTRY_COMPARE(m_settings.dictationMode(), DictationMode::Email);
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+        QCOMPARE(keyboard.focus(), focused);
+        QVERIFY(!QGuiApplication::focusWindow());
+    }
+
+    void helpOfAChip()
+    {
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        moveMouse(emailChip);
+        QTRY_VERIFY(QToolTip::isVisible());
+        QCOMPARE(QToolTip::text(), m_hud.chipHelps().at(1));
+        m_controller->hide();
+        QTRY_VERIFY(!QToolTip::isVisible());
+    }
+
+    void notices()
+    {
+        m_settings.setDictationMode(DictationMode::Email);
+        m_controller->show();
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+        m_controller->notice(u"Текст в буфере обмена — вставьте его: Ctrl+V"_s);
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), capsule); // nothing but the text
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);  // the dictation goes on
+        m_controller->hide();
+
+        m_controller->notice(u"…"_s); // after a dictation
+        QTRY_VERIFY(isShown());
+        QTRY_VERIFY(!isShown());
+
+        m_controller->notice(u"…"_s);
+        m_controller->show(); // a new dictation takes its place
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+    }
+
+    void drawsNothingAtRest()
+    {
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        QSignalSpy frames(sceneWindow(), SIGNAL(frameSwapped()));
+        QTRY_VERIFY(!frames.wait(500));
+        m_hud.setWaveform(QList<float>(48, 1.0F));
+        QTRY_COMPARE(pixel(place.topLeft() + QPoint(22, 71 - 9)), accent);
+        QVERIFY(frames.size() > 2); // it was animated
+        QTRY_VERIFY(!frames.wait(500));
+    }
+
+    void missingModule()
+    {
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(u"^The dictation indicator could not be loaded: "_s));
+        m_controller = make(m_folder.path());
+        m_controller->notice(u"первое"_s);
+        QTRY_COMPARE(m_saidElsewhere, QStringList{u"первое"_s});
+        m_controller->notice(u"второе"_s);
+        QCOMPARE(m_saidElsewhere.size(), 2);
+        QVERIFY(!sceneWindow());
+    }
 
 private:
     [[nodiscard]] std::unique_ptr<HUDController> make(const QString &moduleFolder)
@@ -103,117 +205,6 @@ private:
     DictationHUDModel m_hud{m_settings};
     std::unique_ptr<HUDController> m_controller;
 };
-
-void TestHUDController::init()
-{
-    moveMouse({10, 10});
-    m_hud.setState(DictationState::Recording);
-    m_hud.setWaveform(QList<float>(48, 0.0F));
-    m_controller = make(QStringLiteral(ORVANE_RESOURCES));
-    QVERIFY(!sceneWindow());
-}
-
-void TestHUDController::cleanup()
-{
-    m_controller.reset();
-    QTRY_VERIFY(!isShown());
-}
-
-void TestHUDController::showsAndHides()
-{
-    m_controller->show();
-    QTRY_VERIFY(isShown());
-    QVERIFY(pixel(place.topLeft() - QPoint(-190, 1)) != capsule);
-    QVERIFY(pixel(place.bottomRight() - QPoint(190, 6)) == capsule);
-    // Nobody blends windows on this display, so the corners must not be there at all.
-    for (const QPoint corner : {place.topLeft(), place.topRight(), place.bottomLeft(), place.bottomRight()})
-        QCOMPARE(pixel(corner), pixel({0, 0}));
-
-    m_controller->hide();
-    QTRY_VERIFY(!isShown());
-    m_controller->show();
-    m_controller->hide();
-    QTest::qWait(200); // longer than it takes to be shown again
-    QVERIFY(!isShown());
-
-    // Hidden before it was first shown.
-    m_controller = make(QStringLiteral(ORVANE_RESOURCES));
-    m_controller->show();
-    m_controller->hide();
-    QTest::qWait(500);
-    QVERIFY(!isShown());
-}
-
-void TestHUDController::keepsTheFocusWhereItIs()
-{
-    const FocusedEditor editor(FocusedEditor::Kind::Terminal);
-    const XKeyboard keyboard;
-    const xcb_window_t focused = keyboard.focus();
-    m_controller->show();
-    QTRY_VERIFY(isShown());
-    QCOMPARE(keyboard.focus(), focused);
-
-    m_settings.setDictationMode(DictationMode::Correct);
-    click(emailChip);
-    QTRY_COMPARE(m_settings.dictationMode(), DictationMode::Email);
-    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
-    QCOMPARE(keyboard.focus(), focused);
-    QVERIFY(!QGuiApplication::focusWindow());
-}
-
-void TestHUDController::helpOfAChip()
-{
-    m_controller->show();
-    QTRY_VERIFY(isShown());
-    moveMouse(emailChip);
-    QTRY_VERIFY(QToolTip::isVisible());
-    QCOMPARE(QToolTip::text(), m_hud.chipHelps().at(1));
-    m_controller->hide();
-    QTRY_VERIFY(!QToolTip::isVisible());
-}
-
-void TestHUDController::notices()
-{
-    m_settings.setDictationMode(DictationMode::Email);
-    m_controller->show();
-    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
-    m_controller->notice(u"Текст в буфере обмена — вставьте его: Ctrl+V"_s);
-    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), capsule); // nothing but the text
-    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);  // the dictation goes on
-    m_controller->hide();
-
-    m_controller->notice(u"…"_s); // after a dictation
-    QTRY_VERIFY(isShown());
-    QTRY_VERIFY(!isShown());
-
-    m_controller->notice(u"…"_s);
-    m_controller->show(); // a new dictation takes its place
-    QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
-}
-
-void TestHUDController::drawsNothingAtRest()
-{
-    m_controller->show();
-    QTRY_VERIFY(isShown());
-    QSignalSpy frames(sceneWindow(), SIGNAL(frameSwapped()));
-    QTRY_VERIFY(!frames.wait(500));
-    m_hud.setWaveform(QList<float>(48, 1.0F));
-    QTRY_COMPARE(pixel(place.topLeft() + QPoint(22, 71 - 9)), accent);
-    QVERIFY(frames.size() > 2); // it was animated
-    QTRY_VERIFY(!frames.wait(500));
-}
-
-void TestHUDController::missingModule()
-{
-    QTest::ignoreMessage(QtWarningMsg,
-                         QRegularExpression(u"^The dictation indicator could not be loaded: "_s));
-    m_controller = make(m_folder.path());
-    m_controller->notice(u"первое"_s);
-    QTRY_COMPARE(m_saidElsewhere, QStringList{u"первое"_s});
-    m_controller->notice(u"второе"_s);
-    QCOMPARE(m_saidElsewhere.size(), 2);
-    QVERIFY(!sceneWindow());
-}
 
 int main(int argc, char **argv)
 {
