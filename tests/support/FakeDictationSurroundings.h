@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Async.h"
+#include "base/OneTimeEvent.h"
 #include "desktop/TextInjector.h"
 #include "dictation/DictationIndicator.h"
 #include "dictation/Guidance.h"
@@ -36,13 +37,19 @@ public:
     {
         texts.append(text);
         const Outcome result = outcome;
-        co_await sleepFor(delay);
+        if (end)
+            co_await end->wait();
+        else
+            co_await sleepFor(std::chrono::milliseconds(0));
+        ++ended;
         co_return result;
     }
 
     QStringList texts;
     Outcome outcome = Outcome::Pasted;
-    std::chrono::milliseconds delay{0};
+    /// Where there is one, texts are being inserted until it happens.
+    std::shared_ptr<OneTimeEvent> end;
+    int ended = 0;
 };
 
 } // namespace orvane::test
