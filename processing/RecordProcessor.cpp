@@ -110,8 +110,10 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     co_await m_scope(requireStill(id, stop), stop);
     m_history.updateTranscription(id, TranscriptRecord::segmentsFrom(segments), text, recognition.model.id,
                                   recognition.language);
-    if (const QString damage = transcript.damageText(); !damage.isEmpty())
+    if (const QString damage = transcript.damageText(); !damage.isEmpty()) {
         m_history.appendEvent(id, RecordEvent::Kind::Transcription, std::nullopt, damage);
+        m_operation.setError(damage);
+    }
     co_return text;
 }
 

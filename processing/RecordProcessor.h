@@ -46,7 +46,8 @@ public:
 
     /// The record that is being worked on; null when none is.
     [[nodiscard]] QUuid record() const { return m_operation.isRunning() ? m_record : QUuid(); }
-    /// What went wrong last, one sentence; empty when nothing has since an operation started.
+    /// What went wrong last, one sentence; empty when nothing has since an operation started. A transcription
+    /// that succeeded tells here from where on its audio is damaged.
     [[nodiscard]] QString error() const { return m_operation.error(); }
 
     /// On the language model in that file, or on the one that the settings choose.

@@ -60,6 +60,8 @@ QCoro::Task<int> RetranscribeCommand::run()
         co_return ExitStatus::failure;
     if (failure)
         std::rethrow_exception(failure);
+    if (const QString damage = processor.error(); !damage.isEmpty())
+        Output::complain(u"%1: %2"_s.arg(record.title, damage));
     if (text.trimmed().isEmpty())
         Output::complain(u"%1: %2"_s.arg(record.title, Localization::text(u"речь не найдена")));
     const TranscriptRecord stored = co_await history.record(record.id);

@@ -18,7 +18,7 @@ public:
         try {
             FFmpegInput input(source);
             const AVStream &track = input.selectAudioTrack();
-            if (const auto length = input.duration(track); length && input.isDurationReported())
+            if (const auto length = input.duration(track); length && input.isDurationReported(track))
                 sink.expect(*length * sampleRate / 1000);
             FFmpegTrackDecoder(input, track, sink).run();
             return {.outcome = DecodingOutcome::Decoded, .detail = {}, .isCutShort = input.isCutShort(track)};

@@ -1,7 +1,10 @@
 #include "audio/decoding/FFmpegInput.h"
 
+#include "audio/decoding/WavHeader.h"
+
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -83,12 +86,25 @@ std::optional<std::int64_t> FFmpegInput::duration(const AVStream &track) const
         found = av_rescale_q(track.duration, track.time_base, milliseconds);
     else if (m_format->duration != AV_NOPTS_VALUE)
         found = av_rescale_q(m_format->duration, AVRational{1, AV_TIME_BASE}, milliseconds);
+    found = std::max(found, announced(track));
     return found > 0 ? std::optional(found) : std::nullopt;
 }
 
-bool FFmpegInput::isDurationReported() const
+// In milliseconds; 0 where the library's is all that is known.
+std::int64_t FFmpegInput::announced(const AVStream &track) const
 {
-    return m_format->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+    const AVCodecParameters &sound = *track.codecpar;
+    const int bits = av_get_exact_bits_per_sample(sound.codec_id) * sound.ch_layout.nb_channels;
+    if (std::strcmp(m_format->iformat->name, "wav") != 0 || bits <= 0 || bits != sound.block_align * 8 ||
+        sound.sample_rate <= 0)
+        return 0;
+    const std::int64_t bytes = announcedWavBytes(m_source).value_or(0);
+    return av_rescale(bytes / sound.block_align, 1000, sound.sample_rate);
+}
+
+bool FFmpegInput::isDurationReported(const AVStream &track) const
+{
+    return m_format->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE || announced(track) > 0;
 }
 
 bool FFmpegInput::read(AVPacket &packet, const AVStream &track)
@@ -124,7 +140,7 @@ bool FFmpegInput::isCutShort(const AVStream &track) const
 {
     // A container's length may be that of another track: it counts where reading broke off only.
     const bool isOfTrack = track.duration != AV_NOPTS_VALUE || m_format->nb_streams == 1;
-    const bool isReportedOfTrack = isOfTrack && isDurationReported();
+    const bool isReportedOfTrack = isOfTrack && isDurationReported(track);
     const std::optional<std::int64_t> length = m_failed || isReportedOfTrack ? duration(track) : std::nullopt;
     if (!length || !m_reached)
         return m_failed;

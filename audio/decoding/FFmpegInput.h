@@ -22,7 +22,7 @@ public:
     /// Milliseconds; none when the file does not tell.
     [[nodiscard]] std::optional<std::int64_t> duration(const AVStream &track) const;
     /// Whether the duration is what the file says, not a guess from its size.
-    [[nodiscard]] bool isDurationReported() const;
+    [[nodiscard]] bool isDurationReported(const AVStream &track) const;
 
     /// The next packet of a track; false at the end, also where the file breaks off.
     [[nodiscard]] bool read(AVPacket &packet, const AVStream &track);
@@ -37,6 +37,7 @@ private:
     static int isInterrupted(void *input);
 
     void open();
+    [[nodiscard]] std::int64_t announced(const AVStream &track) const;
     void note(const AVPacket &packet, const AVStream &track);
 
     MediaSource &m_source;

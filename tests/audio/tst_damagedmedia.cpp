@@ -129,6 +129,7 @@ private Q_SLOTS:
         row("m4a, index first", u"early.m4a"_s,
             stereo(44100, 20) + QStringList{u"-movflags"_s, u"faststart"_s});
         row("Matroska", u"early.mka"_s, stereo(44100, 20));
+        row("WAV", u"early.wav"_s, stereo(44100, 20));
     }
 
     void endsEarly()

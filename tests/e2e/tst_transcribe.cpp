@@ -232,6 +232,10 @@ private Q_SLOTS:
         const QJsonObject record = QJsonDocument::fromJson(result.output).object();
         VERIFY_WORDS(record[u"text"_s].toString(), said);
         QVERIFY(record[u"events"_s].toArray().last()[u"text"_s].toString().startsWith(damage));
+
+        const auto anew = orvane.run(
+            {u"history"_s, u"retranscribe"_s, record[u"id"_s].toString(), u"--language"_s, u"en"_s});
+        QVERIFY2(QString::fromUtf8(anew.complaints).contains(damage), anew.complaints.constData());
     }
 
     void transcribesARecordAnew()
