@@ -53,8 +53,7 @@ class TestAudioRecorder : public QObject
 
     static void start(AudioRecorder &recorder)
     {
-        const TaskResult started(recorder.start());
-        QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+        const auto started = finished(recorder.start());
         QCOMPARE(started.error(), QString());
         QVERIFY(recorder.isRunning());
     }
@@ -284,8 +283,7 @@ private Q_SLOTS:
         if (reason == u"refusal")
             m_server->refuseThisProcess(orvaneReserveFreePort(0));
         AudioRecorder recorder(reason == u"module" ? m_folder.path() : m_modules);
-        const TaskResult started(recorder.start());
-        QTRY_VERIFY_WITH_TIMEOUT(started.isDone(), patience);
+        const auto started = finished(recorder.start());
         const auto error = started.failedAs<CaptureError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), kind);

@@ -77,8 +77,7 @@ private Q_SLOTS:
     {
         m_home->behave(answering({.body = greeting}));
         load();
-        const TaskResult result(m_engine->correct(u"привет \"⟦\n"_s, u"исправь"_s));
-        QTRY_VERIFY(result.isDone());
+        const auto result = finished(m_engine->correct(u"привет \"⟦\n"_s, u"исправь"_s));
         QCOMPARE(result.error(), QString());
         QCOMPARE(result.value(), u" Привет\n"_s);
 
@@ -114,8 +113,7 @@ private Q_SLOTS:
         QFETCH(const FakeAnswer, answer);
         m_home->behave(answering(answer));
         load();
-        const TaskResult result(m_engine->correct(u"a"_s, u"b"_s));
-        QTRY_VERIFY(result.isDone());
+        const auto result = finished(m_engine->correct(u"a"_s, u"b"_s));
         QTEST(result.error(), "error");
         QCOMPARE(result.failedAs<EngineError>()->kind() == EngineError::Kind::contextOverflow,
                  QByteArray(QTest::currentDataTag()).startsWith("too long"));
@@ -125,8 +123,7 @@ private Q_SLOTS:
 private:
     void load()
     {
-        const TaskResult load(m_engine->load(u"/models/a b.gguf"_s));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(u"/models/a b.gguf"_s));
         QCOMPARE(load.error(), QString());
     }
 

@@ -91,8 +91,7 @@ private Q_SLOTS:
         constexpr xcb_window_t ofClient = 0xffe0'0000;
         const xcb_window_t focused = keyboard.focus() & ofClient;
 
-        const TaskResult insertion(m_injector->insert(u" \n"_s + situation.text + u"\n "_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u" \n"_s + situation.text + u"\n "_s));
         QCOMPARE(insertion.value(), Outcome::Pasted);
         QCOMPARE(keyboard.pressedKeys(), QList<int>());
         for (const XKeyboard::Key key : situation.held)
@@ -122,8 +121,7 @@ private Q_SLOTS:
     void stayOnTheClipboard()
     {
         FocusedEditor terminal(Kind::Terminal);
-        const TaskResult insertion(m_injector->insert(u"говорят, long after"_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u"говорят, long after"_s));
         for (const QString &selection : {u"clipboard"_s, u"primary"_s}) {
             const QList<QByteArray> types = offered(selection, u"TARGETS"_s).split('\n');
             QVERIFY(types.contains("UTF8_STRING"));
@@ -139,8 +137,7 @@ private Q_SLOTS:
     {
         QGuiApplication::clipboard()->setText(u"earlier"_s);
         FocusedEditor terminal(Kind::Terminal);
-        const TaskResult insertion(m_injector->insert(u" \n\t\r\n"_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u" \n\t\r\n"_s));
         QCOMPARE(insertion.value(), Outcome::Nothing);
         QCOMPARE(offered(u"clipboard"_s, u"UTF8_STRING"_s), "earlier");
         XKeyboard().tap(XKeyboard::A);
@@ -176,8 +173,7 @@ private Q_SLOTS:
         xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_NONE, window, XCB_CURRENT_TIME);
         xcb_flush(connection.get());
         QTRY_COMPARE(XKeyboard().focus(), window);
-        const TaskResult insertion(m_injector->insert(u"for later"_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u"for later"_s));
         QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);
         QCOMPARE(offered(u"clipboard"_s, u"UTF8_STRING"_s), "for later");
     }
@@ -188,8 +184,7 @@ private Q_SLOTS:
         window.show();
         window.requestActivate();
         QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
-        const TaskResult insertion(m_injector->insert(u"for later"_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u"for later"_s));
         QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);
     }
 
@@ -198,8 +193,7 @@ private Q_SLOTS:
         FocusedEditor terminal(Kind::Terminal);
         qputenv("WAYLAND_DISPLAY", "wayland-0");
         const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
-        const TaskResult insertion(m_injector->insert(u" записка\n"_s));
-        QTRY_VERIFY(insertion.isDone());
+        const auto insertion = finished(m_injector->insert(u" записка\n"_s));
         QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);
         QCOMPARE(QGuiApplication::clipboard()->text(), u"записка"_s);
         QCOMPARE(terminal.text(), QString());

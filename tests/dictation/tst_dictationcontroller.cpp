@@ -191,8 +191,7 @@ private Q_SLOTS:
             QVERIFY(QFile::remove(model()));
         m_services->models().refresh();
 
-        const TaskResult begun(dictation().begin());
-        QTRY_VERIFY(begun.isDone());
+        const auto begun = finished(dictation().begin());
         QCOMPARE(begun.error(), dictation().lastError());
         QCOMPARE(m_home->guidance.titles, QStringList{title});
         QCOMPARE(dictation().state(), State::Idle);

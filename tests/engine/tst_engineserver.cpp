@@ -1,6 +1,7 @@
 #include "engine/EngineProcessRegistry.h"
 #include "engine/EngineServer.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 #include "tests/support/TaskResult.h"
 
@@ -62,10 +63,8 @@ const QMap<QString, QList<FakeAnswer>> ready = {{u"/"_s, {{.status = 200}}}};
 
 void makeFile(const QString &path, const QByteArray &content, bool isExecutable)
 {
-    QFile file(path);
-    QVERIFY(file.open(QFile::WriteOnly));
-    file.write(content);
-    file.setPermissions(isExecutable ? QFile::ReadOwner | QFile::ExeOwner : QFile::ReadOwner);
+    put(path, content);
+    QFile::setPermissions(path, isExecutable ? QFile::ReadOwner | QFile::ExeOwner : QFile::ReadOwner);
 }
 
 } // namespace
@@ -126,8 +125,7 @@ private Q_SLOTS:
         ::sigemptyset(&blocked);
         ::sigaddset(&blocked, SIGTERM);
         ::sigprocmask(SIG_BLOCK, &blocked, &before);
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(model()));
         ::sigprocmask(SIG_SETMASK, &before, nullptr);
         QVERIFY(!m_home->launches().first().isSigtermBlocked);
     }
@@ -136,24 +134,21 @@ private Q_SLOTS:
     {
         QVERIFY(QFile::remove(m_home->executable()));
         makeFile(m_home->executable(), "#!/missing\n", true);
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(model()));
         QCOMPARE(load.error(), u"not started: файл движка повреждён или не подходит этой системе"_s);
         QVERIFY(!m_engine->isRunning());
 
         // The next load tries again from scratch.
         QVERIFY(QFile::remove(m_home->executable()));
         FakeEngineHome::install(m_home->engineFolder(), u"fake-server"_s);
-        const TaskResult again(m_engine->load(model()));
-        QTRY_VERIFY(again.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
     }
 
     void neverAnswers()
     {
         startEngine(1s);
         m_home->behave({.port = Port::StaysShut});
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(model()));
         QCOMPARE(load.error(), u"not started: сервер не ответил за 1 секунд"_s);
         QVERIFY(!m_engine->isRunning());
     }
@@ -161,12 +156,10 @@ private Q_SLOTS:
     void staysLoaded()
     {
         for (int i = 0; i < 2; ++i) {
-            const TaskResult load(m_engine->load(model()));
-            QTRY_VERIFY(load.succeeded());
+            QVERIFY(finished(m_engine->load(model())).succeeded());
         }
         QCOMPARE(m_home->launches().size(), 1);
-        const TaskResult other(m_engine->load(model(u"b"_s)));
-        QTRY_VERIFY(other.succeeded());
+        QVERIFY(finished(m_engine->load(model(u"b"_s))).succeeded());
         QCOMPARE(m_home->launches().size(), 2);
         QCOMPARE(m_home->launches().last().arguments.value(1), model(u"b"_s));
         QVERIFY(!FakeEngineHome::isRunning(m_home->launches().first().pid));
@@ -174,8 +167,7 @@ private Q_SLOTS:
         m_engine->requestRestart();
         QVERIFY(m_engine->isRunning());
         for (int i = 0; i < 2; ++i) {
-            const TaskResult again(m_engine->load(model(u"b"_s)));
-            QTRY_VERIFY(again.succeeded());
+            QVERIFY(finished(m_engine->load(model(u"b"_s))).succeeded());
             QCOMPARE(m_home->launches().size(), 3);
         }
     }
@@ -215,8 +207,7 @@ private Q_SLOTS:
 
     void modelSwitchWaitsForRequest()
     {
-        const TaskResult first(m_engine->load(model()));
-        QTRY_VERIFY(first.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         PlainEngine::InFlight request = m_engine->beginRequest();
         const TaskResult second(m_engine->load(model(u"b"_s)));
         QTest::qWait(300); // time to stop the server, if it did
@@ -229,12 +220,10 @@ private Q_SLOTS:
 
     void diedMeanwhile()
     {
-        const TaskResult first(m_engine->load(model()));
-        QTRY_VERIFY(first.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         ::kill(pid_t(lastPid()), SIGKILL);
         QTRY_VERIFY(!m_engine->isRunning());
-        const TaskResult second(m_engine->load(model()));
-        QTRY_VERIFY(second.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         QVERIFY(m_engine->isRunning());
     }
 
@@ -285,8 +274,7 @@ private Q_SLOTS:
         });
         m_engine->setBeforeLaunch(
             [&other](quint16 port) { QVERIFY(other.listen(QHostAddress::LocalHost, port)); });
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(model()));
         QCOMPARE(load.error(), u"not started: на его порту отвечает другая программа"_s);
     }
 
@@ -294,8 +282,7 @@ private Q_SLOTS:
     {
         QVERIFY(QFile::rename(m_home->executable(), m_home->executable() + u".real"_s));
         makeFile(m_home->executable(), "#!/bin/sh\n\"$0.real\" \"$@\"\nexit $?\n", true);
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.isDone());
+        const auto load = finished(m_engine->load(model()));
         QVERIFY2(load.succeeded(), qPrintable(load.error()));
         m_engine->stop();
         QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
@@ -314,8 +301,7 @@ private Q_SLOTS:
         QFETCH(const bool, ignoresSigterm);
         QFETCH(const bool, waits);
         m_home->behave({.ignoresSigterm = ignoresSigterm, .answers = ready});
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
 
         QElapsedTimer timer;
         timer.start();
@@ -343,8 +329,8 @@ private Q_SLOTS:
     {
         QFETCH(const FakeAnswer, answer);
         m_home->behave({.answers = {{u"/"_s, {{.status = 200}}}, {u"/work"_s, {answer}}}});
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY(load.succeeded());
+        const auto load = finished(m_engine->load(model()));
+        QVERIFY(load.succeeded());
         std::stop_source stop;
         const TaskResult request(m_engine->ask(stop.get_token()));
         QTRY_COMPARE(m_home->requests(u"/work"_s).size(), 1);
@@ -353,8 +339,7 @@ private Q_SLOTS:
         QVERIFY(m_engine->isRunning());
 
         QTest::qWait(3000); // the 2 s that it is given, and a look at it
-        const TaskResult next(m_engine->load(model()));
-        QTRY_VERIFY(next.succeeded());
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         QTEST(int(m_home->launches().size()), "launches");
     }
 

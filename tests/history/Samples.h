@@ -3,9 +3,7 @@
 #include "base/StandardFolders.h"
 #include "history/TranscriptRecord.h"
 #include "history/TranscriptRecordReader.h"
-
-#include <QDir>
-#include <QFile>
+#include "tests/support/Files.h"
 
 namespace orvane::Samples {
 
@@ -51,19 +49,8 @@ inline TranscriptRecord plainRecord(const QString &title, qint64 minute = 0)
     return record;
 }
 
-inline QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline void put(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QFile::WriteOnly) || file.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(path));
-}
+using test::contentOf;
+using test::put;
 
 inline StandardFolders foldersIn(const QString &folder)
 {

@@ -3,15 +3,14 @@
 #include "base/Error.h"
 #include "tests/history/Samples.h"
 #include "tests/history/WithoutPrivileges.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/Rows.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <csignal>
 #include <thread>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -64,30 +63,6 @@ int saveInThreads(const StandardFolders &folders, const QUuid &shared)
     return 0;
 }
 
-// Exit code 0 when the program says what it could not store, goes on, and stores it later.
-int saveToFullDisk(const StandardFolders &folders, const QUuid &id)
-{
-    const QByteArray before = Samples::contentOf(Samples::pathOf(folders, id));
-    HistoryArchive history(folders);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit little{.rlim_cur = 5000, .rlim_max = RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &little);
-    try {
-        history.edit(id, [](TranscriptRecord &record) { record.summary = QString(100'000, u'x'); });
-        return 1;
-    } catch (const Error &) {
-        if (Samples::contentOf(Samples::pathOf(folders, id)) != before || before.isEmpty())
-            return 2;
-    }
-    if (QDir(folders.history()).entryList(QDir::Files | QDir::Hidden).size() != 1)
-        return 3;
-    const rlimit none{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &none);
-    history.edit(id, [](TranscriptRecord &record) { record.title = u"after"_s; });
-    const auto stored = Samples::onDisk(folders, id);
-    return stored && stored->summary && stored->title == u"after"_s ? 0 : 4;
-}
-
 int run(const QStringList &arguments)
 {
     const StandardFolders folders = Samples::foldersIn(arguments[2]);
@@ -96,7 +71,7 @@ int run(const QStringList &arguments)
         HistoryArchive history(folders);
         return saveForever(history, id);
     }
-    return arguments[1] == u"--save-in-threads"_s ? saveInThreads(folders, id) : saveToFullDisk(folders, id);
+    return saveInThreads(folders, id);
 }
 
 } // namespace Child
@@ -325,12 +300,21 @@ private Q_SLOTS:
 
     void fullDisk()
     {
-        const TranscriptRecord record = Samples::fullRecord();
-        HistoryArchive(m_folders).add(record);
-        const auto child = startChild(u"--full-disk"_s, record.id);
-        QVERIFY(child->waitForFinished(60'000));
-        QCOMPARE(child->exitStatus(), QProcess::NormalExit);
-        QCOMPARE(child->exitCode(), 0);
+        TranscriptRecord record = Samples::fullRecord();
+        HistoryArchive history(m_folders);
+        history.add(record);
+        {
+            const auto full = limitFileSize(5000);
+            QVERIFY_THROWS_EXCEPTION(Error, history.edit(record.id, [](TranscriptRecord &stored) {
+                stored.summary = QString(100'000, u'x');
+            }));
+        }
+        QVERIFY(Samples::onDisk(m_folders, record.id) == record);
+        QCOMPARE(QDir(m_folders.history()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        history.edit(record.id, [](TranscriptRecord &stored) { stored.title = u"after"_s; });
+        QCOMPARE(Samples::onDisk(m_folders, record.id)->title,
+                 u"after"_s); // what was not stored has not gone
+        QCOMPARE(Samples::onDisk(m_folders, record.id)->summary->size(), 100'000);
     }
 
 private:

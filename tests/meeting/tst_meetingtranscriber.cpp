@@ -349,8 +349,7 @@ private Q_SLOTS:
             meeting().stop();
             QTRY_COMPARE(m_engine->requests(inference).size(), 1);
         }
-        const TaskResult finished(meeting().finishForQuit());
-        QTRY_VERIFY(finished.succeeded());
+        QVERIFY(finished(meeting().finishForQuit()).succeeded());
         const QString name = m_home->audio().value(0);
         QCOMPARE(m_home->heardIn(name), 980'000);
         QVERIFY(!meeting().canStart());
@@ -391,8 +390,7 @@ private Q_SLOTS:
     {
         m_home->microphoneAccess->takes = std::chrono::minutes(1);
         const TaskResult started(meeting().start());
-        const TaskResult finished(meeting().finishForQuit());
-        QTRY_VERIFY(finished.succeeded());
+        QVERIFY(finished(meeting().finishForQuit()).succeeded());
         QVERIFY(started.isDone());
         QCOMPARE(meeting().errorText(), QString());
     }
@@ -430,8 +428,7 @@ private:
         m_statuses.clear();
         connect(&meeting(), &MeetingTranscriber::statusTextChanged, this,
                 [this] { m_statuses.append(meeting().statusText()); });
-        const TaskResult found(meeting().findLeftovers());
-        QTRY_VERIFY(found.succeeded());
+        QVERIFY(finished(meeting().findLeftovers()).succeeded());
     }
 
     [[nodiscard]] MeetingTranscriber &meeting() { return m_home->meeting; }
@@ -442,8 +439,7 @@ private:
     }
     void record(double seconds)
     {
-        const TaskResult started(meeting().start());
-        QTRY_VERIFY(started.succeeded());
+        QVERIFY(finished(meeting().start()).succeeded());
         QCOMPARE(meeting().errorText(), QString());
         QVERIFY(meeting().isRunning());
         hear(seconds);

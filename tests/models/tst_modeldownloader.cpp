@@ -155,7 +155,7 @@ private Q_SLOTS:
 
     void keepsWhatIsThere_data()
     {
-        QTest::addColumn<FaultServer::Rule>("rule");
+        const Rows<FaultServer::Rule> row("rule");
         const auto firstOfAll = [](int count, const Answer &given) {
             return [=, left = count](const Request &) mutable { return left-- > 0 ? given : Answer(); };
         };
@@ -164,18 +164,13 @@ private Q_SLOTS:
                 return request.isProbe() || std::exchange(isSpoilt, true) ? Answer() : given;
             };
         };
-        QTest::newRow("a mirror of another tag is asked first")
-            << FaultServer::Rule(firstOfAll(2, {.etag = "\"v2\""}));
-        QTest::newRow("a mirror without ranges is asked first")
-            << FaultServer::Rule(firstOfAll(1, {.ignoresRange = true}));
-        QTest::newRow("a segment of another tag") << FaultServer::Rule(firstSegment({.etag = "\"v2\""}));
-        QTest::newRow("the whole file for a segment")
-            << FaultServer::Rule(firstSegment({.ignoresRange = true}));
-        QTest::newRow("the whole file is announced and does not come")
-            << FaultServer::Rule([](const Request &request) {
-                   return request.range ? Answer{.ignoresRange = true}
-                                        : Answer{.status = 503, .body = "busy"};
-               });
+        row("a mirror of another tag is asked first", firstOfAll(2, {.etag = "\"v2\""}));
+        row("a mirror without ranges is asked first", firstOfAll(1, {.ignoresRange = true}));
+        row("a segment of another tag", firstSegment({.etag = "\"v2\""}));
+        row("the whole file for a segment", firstSegment({.ignoresRange = true}));
+        row("the whole file is announced and does not come", [](const Request &request) {
+            return request.range ? Answer{.ignoresRange = true} : Answer{.status = 503, .body = "busy"};
+        });
     }
 
     void keepsWhatIsThere()

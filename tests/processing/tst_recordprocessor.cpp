@@ -1,11 +1,8 @@
-#include "app/services/AppServices.h"
 #include "tests/history/Samples.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/Rows.h"
+#include "tests/support/ServicesHome.h"
 #include "tests/support/TaskResult.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
 
 #include <QCoroCore>
 
@@ -23,14 +20,6 @@ FakeEngineBehaviour answering(const FakeAnswer &answer)
     return {.answers = {{u"/health"_s, {{.status = 200}}}, {completions, {answer}}}};
 }
 
-FakeAnswer saying(const QString &text)
-{
-    const QJsonObject message{{u"content"_s, text}};
-    return {.body =
-                QJsonDocument(QJsonObject{{u"choices"_s, QJsonArray{QJsonObject{{u"message"_s, message}}}}})
-                    .toJson()};
-}
-
 } // namespace
 
 /// What the end-to-end tests with the real engines do not show: failures and cancellations.
@@ -42,17 +31,12 @@ private Q_SLOTS:
     void init()
     {
         m_home = std::make_unique<FakeEngineHome>(u"llama-server"_s);
-        m_folder = std::make_unique<QTemporaryDir>();
-        AppServices::Environment environment;
-        m_folders = {.applicationSupport = m_folder->path(),
-                     .resources = m_home->resources(),
-                     .temporary = m_folder->path()};
-        environment.folders = m_folders;
-        environment.defaultsFile = m_folder->filePath(u"settings.json"_s);
-        Samples::put(environment.folders.correctionModels() + u'/' +
-                         CorrectionModel::catalog().first().fileName,
-                     "GGUF");
+        m_folder = std::make_unique<ServicesHome>();
+        const AppServices::Environment environment = m_folder->environment(m_home->resources());
+        m_folders = environment.folders;
         m_services = std::make_unique<AppServices>(environment);
+        put(m_services->correctionModels().localPath(CorrectionModel::catalog().first()), "GGUF");
+        m_services->correctionModels().refresh();
         QCoro::waitFor(m_services->history().whenLoaded());
         m_record = m_services->history().add(Samples::plainRecord(u"сказано"_s)).id;
     }
@@ -68,7 +52,7 @@ private Q_SLOTS:
         const Rows<FakeAnswer, QString> row("answer", "error");
         row("model fails", FakeAnswer{.status = 500},
             u"Ошибка протокола: Ошибка запроса к модели: HTTP 500"_s);
-        row("empty answer", saying(u" \n"_s), u"Модель ничего не ответила."_s);
+        row("empty answer", FakeAnswer::saying(u" \n"_s), u"Модель ничего не ответила."_s);
     }
 
     void tellsWhyNothingWasStored()
@@ -85,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(processor().record().isNull());
         QCOMPARE(record(), before);
 
-        m_home->behave(answering(saying(u"новый"_s)));
+        m_home->behave(answering(FakeAnswer::saying(u"новый"_s)));
         const Result next(processor().summarize(m_record));
         QCOMPARE(processor().error(), QString());
         QTRY_VERIFY(next.isDone());
@@ -95,22 +79,18 @@ private Q_SLOTS:
     void refusesWhatCannotBeDone()
     {
         const QUuid silent = m_services->history().add(TranscriptRecord()).id;
-        const Result empty(processor().correct(silent));
-        QTRY_VERIFY(empty.isDone());
+        const auto empty = finished(processor().correct(silent));
         QCOMPARE(processor().error(), u"В записи нет текста."_s);
 
-        const Result unknown(processor().ask(QUuid::createUuid(), u"Кто?"_s));
-        QTRY_VERIFY(unknown.isDone());
+        const auto unknown = finished(processor().ask(QUuid::createUuid(), u"Кто?"_s));
         QVERIFY(processor().error().startsWith(u"В истории нет записи "_s));
 
-        const Result soundless(processor().transcribeAnew(m_record, {}));
-        QTRY_VERIFY(soundless.isDone());
+        const auto soundless = finished(processor().transcribeAnew(m_record, {}));
         QVERIFY(processor().error().startsWith(u"Аудиофайл этой записи не найден"_s));
 
         m_home->behave(answering(FakeAnswer::never()));
         const TaskResult other(m_services->corrector().correct(u"диктовка"_s, {}));
-        const Result busy(processor().correct(m_record));
-        QTRY_VERIFY(busy.isDone());
+        const auto busy = finished(processor().correct(m_record));
         QVERIFY(processor().error().startsWith(u"Модель занята другим текстом"_s));
         QVERIFY(!other.isDone());
         QVERIFY(m_services->corrector().isCorrecting());
@@ -120,7 +100,7 @@ private Q_SLOTS:
     {
         QCoro::waitFor(m_services->history().flush());
         HistoryFolder another(m_folders);
-        m_home->behave(answering(saying(u"Иван."_s)));
+        m_home->behave(answering(FakeAnswer::saying(u"Иван."_s)));
 
         TranscriptRecord renamed = record();
         renamed.title = u"новое"_s;
@@ -155,9 +135,8 @@ private Q_SLOTS:
         QCOMPARE(processor().error(), QString());
         QCOMPARE(record(), before);
 
-        m_home->behave(answering(saying(u"Иван."_s)));
-        const Result next(processor().ask(m_record, u"Кто?"_s));
-        QTRY_VERIFY(next.isDone());
+        m_home->behave(answering(FakeAnswer::saying(u"Иван."_s)));
+        const auto next = finished(processor().ask(m_record, u"Кто?"_s));
         QCOMPARE(record().events->last().text, u"Иван."_s);
     }
 
@@ -178,7 +157,7 @@ private:
     }
 
     std::unique_ptr<FakeEngineHome> m_home;
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<ServicesHome> m_folder;
     StandardFolders m_folders;
     std::unique_ptr<AppServices> m_services;
     QUuid m_record;

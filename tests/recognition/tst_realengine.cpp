@@ -59,8 +59,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        const TaskResult stopped(m_engine->stopAndWait());
-        QTRY_VERIFY(stopped.isDone());
+        const auto stopped = finished(m_engine->stopAndWait());
         QVERIFY(!FakeEngineHome::isRunning(server()));
         m_engine.reset();
         QTRY_COMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{u"pids.txt"_s});
@@ -68,8 +67,7 @@ private Q_SLOTS:
 
     void recognisesSpeech()
     {
-        const TaskResult load(m_engine->load(model(u"base"_s)));
-        QTRY_VERIFY_WITH_TIMEOUT(load.isDone(), patience);
+        const auto load = finished(m_engine->load(model(u"base"_s)));
         QCOMPARE(load.error(), QString());
         const TaskResult file(m_engine->infer(recording(), u"auto"_s));
         const TaskResult samples = transcribe(speech(), model(u"base"_s));
@@ -88,18 +86,15 @@ private Q_SLOTS:
 
     void rejectsWhatIsNoAudio()
     {
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
-        const TaskResult result(m_engine->infer(m_fixtures + u"/russian.txt"_s, u"en"_s));
-        QTRY_VERIFY_WITH_TIMEOUT(result.isDone(), patience);
+        QVERIFY(finished(m_engine->load(model())).succeeded());
+        const auto result = finished(m_engine->infer(m_fixtures + u"/russian.txt"_s, u"en"_s));
         QCOMPARE(result.failedAs<EngineServer::EngineError>()->kind(),
                  EngineServer::EngineError::Kind::requestRejected);
     }
 
     void killedInRequest()
     {
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         const TaskResult killed = transcribe(speech(10), model());
         QTRY_VERIFY(isComputing());
         ::kill(pid_t(server()), SIGKILL);
@@ -125,8 +120,7 @@ private Q_SLOTS:
             writer.append(speech(30));
             writer.finalize();
         }
-        const TaskResult load(m_engine->load(model()));
-        QTRY_VERIFY_WITH_TIMEOUT(load.succeeded(), patience);
+        QVERIFY(finished(m_engine->load(model())).succeeded());
         const qint64 pid = server();
         const TaskResult file(service.transcribe({.audioPath = path,
                                                   .model = ModelFile::atPath(model()),

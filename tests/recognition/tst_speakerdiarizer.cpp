@@ -148,13 +148,13 @@ private Q_SLOTS:
         writer.append(talk.samples());
         writer.finalize();
 
-        const TaskResult labelled(SpeakerDiarizer::assignByVoice(talk.segments(), path, 2, &decoder));
-        QTRY_VERIFY(labelled.succeeded());
+        const auto labelled = finished(SpeakerDiarizer::assignByVoice(talk.segments(), path, 2, &decoder));
+        QVERIFY(labelled.succeeded());
         QCOMPARE(speakersOf(labelled.value()), (Numbers{1, 2}));
 
-        const TaskResult unreadable(
+        const auto unreadable = finished(
             SpeakerDiarizer::assignByVoice(talk.segments(), folder.filePath(u"none.wav"_s), 2, &decoder));
-        QTRY_VERIFY(unreadable.succeeded());
+        QVERIFY(unreadable.succeeded());
         QCOMPARE(speakersOf(unreadable.value()), (Numbers{1, 1}));
 
         std::stop_source stop;

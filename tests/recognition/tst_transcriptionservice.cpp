@@ -121,8 +121,8 @@ private Q_SLOTS:
         m_home->behave(
             answering({{.body = R"({"segments":[{"start":0.5,"end":1,"text":" go."},{"text":" go."},
             {"text":" Go. "},{"text":" go."},{"start":2,"end":3.25,"text":" end"}]})"}}));
-        const TaskResult result(m_service->transcribe(request(u"a.wav"_s)));
-        QTRY_VERIFY(result.succeeded());
+        const auto result = finished(m_service->transcribe(request(u"a.wav"_s)));
+        QVERIFY(result.succeeded());
         QCOMPARE(textsOf(m_service->segments()), (QStringList{u" go."_s, u" go."_s, u" end"_s}));
         QCOMPARE(m_service->segments().first().start, 500);
         QCOMPARE(m_service->segments().last().end, 3250);
@@ -135,8 +135,8 @@ private Q_SLOTS:
         QCOMPARE(result.value().savedID, m_service->lastSavedID());
 
         m_saved.clear();
-        const TaskResult unsaved(m_service->transcribe(request(u"b.wav"_s, History::Skip)));
-        QTRY_VERIFY(unsaved.succeeded());
+        const auto unsaved = finished(m_service->transcribe(request(u"b.wav"_s, History::Skip)));
+        QVERIFY(unsaved.succeeded());
         QVERIFY(!unsaved.value().savedID);
         QCOMPARE(m_saved, QStringList());
 
@@ -164,8 +164,8 @@ private Q_SLOTS:
                                    QStringList{u"-v"_s, u"error"_s} + sound + QStringList{request.audioPath}),
                  0);
         QVERIFY(QFile::resize(request.audioPath, QFileInfo(request.audioPath).size() / 2));
-        const TaskResult result(m_service->transcribe(request));
-        QTRY_VERIFY(result.succeeded());
+        const auto result = finished(m_service->transcribe(request));
+        QVERIFY(result.succeeded());
         QCOMPARE(m_service->transcript(), u" one two"_s);
         const QString damage = result.value().transcript.damageText();
         static const QRegularExpression expected(
@@ -184,13 +184,13 @@ private Q_SLOTS:
                                             .model = ModelFile::atPath(model()),
                                             .language = u"auto"_s,
                                             .medium = TranscriptPipeline::Medium::Meeting};
-        const TaskResult heard(m_pipeline->run(meeting, Progress(), {}));
-        QTRY_VERIFY(heard.succeeded());
+        const auto heard = finished(m_pipeline->run(meeting, Progress(), {}));
+        QVERIFY(heard.succeeded());
         QCOMPARE(textsOf(heard.value().segments), (QStringList{u" go."_s, u" go."_s}));
 
         meeting.audioPath = recording(u"empty.wav"_s, {});
-        const TaskResult silent(m_pipeline->run(meeting, Progress(), {}));
-        QTRY_VERIFY(silent.succeeded());
+        const auto silent = finished(m_pipeline->run(meeting, Progress(), {}));
+        QVERIFY(silent.succeeded());
         QVERIFY(silent.value().segments.isEmpty());
         QCOMPARE(m_home->requests(inference).size(), 1);
     }
@@ -208,8 +208,7 @@ private Q_SLOTS:
         QFETCH(const FakeEngineBehaviour, behaviour);
         QFETCH(const QString, error);
         m_home->behave(behaviour);
-        const TaskResult result(m_service->transcribe(request(u"a.wav"_s)));
-        QTRY_VERIFY(result.isDone());
+        const auto result = finished(m_service->transcribe(request(u"a.wav"_s)));
         QCOMPARE(result.error(), error);
         QCOMPARE(m_service->errorText(), error);
         QCOMPARE(m_statuses, (QStringList{recognising, failed}));
@@ -272,8 +271,7 @@ private Q_SLOTS:
         const TaskResult detached(m_service->transcribeDetached(request(u"a.wav"_s)));
         const TaskResult again(m_service->transcribeDetached(request(u"b.wav"_s)));
         QCOMPARE(again.error(), refusal);
-        const TaskResult file(m_service->transcribe(request(u"b.wav"_s)));
-        QTRY_VERIFY(file.isDone());
+        const auto file = finished(m_service->transcribe(request(u"b.wav"_s)));
         QCOMPARE(m_service->errorText(), wait);
         QVERIFY(m_service->isBusyDetached());
         QTRY_VERIFY(detached.succeeded());

@@ -1,6 +1,7 @@
 #include "tests/support/FakeEngineBehaviour.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -25,6 +26,12 @@ FakeAnswer answerFrom(const QJsonObject &json)
 }
 
 } // namespace
+
+FakeAnswer FakeAnswer::saying(const QString &text)
+{
+    const QJsonObject choice{{u"message"_s, QJsonObject{{u"content"_s, text}}}};
+    return {.body = QJsonDocument(QJsonObject{{u"choices"_s, QJsonArray{choice}}}).toJson()};
+}
 
 QJsonObject FakeEngineBehaviour::toJson() const
 {

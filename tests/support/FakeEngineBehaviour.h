@@ -35,6 +35,8 @@ struct FakeAnswer
 
     /// A request that is still waiting when the test ends it.
     [[nodiscard]] static FakeAnswer never() { return {.ending = Ending::Never}; }
+    /// That text of a language model.
+    [[nodiscard]] static FakeAnswer saying(const QString &text);
 };
 
 /// What a fake engine does from its start on. It reads this anew for every request.

@@ -2,6 +2,8 @@
 
 #include "base/Error.h"
 
+#include <QTest>
+
 #include <QCoroTask>
 
 #include <exception>
@@ -12,8 +14,8 @@
 
 namespace orvane {
 
-/// What became of a task that a test started: wait with QTRY_VERIFY(result.isDone()). The task goes on
-/// when this object ends before it.
+/// What became of a task that a test started: wait with QTRY_VERIFY(result.isDone()), or begin
+/// it with finished(). The task goes on when this object ends before it.
 template <typename Value>
 class TaskResult
 {
@@ -74,5 +76,15 @@ private:
 
 template <typename Value>
 TaskResult(QCoro::Task<Value>) -> TaskResult<Value>;
+
+/// What became of a task, which is waited for. One that does not end ends the test program.
+template <typename Value>
+[[nodiscard]] TaskResult<Value> finished(QCoro::Task<Value> task)
+{
+    const TaskResult<Value> result(std::move(task));
+    if (!QTest::qWaitFor([&result] { return result.isDone(); }, 30'000))
+        qFatal("a task does not end");
+    return result;
+}
 
 } // namespace orvane
