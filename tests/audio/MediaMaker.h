@@ -3,9 +3,9 @@
 #include "audio/AudioDecoder.h"
 #include "audio/AudioDecoderError.h"
 #include "audio/SampleRate.h"
+#include "tests/support/Files.h"
 #include "tests/support/Tone.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -85,16 +85,8 @@ public:
     // Writes that into a file; its path.
     QString put(const QString &name, const QByteArray &content) const
     {
-        QFile file(at(name));
-        if (!file.open(QFile::WriteOnly) || file.write(content) != content.size())
-            qFatal("%s: %s", qUtf8Printable(name), qUtf8Printable(file.errorString()));
+        test::put(at(name), content);
         return at(name);
-    }
-
-    static QByteArray contentOf(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     // The error's description; "decoded" when there is none.

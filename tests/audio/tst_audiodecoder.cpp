@@ -9,7 +9,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace orvane;
 using namespace orvane::test;
-using Kind = AudioDecoderError::Kind;
 
 class TestAudioDecoder : public QObject
 {
@@ -57,8 +56,8 @@ private Q_SLOTS:
     void unknownLayout()
     {
         QFETCH(const int, channels);
-        QByteArray wav = m_media.contentOf(
-            m_media.make(u"one.wav"_s, tone(16000, u"mono"_s, 1) + QStringList{u"-bitexact"_s}));
+        QByteArray wav =
+            contentOf(m_media.make(u"one.wav"_s, tone(16000, u"mono"_s, 1) + QStringList{u"-bitexact"_s}));
         const QByteArray samples = wav.sliced(44);
         wav.truncate(44); // of plain PCM, which says nothing of the channels' places
         qToLittleEndian(quint16(channels), wav.data() + 22);
@@ -77,7 +76,7 @@ private Q_SLOTS:
                          {u"-f"_s, u"lavfi"_s, u"-i"_s,
                           u"aevalsrc=0.4*sin(2*PI*300*t)|0.2*sin(2*PI*500*t)|0.3*sin(2*PI*700*t)|"
                           "0.9*sin(2*PI*60*t)|0.1*sin(2*PI*900*t)|0.5*sin(2*PI*1100*t):s=44100:d=3:c=5.1"_s});
-        const QByteArray mixed = m_media.contentOf(m_media.make(
+        const QByteArray mixed = contentOf(m_media.make(
             u"mix.raw"_s, {u"-i"_s, path, u"-ac"_s, u"1"_s, u"-ar"_s, u"16000"_s, u"-f"_s, u"s16le"_s}));
         const std::vector<float> samples = m_media.decoder().decode(path).samples;
         QCOMPARE(qsizetype(samples.size()), mixed.size() / 2);
@@ -101,7 +100,7 @@ private Q_SLOTS:
 
     void notANumber()
     {
-        QByteArray wav = m_media.contentOf(
+        QByteArray wav = contentOf(
             m_media.make(u"nan.wav"_s, tone(16000, u"mono"_s, 1) + QStringList{u"-c:a"_s, u"pcm_f32le"_s}));
         const float loud[] = {NAN, INFINITY, -INFINITY, 1000.0F, -1000.0F};
         std::memcpy(wav.data() + 4000, loud, sizeof loud);
@@ -121,8 +120,8 @@ private Q_SLOTS:
         QFETCH(const QString, suffix);
         QFETCH(const QStringList, firstArguments);
         QFETCH(const QStringList, secondArguments);
-        const QByteArray both = m_media.contentOf(m_media.make(u"1."_s + suffix, firstArguments)) +
-                                m_media.contentOf(m_media.make(u"2."_s + suffix, secondArguments));
+        const QByteArray both = contentOf(m_media.make(u"1."_s + suffix, firstArguments)) +
+                                contentOf(m_media.make(u"2."_s + suffix, secondArguments));
         const std::vector<float> samples =
             m_media.decoder().decode(m_media.put(u"both."_s + suffix, both)).samples;
         const double seconds = double(samples.size()) / sampleRate;
@@ -176,7 +175,7 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(Cancelled, (void)m_media.decoder().decode(wav, before.get_token()));
 
         // Three hours of nothing: decoding takes seconds.
-        QByteArray header = m_media.contentOf(wav).first(78);
+        QByteArray header = contentOf(wav).first(78);
         qToLittleEndian(quint32(0x7fff0000), header.data() + 74);
         QFile hole(m_media.put(u"hole.wav"_s, header));
         QVERIFY(hole.resize(0x7fff0000));
@@ -200,7 +199,6 @@ private Q_SLOTS:
             (void)decoder.decode(path);
             QFAIL("decoded without the module");
         } catch (const AudioDecoderError &error) {
-            QCOMPARE(error.kind(), Kind::couldNotOpen);
             QVERIFY(error.description().contains(u"модуль декодирования не загрузился; переустановите"_s));
         }
     }

@@ -345,25 +345,6 @@ private Q_SLOTS:
         }
     }
 
-    void endsByItself()
-    {
-        m_server->plugIn(u"microphone"_s);
-        AudioRecorder recorder(m_modules);
-        const QSignalSpy ended(&recorder, &AudioRecorder::endedByItself);
-        start(recorder);
-        m_server->speak(u"microphone"_s, tone(440, 0.5));
-
-        SoundServer::breakRecordingHere();
-        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, patience);
-        QVERIFY(ended.first().first().toString().startsWith(u"Звуковая система отказала"));
-        QVERIFY(!recorder.isRunning());
-
-        std::vector<float> samples;
-        stop(recorder, samples);
-        QVERIFY(samples.cend() - std::ranges::find_if(samples, isSound) > rate * 4 / 10);
-        start(recorder);
-    }
-
     void discards()
     {
         // A device that gives nothing keeps whoever wants its rest waiting for 250 ms.

@@ -54,7 +54,7 @@ private Q_SLOTS:
         row("text", m_media.put(u"text.mp3"_s, QByteArray("Not a sound. ").repeated(900)), notMedia);
         ::mkfifo(QFile::encodeName(m_media.at(u"pipe.wav"_s)).constData(), 0600);
         row("pipe", m_media.at(u"pipe.wav"_s), u"Не удалось открыть файл: это не обычный файл"_s);
-        QByteArray m4a = m_media.contentOf(m_media.make(u"whole.m4a"_s, stereo()));
+        QByteArray m4a = contentOf(m_media.make(u"whole.m4a"_s, stereo()));
         row("m4a cut before its index", m_media.put(u"cut.m4a"_s, m4a.first(m4a.size() - 500)), notMedia);
         const qsizetype data = m4a.indexOf("mdat") + 4;
         const qsizetype index = m4a.indexOf("moov") - 4;
@@ -62,14 +62,13 @@ private Q_SLOTS:
         row("nothing decodes", m_media.put(u"noise.m4a"_s, m4a),
             u"Ошибка декодирования аудио: данные повреждены"_s);
 
-        QByteArray mkv = m_media.contentOf(
-            m_media.make(u"codec.mka"_s, stereo(48000) + QStringList{u"-c:a"_s, u"libopus"_s}));
+        QByteArray mkv =
+            contentOf(m_media.make(u"codec.mka"_s, stereo(48000) + QStringList{u"-c:a"_s, u"libopus"_s}));
         row("unknown codec", m_media.put(u"codec.mka"_s, mkv.replace("A_OPUS", "A_ODD1")),
             u"Ошибка декодирования аудио: формат звука не поддерживается: none"_s);
         row("no sound", m_media.make(u"silent.mp4"_s, picture), u"В файле нет аудиодорожки."_s);
         row("no samples",
-            m_media.put(u"header.wav"_s,
-                        m_media.contentOf(m_media.make(u"header.wav"_s, stereo())).first(78)),
+            m_media.put(u"header.wav"_s, contentOf(m_media.make(u"header.wav"_s, stereo())).first(78)),
             u"В файле не найдено аудиоданных."_s);
     }
 
@@ -136,7 +135,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, name);
         QFETCH(const QStringList, arguments);
-        const QByteArray whole = m_media.contentOf(m_media.make(name, arguments));
+        const QByteArray whole = contentOf(m_media.make(name, arguments));
         const AudioDecoder::Sound sound =
             m_media.decoder().decode(m_media.put(name, whole.first(whole.size() / 2)));
         const double seconds = double(sound.samples.size()) / sampleRate;
@@ -156,7 +155,7 @@ private Q_SLOTS:
     void skipsDamage()
     {
         QFETCH(const QString, name);
-        QByteArray bytes = m_media.contentOf(m_media.make(name, stereo(44100, 4)));
+        QByteArray bytes = contentOf(m_media.make(name, stereo(44100, 4)));
         QRandomGenerator random(7);
         for (qsizetype place = bytes.size() / 2; place < bytes.size() / 2 + 600; ++place)
             bytes[place] = char(random.generate());
@@ -179,8 +178,7 @@ private Q_SLOTS:
         QFETCH(const QString, suffix);
         const QString name = u"any."_s + suffix;
         const QStringList sound = stereo(44100, 0.3);
-        const QByteArray whole =
-            m_media.contentOf(m_media.make(name, suffix == u"mkv" ? picture + sound : sound));
+        const QByteArray whole = contentOf(m_media.make(name, suffix == u"mkv" ? picture + sound : sound));
         QRandomGenerator random(42);
         for (int round = 0; round < 8; ++round) {
             QByteArray bytes = whole;

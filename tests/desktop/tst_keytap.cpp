@@ -324,5 +324,5 @@ private:
     std::unique_ptr<XKeyboard> m_keyboard;
 };
 
-ORVANE_DISPLAY_TEST_MAIN(TestKeyTap)
+ORVANE_DISPLAY_TEST_MAIN(TestKeyTap, QGuiApplication)
 #include "tst_keytap.moc"

@@ -203,5 +203,5 @@ private:
     std::unique_ptr<TextInjector> m_injector = TextInjector::forDisplay();
 };
 
-ORVANE_DISPLAY_TEST_MAIN(TestTextInjector)
+ORVANE_DISPLAY_TEST_MAIN(TestTextInjector, QGuiApplication)
 #include "tst_textinjector.moc"

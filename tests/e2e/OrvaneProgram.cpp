@@ -1,4 +1,5 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -34,7 +35,7 @@ QList<QByteArray> statFields(qint64 pid)
 
 } // namespace
 
-OrvaneProgram::OrvaneProgram() : m_environment(QProcessEnvironment::systemEnvironment())
+OrvaneProgram::OrvaneProgram(const QString &model) : m_environment(QProcessEnvironment::systemEnvironment())
 {
     require(m_home.isValid(), "no temporary folder");
     QDir home(m_home.path());
@@ -45,6 +46,8 @@ OrvaneProgram::OrvaneProgram() : m_environment(QProcessEnvironment::systemEnviro
     m_environment.insert(u"XDG_CONFIG_HOME"_s, m_home.filePath(u"config"_s));
     m_environment.insert(u"TMPDIR"_s, temporaryFolder());
     m_environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_s);
+    if (!model.isEmpty())
+        install(model);
 }
 
 QStringList OrvaneProgram::temporaryFiles() const
@@ -89,15 +92,12 @@ void OrvaneProgram::placeEngine(const QString &name, const QString &executable)
 
 void OrvaneProgram::addRecord(const QString &id, const QByteArray &json) const
 {
-    QFile file(u"%1/History/%2.json"_s.arg(dataFolder(), id));
-    require(file.open(QIODevice::WriteOnly) && file.write(json) == json.size(), "cannot write a record");
+    test::put(u"%1/History/%2.json"_s.arg(dataFolder(), id), json);
 }
 
 void OrvaneProgram::setPreferences(const QByteArray &json) const
 {
-    QFile file(m_home.filePath(u"config/Orvane/settings.json"_s));
-    require(file.open(QIODevice::WriteOnly) && file.write(json) == json.size(),
-            "cannot write the preferences");
+    test::put(m_home.filePath(u"config/Orvane/settings.json"_s), json);
 }
 
 OrvaneProgram::Result OrvaneProgram::run(const QStringList &arguments, const QString &input) const

@@ -23,7 +23,8 @@ public:
         QByteArray complaints;
     };
 
-    OrvaneProgram();
+    /// With that speech model ("base") in the models folder, or without one.
+    explicit OrvaneProgram(const QString &model = {});
 
     [[nodiscard]] QString dataFolder() const { return m_home.filePath(QStringLiteral("data/Orvane")); }
     [[nodiscard]] QString temporaryFolder() const { return m_home.filePath(QStringLiteral("tmp")); }

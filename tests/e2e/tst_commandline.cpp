@@ -1,4 +1,5 @@
 #include "tests/e2e/OrvaneProgram.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 
 #include <QDir>
@@ -43,8 +44,7 @@ private Q_SLOTS:
     {
         const OrvaneProgram orvane;
         const QString recording = orvane.path(u"talk.txt"_s);
-        QFile file(recording);
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        put(recording, {});
         const QString byDetour = orvane.path(u"tmp/../talk.txt"_s);
         for (const auto &[command, output] : {std::pair(u"transcribe"_s, recording),
                                               {u"transcribe"_s, byDetour},
@@ -138,9 +138,7 @@ private Q_SLOTS:
     {
         const OrvaneProgram orvane;
         const QString processFile = orvane.dataFolder() + u"/server-pids.txt"_s;
-        QFile file(processFile);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("1") == 1);
-        file.close();
+        put(processFile, "1");
         QCOMPARE(orvane.run({u"history"_s}).exitCode, 0);
         QVERIFY(QFile::exists(processFile));
 
@@ -177,13 +175,8 @@ private Q_SLOTS:
         QDir().mkpath(orvane.dataFolder() + u"/Recordings"_s);
         const QString audio = orvane.dataFolder() + u"/Recordings/Совещание.wav"_s;
         const QString marker = audio + u".unfinished.json"_s;
-        const auto write = [](const QString &path, const QByteArray &content) {
-            QFile file(path);
-            QVERIFY(file.open(QFile::WriteOnly));
-            file.write(content);
-        };
-        write(audio, QByteArray(44 + 32'000, '\0'));
-        write(marker, R"({"languageCode": "ru", "modelID": "base", "startedAt": "2025-03-03T14:05:09Z"})");
+        put(audio, QByteArray(44 + 32'000, '\0'));
+        put(marker, R"({"languageCode": "ru", "modelID": "base", "startedAt": "2025-03-03T14:05:09Z"})");
 
         const auto application = orvane.start({u"--background"_s});
         const auto header = [&audio] {

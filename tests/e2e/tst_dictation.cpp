@@ -286,5 +286,5 @@ private:
     QString m_speech;
 };
 
-ORVANE_DISPLAY_TEST_MAIN(DictationTest)
+ORVANE_DISPLAY_TEST_MAIN(DictationTest, QGuiApplication)
 #include "tst_dictation.moc"

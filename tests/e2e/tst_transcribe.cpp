@@ -16,8 +16,6 @@
 using namespace Qt::StringLiterals;
 using namespace orvane;
 using namespace orvane::test;
-using test::contentOf;
-using test::put;
 
 namespace {
 
@@ -45,24 +43,20 @@ private Q_SLOTS:
     {
         const Rows<QString, QStringList> row("name", "encoding");
 
-        const QStringList picture = {u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s,
-                                     u"-shortest"_s};
         row("wav", u"a.wav"_s, {});
         row("mp3", u"a.MP3"_s, {u"-f"_s, u"mp3"_s});
         row("flac", u"a.flac"_s, {});
         row("vorbis", u"vorbis.ogg"_s, {u"-c:a"_s, u"libvorbis"_s});
         row("voice message", u"opus.ogg"_s, {u"-c:a"_s, u"libopus"_s});
-        row("m4a", u"a.m4a"_s, {});
-        row("video", u"a.mp4"_s, picture);
-        row("matroska", u"a.mkv"_s, picture + QStringList{u"-c:a"_s, u"libopus"_s});
+        row("video", u"a.mp4"_s,
+            {u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s, u"-shortest"_s});
     }
 
     void understandsEveryKindOfFile()
     {
         QFETCH(QString, name);
         QFETCH(QStringList, encoding);
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const QString media = orvane.path(name);
         makeMedia(QStringList{u"-i"_s, fixture(u"jfk.wav"_s)} + encoding + QStringList{media});
 
@@ -79,30 +73,18 @@ private Q_SLOTS:
     {
         const Rows<QString, QString> row("name", "complaint");
 
-        const QString unreadable = u"Не удалось открыть файл: "_s;
         row("video without sound", u"silent.mp4"_s, u"В файле нет аудиодорожки."_s);
-        row("empty", u"empty.wav"_s, unreadable);
-        row("empty, to be decoded", u"empty.m4a"_s, unreadable);
-        row("text", u"text.mp3"_s, unreadable);
-        row("folder", u"folder.wav"_s, unreadable);
-        row("missing", u"missing.mp3"_s, unreadable);
-        row("truncated", u"truncated.m4a"_s, unreadable);
+        row("nothing that the server reads either", u"text.mp3"_s, u"Не удалось открыть файл: "_s);
     }
 
     void refusesBadFilesInOneSentence()
     {
         QFETCH(QString, name);
         QFETCH(QString, complaint);
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         makeMedia({u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=blue:size=64x64:rate=5"_s, u"-t"_s, u"1"_s,
                    orvane.path(u"silent.mp4"_s)});
-        makeMedia({u"-i"_s, fixture(u"jfk.wav"_s), orvane.path(u"whole.m4a"_s)});
-        put(orvane.path(u"truncated.m4a"_s), contentOf(orvane.path(u"whole.m4a"_s)).first(20'000));
-        put(orvane.path(u"empty.wav"_s), {});
-        put(orvane.path(u"empty.m4a"_s), {});
         put(orvane.path(u"text.mp3"_s), "Dear diary, nothing here can be heard.\n");
-        QDir().mkpath(orvane.path(u"folder.wav"_s));
 
         const auto result = orvane.run({u"transcribe"_s, orvane.path(name)});
 
@@ -117,8 +99,7 @@ private Q_SLOTS:
 
     void hearsRussian()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const auto result =
             orvane.run({u"transcribe"_s, fixture(u"russian.wav"_s), u"--language"_s, u"auto"_s});
         QCOMPARE(result.exitCode, 0);
@@ -129,8 +110,7 @@ private Q_SLOTS:
     /// The language that nobody chose is found out.
     void readsStandardInput()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const QString media = orvane.path(u"a.mp3"_s);
         makeMedia({u"-i"_s, fixture(u"jfk.wav"_s), media});
 
@@ -159,8 +139,7 @@ private Q_SLOTS:
         QFETCH(QStringList, options);
         QFETCH(QByteArray, preferences);
         QFETCH(bool, isLabelled);
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         orvane.setPreferences(preferences);
         QDir().mkpath(orvane.path(u"speech"_s));
         const QString dialogue = test::Dialogue(orvane.path(u"speech"_s)).joined();
@@ -181,8 +160,7 @@ private Q_SLOTS:
 
     void storesARecordThatMatchesItsResult()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const auto result = orvane.run(
             {u"transcribe"_s, fixture(u"jfk.wav"_s), u"--language"_s, u"en"_s, u"--format"_s, u"json"_s});
         QCOMPARE(result.exitCode, 0);
@@ -216,8 +194,7 @@ private Q_SLOTS:
 
     void saysFromWhereAFileIsDamaged()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const QString media = orvane.path(u"a.flac"_s);
         makeMedia({u"-stream_loop"_s, u"2"_s, u"-i"_s, fixture(u"jfk.wav"_s), media});
         const QByteArray whole = contentOf(media);
@@ -240,9 +217,8 @@ private Q_SLOTS:
 
     void transcribesARecordAnew()
     {
-        OrvaneProgram orvane;
+        const OrvaneProgram orvane(u"base"_s);
         orvane.install(u"tiny.en"_s);
-        orvane.install(u"base"_s);
         const QString recording = orvane.path(u"talk.wav"_s);
         QVERIFY(QFile::copy(fixture(u"jfk.wav"_s), recording));
         const auto first = orvane.run({u"transcribe"_s, recording, u"--model"_s, u"tiny.en"_s,
@@ -272,8 +248,7 @@ private Q_SLOTS:
 
     void goesOnAfterAFileThatFails()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const QString results = orvane.path(u"results"_s);
         QDir().mkpath(results);
 
@@ -288,8 +263,7 @@ private Q_SLOTS:
 
     void saysWhatDoesNotFitOnAFullDisk()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const auto result =
             orvane.run({u"transcribe"_s, fixture(u"jfk.wav"_s), u"--output"_s, u"/dev/full"_s});
         QCOMPARE(result.exitCode, 1);
@@ -307,8 +281,7 @@ private Q_SLOTS:
     void endsInOrderWhenInterrupted()
     {
         QFETCH(int, signal);
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const QString recording = orvane.path(u"long.wav"_s);
         makeMedia({u"-stream_loop"_s, u"40"_s, u"-i"_s, fixture(u"jfk.wav"_s), recording});
 
@@ -326,8 +299,7 @@ private Q_SLOTS:
 
     void leavesNoEngineWhenKilled()
     {
-        OrvaneProgram orvane;
-        orvane.install(u"base"_s);
+        const OrvaneProgram orvane(u"base"_s);
         const auto program = orvane.start({u"transcribe"_s, fixture(u"jfk.wav"_s)});
         QTRY_COMPARE_WITH_TIMEOUT(orvane.enginesOf(*program).size(), 1, 120'000);
         const qint64 engine = orvane.enginesOf(*program).first();

@@ -135,12 +135,14 @@ private Q_SLOTS:
         while (isComputing() && time.elapsed() < patience) { // the pass that it is in
         }
         const qint64 freeAfter = time.elapsed();
+        time.start();
         const TaskResult next = transcribe(speech(), model());
         QTRY_VERIFY_WITH_TIMEOUT(next.isDone(), patience);
+        const qint64 onePass = time.elapsed();
         QCOMPARE(next.error(), QString());
         VERIFY_WORDS(textOf(next.value()), said);
-        qInfo("free after %lld ms", freeAfter);
-        QVERIFY2(freeAfter < 5000, qPrintable(QString::number(freeAfter)));
+        qInfo("free after %lld ms, a pass takes %lld ms", freeAfter, onePass);
+        QVERIFY(freeAfter < 5 * onePass); // of the file's eleven
         QFile::remove(path);
         if (freeAfter < 1500)
             QCOMPARE(server(), pid); // no need to launch it anew

@@ -36,12 +36,12 @@ private:
 } // namespace orvane::test
 
 /// The main function of a test class that needs a display.
-#define ORVANE_DISPLAY_TEST_MAIN(TestClass)                                                                  \
+#define ORVANE_DISPLAY_TEST_MAIN(TestClass, Application)                                                     \
     int main(int argc, char **argv)                                                                          \
     {                                                                                                        \
         if (const std::optional<int> status = orvane::test::XDisplay::runThisProgram(argc, argv))            \
             return *status;                                                                                  \
-        QGuiApplication application(argc, argv);                                                             \
+        Application application(argc, argv);                                                                 \
         TestClass test;                                                                                      \
         return QTest::qExec(&test, argc, argv);                                                              \
     }

@@ -80,13 +80,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    if (const std::optional<int> status = XDisplay::runThisProgram(argc, argv))
-        return *status;
-    const QApplication application(argc, argv);
-    TestDictationPanel test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+ORVANE_DISPLAY_TEST_MAIN(TestDictationPanel, QApplication)
 #include "tst_dictationpanel.moc"

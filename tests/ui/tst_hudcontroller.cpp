@@ -206,13 +206,5 @@ private:
     std::unique_ptr<HUDController> m_controller;
 };
 
-int main(int argc, char **argv)
-{
-    if (const std::optional<int> status = XDisplay::runThisProgram(argc, argv))
-        return *status;
-    const QApplication application(argc, argv);
-    TestHUDController test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+ORVANE_DISPLAY_TEST_MAIN(TestHUDController, QApplication)
 #include "tst_hudcontroller.moc"
