@@ -2,14 +2,12 @@
 
 #include "app/commandline/Output.h"
 #include "app/control/ControlInterface.h"
-#include "base/files/FileStamp.h"
+#include "base/files/PrivateFile.h"
 #include "base/localization/Localization.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QFile>
 #include <QThread>
 
 #include <chrono>
@@ -53,8 +51,7 @@ SingleInstance::Claim SingleInstance::claim(const QString &dataFolder)
     if (name == Name::AnothersOwn)
         return Claim::AnotherRuns;
     m_hasName = name == Name::Ours;
-    if (QDir().mkpath(dataFolder))
-        makePrivate(QFile::encodeName(dataFolder));
+    makePrivateFolder(dataFolder);
     const QString lockFile = dataFolder + u"/application.lock"_s;
     m_data = FileLock::tryLock(lockFile);
     // Who has no name may be ending; without a bus nobody has one.

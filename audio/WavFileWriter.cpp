@@ -2,6 +2,7 @@
 
 #include "base/files/FileControl.h"
 #include "base/files/FileError.h"
+#include "base/files/PrivateFile.h"
 #include "base/localization/Localization.h"
 
 #include <QtEndian>
@@ -67,7 +68,7 @@ WavFileWriter::WavFileWriter(const QString &path, quint32 sampleRate) : m_sample
 {
     // Unbuffered: a block is one write, and a full disk shows at once.
     const auto mode = QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered;
-    if (!m_file.open(mode, QFile::ReadOwner | QFile::WriteOwner))
+    if (!m_file.open(mode, privateFile))
         throw FileError::notWritten(m_file);
     const auto bytes = header(m_sampleRate, 0);
     if (m_file.write(bytes.data(), bytes.size()) != qint64(bytes.size()))

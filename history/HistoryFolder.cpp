@@ -2,10 +2,11 @@
 
 #include "base/files/FileError.h"
 #include "base/files/FileReplacement.h"
+#include "base/files/PrivateFile.h"
 #include "base/localization/Localization.h"
 
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <filesystem>
@@ -18,8 +19,6 @@ namespace fs = std::filesystem;
 namespace orvane {
 
 namespace {
-
-constexpr auto privateFolder = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
 
 void tightenFolder(const QString &folder)
 {
@@ -53,8 +52,7 @@ HistoryFolder::HistoryFolder(const StandardFolders &folders)
 
 void HistoryFolder::prepare() const
 {
-    QDir().mkpath(QFileInfo(m_history).path());
-    QDir().mkdir(m_history, privateFolder);
+    makePrivateFolder(m_history);
     tightenFolder(m_history);
     tightenFolder(m_recordings);
 }

@@ -1,6 +1,7 @@
 #include "history/HistoryIndex.h"
 
-#include <QDir>
+#include "base/files/PrivateFile.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -136,11 +137,8 @@ auto HistoryIndex::attempt(Work work)
 
 void HistoryIndex::open()
 {
-    if (m_path != inMemory) {
-        const QString folder = QFileInfo(m_path).path();
-        QDir().mkpath(folder);
-        makePrivate(QFile::encodeName(folder));
-    }
+    if (m_path != inMemory)
+        makePrivateFolder(QFileInfo(m_path).path());
     m_database = std::make_unique<SqliteDatabase>(m_path);
     m_database->run(settings);
     if (presentVersion() != version)

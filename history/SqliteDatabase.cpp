@@ -1,14 +1,14 @@
 #include "history/SqliteDatabase.h"
 
+#include "base/files/PrivateFile.h"
+
 #include <QFile>
 
 #include <sqlite3.h>
 
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+using namespace Qt::StringLiterals;
 
 namespace orvane {
 
@@ -20,14 +20,6 @@ void require(int code)
 {
     if (code != SQLITE_OK)
         throw SqliteDatabase::Failure(code);
-}
-
-// SQLite would let others read it; what it makes beside the file gets the file's permissions.
-void makePrivateFile(const QByteArray &path)
-{
-    const int descriptor = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor >= 0)
-        ::close(descriptor);
 }
 
 } // namespace
@@ -54,9 +46,10 @@ void SqliteDatabase::Closer::operator()(sqlite3 *database) const
 
 SqliteDatabase::SqliteDatabase(const QString &path)
 {
+    // SQLite would let others read it; what it makes beside the file gets the file's permissions.
+    if (path != ":memory:"_L1)
+        static_cast<void>(QFile(path).open(QFile::ReadWrite, privateFile));
     const QByteArray file = QFile::encodeName(path);
-    if (file != ":memory:")
-        makePrivateFile(file);
     sqlite3 *database = nullptr;
     const int code =
         sqlite3_open_v2(file.constData(), &database,
@@ -118,12 +111,6 @@ SqliteDatabase::Statement &SqliteDatabase::Statement::bindBlob(int number, QByte
     return *this;
 }
 
-SqliteDatabase::Statement &SqliteDatabase::Statement::bindNull(int number)
-{
-    require(sqlite3_bind_null(m_statement.get(), number));
-    return *this;
-}
-
 bool SqliteDatabase::Statement::step()
 {
     const int code = sqlite3_step(m_statement.get());
@@ -138,11 +125,6 @@ void SqliteDatabase::Statement::run()
 {
     while (step()) {
     }
-}
-
-bool SqliteDatabase::Statement::isNull(int column) const
-{
-    return sqlite3_column_type(m_statement.get(), column) == SQLITE_NULL;
 }
 
 qint64 SqliteDatabase::Statement::integer(int column) const

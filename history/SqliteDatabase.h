@@ -38,14 +38,12 @@ public:
         Statement &bind(int number, qint64 value);
         Statement &bind(int number, QByteArrayView text);
         Statement &bindBlob(int number, QByteArrayView bytes);
-        Statement &bindNull(int number);
 
         /// Whether there is a row; without one the statement can be run anew, with the same values or others.
         bool step();
         /// For a statement that gives no row.
         void run();
 
-        [[nodiscard]] bool isNull(int column) const;
         [[nodiscard]] qint64 integer(int column) const;
         [[nodiscard]] QByteArray bytes(int column) const;
         [[nodiscard]] QString text(int column) const;

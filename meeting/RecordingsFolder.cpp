@@ -4,7 +4,7 @@
 #include "audio/WavFileWriter.h"
 #include "base/files/FileError.h"
 #include "base/files/FileReplacement.h"
-#include "base/files/FileStamp.h"
+#include "base/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,8 +18,6 @@ namespace orvane {
 
 namespace {
 
-constexpr auto privateFolder = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
-constexpr auto privateFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 const QString markerSuffix = u".unfinished.json"_s;
 
 } // namespace
@@ -28,7 +26,7 @@ RecordingsFolder::RecordingsFolder(const QString &folder) : m_folder(folder) {}
 
 RecordedMeeting RecordingsFolder::create(RecordedMeeting meeting)
 {
-    prepare();
+    makePrivateFolder(m_folder);
     meeting.audioFileName = createAudio(meeting.startedAt);
     try {
         if (std::optional<FileLock> lock = FileLock::tryLock(audioPath(meeting.audioFileName)))
@@ -39,13 +37,6 @@ RecordedMeeting RecordingsFolder::create(RecordedMeeting meeting)
         throw;
     }
     return meeting;
-}
-
-void RecordingsFolder::prepare() const
-{
-    QDir().mkpath(QFileInfo(m_folder).path());
-    QDir().mkdir(m_folder, privateFolder);
-    makePrivate(QFile::encodeName(m_folder));
 }
 
 QString RecordingsFolder::createAudio(const QDateTime &startedAt) const

@@ -45,7 +45,6 @@ public:
     [[nodiscard]] QString audioPath(const QString &fileName) const;
 
 private:
-    void prepare() const;
     /// The recording that the marker names, if it is to be offered. Throws FileError.
     [[nodiscard]] std::optional<RecordedMeeting> takeOver(const QString &audioFileName);
     [[nodiscard]] QString createAudio(const QDateTime &startedAt) const;

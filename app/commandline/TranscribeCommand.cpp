@@ -8,6 +8,7 @@
 #include "app/services/AppServices.h"
 #include "base/StandardFolders.h"
 #include "base/files/FileError.h"
+#include "base/files/PrivateFile.h"
 #include "base/files/TemporaryFile.h"
 #include "base/localization/Localization.h"
 #include "history/FileRecordSaver.h"
@@ -158,7 +159,7 @@ QCoro::Task<> TranscribeCommand::receive(QString path)
 {
     InputStream input(InputStream::standardInput.toString());
     QFile file(path);
-    if (!file.open(QFile::WriteOnly | QFile::NewOnly, QFile::ReadOwner | QFile::WriteOwner))
+    if (!file.open(QFile::WriteOnly | QFile::NewOnly, privateFile))
         throw FileError::notWritten(file);
     while (true) {
         const QByteArray piece = co_await input.next(m_stop.get_token());

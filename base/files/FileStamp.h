@@ -26,7 +26,4 @@ struct FileStamp
 /// none when it cannot be read. Never waits for a pipe.
 [[nodiscard]] std::optional<FileStamp> readRegularFile(const QByteArray &path, QByteArray &contents);
 
-/// Leaves a file or folder to its owner alone: 0600 or, for a folder, 0700. Failures are ignored.
-void makePrivate(const QByteArray &path);
-
 } // namespace orvane

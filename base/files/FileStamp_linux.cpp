@@ -67,14 +67,4 @@ std::optional<FileStamp> readRegularFile(const QByteArray &path, QByteArray &con
     return stampOf(status);
 }
 
-void makePrivate(const QByteArray &path)
-{
-    struct stat status;
-    if (stat(path.constData(), &status) != 0)
-        return;
-    const mode_t wanted = S_ISDIR(status.st_mode) ? S_IRWXU : S_IRUSR | S_IWUSR;
-    if ((status.st_mode & ALLPERMS) != wanted)
-        (void)chmod(path.constData(), wanted);
-}
-
 } // namespace orvane
