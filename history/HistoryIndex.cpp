@@ -1,13 +1,12 @@
 #include "history/HistoryIndex.h"
 
 #include "base/files/PrivateFile.h"
+#include "history/HistorySearch.h"
 
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <new>
-#include <set>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -28,66 +27,17 @@ constexpr auto settings = "PRAGMA journal_mode = WAL;"
                           "PRAGMA secure_delete = ON;"
                           "PRAGMA cache_size = -512;";
 
-// The words stand apart, so that a list need not read over them.
+// The words stand apart, with the search, so that a list need not read over them.
 constexpr auto tables =
     "CREATE TABLE file (number INTEGER PRIMARY KEY, name BLOB NOT NULL UNIQUE, size INTEGER NOT NULL,"
     " modified INTEGER NOT NULL, inode INTEGER NOT NULL, id BLOB, isOwn INTEGER, kind INTEGER, title TEXT,"
-    " created INTEGER, duration INTEGER, isCorrected INTEGER, hasProtocol INTEGER, beginning TEXT, audio "
-    "TEXT,"
-    " letters TEXT, isPrepared INTEGER NOT NULL DEFAULT 0);"
-    "CREATE INDEX fileOfRecord ON file (id);"
-    "CREATE INDEX unprepared ON file (isPrepared) WHERE isPrepared = 0 AND id IS NOT NULL;"
-    "CREATE TABLE spoken (number INTEGER PRIMARY KEY, words TEXT NOT NULL);"
-    "CREATE VIRTUAL TABLE trigram USING fts5 (words, content = 'spoken', content_rowid = 'number',"
-    " tokenize = 'trigram case_sensitive 1');"
-    "CREATE VIRTUAL TABLE term USING fts5vocab (trigram, row);";
-
-/// So many that others wait for a tenth of a second.
-constexpr int filesPreparedAtOnce = 32;
-
-/// The index knows groups of so many letters.
-constexpr int indexedLetters = 3;
-
-QString folded(const QString &text)
-{
-    return text.toCaseFolded();
-}
-
-qsizetype letterCount(const QString &word)
-{
-    return word.toUcs4().size();
-}
-
-// Each once, so that a single letter is found without reading the words.
-QByteArray lettersOf(const QString &words)
-{
-    std::set<QChar> letters;
-    QChar last;
-    for (const QChar letter : words) {
-        if (letter != std::exchange(last, letter))
-            letters.insert(letter);
-    }
-    QString each;
-    for (const QChar letter : letters) {
-        if (!letter.isSpace())
-            each += letter;
-    }
-    return each.toUtf8();
-}
-
-QString quoted(QString word)
-{
-    return u'"' + word.replace(u'"', u"\"\""_s) + u'"';
-}
-
-QUuid idOf(const SqliteDatabase::Statement &row, int column)
-{
-    return QUuid::fromRfc4122(row.bytes(column));
-}
+    " created INTEGER, duration INTEGER, isCorrected INTEGER, hasProtocol INTEGER, beginning TEXT,"
+    " audio TEXT, letters TEXT, isPrepared INTEGER NOT NULL DEFAULT 0);"
+    "CREATE INDEX fileOfRecord ON file (id);";
 
 RecordSummary summaryOf(const SqliteDatabase::Statement &row)
 {
-    return {.id = idOf(row, 0),
+    return {.id = QUuid::fromRfc4122(row.bytes(0)),
             .kind = static_cast<TranscriptKind>(row.integer(1)),
             .title = row.text(2),
             .createdAt = QDateTime::fromMSecsSinceEpoch(row.integer(3), Qt::UTC),
@@ -107,16 +57,9 @@ HistoryIndex::Entry::Entry(QByteArray name, const FileStamp &stamp,
 {
     if (!record)
         return;
-    // Line feeds keep words of different texts apart; those at the end complete the last groups of letters.
-    const QStringList texts = {record->title,
-                               record->text,
-                               record->corrected.value_or(QString()),
-                               record->summary.value_or(QString()),
-                               QString(),
-                               QString()};
     content = Content{.summary = RecordSummary::of(*record, stamp.modified),
                       .audioFileName = record->audioFileName.value_or(QString()),
-                      .words = folded(texts.join(u'\n'))};
+                      .words = HistorySearch::wordsOf(*record)};
 }
 
 HistoryIndex::HistoryIndex(QString path) : m_path(path.isEmpty() ? QString(inMemory) : std::move(path)) {}
@@ -161,6 +104,7 @@ void HistoryIndex::makeTables()
     if (found != 0)
         throw SqliteDatabase::Failure::unknownForm();
     m_database->run(tables);
+    m_database->run(HistorySearch::tables);
     m_database->run(setVersion);
     transaction.commit();
 }
@@ -217,20 +161,12 @@ void HistoryIndex::remove(const QList<QByteArray> &fileNames)
 
 void HistoryIndex::removeFile(const QByteArray &fileName)
 {
-    SqliteDatabase::Statement file =
-        m_database->prepare("SELECT number, isPrepared FROM file WHERE name = ?");
+    SqliteDatabase::Statement file = m_database->prepare("SELECT number FROM file WHERE name = ?");
     file.bindBlob(1, fileName);
     if (!file.step())
         return;
     const qint64 number = file.integer(0);
-    if (file.integer(1) != 0) {
-        m_database
-            ->prepare("INSERT INTO trigram (trigram, rowid, words)"
-                      " SELECT 'delete', number, words FROM spoken WHERE number = ?")
-            .bind(1, number)
-            .run();
-    }
-    m_database->prepare("DELETE FROM spoken WHERE number = ?").bind(1, number).run();
+    HistorySearch(*m_database).remove(number);
     m_database->prepare("DELETE FROM file WHERE number = ?").bind(1, number).run();
 }
 
@@ -256,14 +192,11 @@ void HistoryIndex::insert(const Entry &entry)
             .bind(12, qint64{summary.hasProtocol})
             .bind(13, summary.beginning.toUtf8())
             .bind(14, entry.content->audioFileName.toUtf8())
-            .bind(15, lettersOf(entry.content->words));
+            .bind(15, HistorySearch::lettersOf(entry.content->words));
     }
     file.run();
-    if (entry.content) {
-        m_database->prepare("INSERT INTO spoken (number, words) VALUES (last_insert_rowid(), ?)")
-            .bind(1, entry.content->words.toUtf8())
-            .run();
-    }
+    if (entry.content)
+        HistorySearch(*m_database).put(m_database->lastRow(), entry.content->words);
 }
 
 QList<RecordSummary> HistoryIndex::records()
@@ -308,89 +241,12 @@ QSet<QString> HistoryIndex::audioFileNames()
 
 QSet<QUuid> HistoryIndex::search(const QString &text)
 {
-    return attempt([this, words = folded(text).simplified().split(u' ', Qt::SkipEmptyParts)] {
-        return searchPrepared(words).unite(searchOthers(words));
-    });
-}
-
-QSet<QUuid> HistoryIndex::searchPrepared(const QStringList &words)
-{
-    QByteArray sql = "SELECT id FROM file WHERE isPrepared = 1 AND id IS NOT NULL";
-    QStringList letters;
-    QStringList groups;
-    for (const QString &word : words) {
-        const qsizetype count = letterCount(word);
-        if (count == 1) {
-            letters.append(word);
-            sql += " AND instr(letters, ?) > 0";
-        } else {
-            groups.append(count < indexedLetters ? termsWith(word) : quoted(word));
-        }
-    }
-    if (groups.contains(QString()))
-        return {}; // no such pair of letters anywhere
-    if (!groups.isEmpty())
-        sql += " AND number IN (SELECT rowid FROM trigram WHERE trigram MATCH ?)";
-
-    SqliteDatabase::Statement row = m_database->prepare(sql.constData());
-    int parameter = 0;
-    for (const QString &letter : letters)
-        row.bind(++parameter, letter.toUtf8());
-    if (!groups.isEmpty())
-        row.bind(++parameter, groups.join(u" AND "_s).toUtf8());
-    QSet<QUuid> found;
-    while (row.step())
-        found.insert(idOf(row, 0));
-    return found;
-}
-
-QSet<QUuid> HistoryIndex::searchOthers(const QStringList &words)
-{
-    QByteArray sql = "SELECT id FROM file JOIN spoken USING (number) WHERE isPrepared = 0 AND id IS NOT NULL";
-    for (qsizetype i = 0; i < words.size(); ++i)
-        sql += " AND instr(words, ?) > 0";
-    SqliteDatabase::Statement row = m_database->prepare(sql.constData());
-    for (qsizetype i = 0; i < words.size(); ++i)
-        row.bind(int(i + 1), words.at(i).toUtf8());
-    QSet<QUuid> found;
-    while (row.step())
-        found.insert(idOf(row, 0));
-    return found;
-}
-
-// The groups of letters that begin with these: one of them stands wherever these do.
-QString HistoryIndex::termsWith(const QString &letters)
-{
-    const QByteArray first = letters.toUtf8();
-    SqliteDatabase::Statement row = m_database->prepare("SELECT term FROM term WHERE term >= ? AND term < ?");
-    row.bind(1, first).bind(2, first + "\xf4\x8f\xbf\xbf");
-    QStringList terms;
-    while (row.step())
-        terms.append(quoted(row.text(0)));
-    return terms.isEmpty() ? QString() : u'(' + terms.join(u" OR "_s) + u')';
+    return attempt([this, &text] { return HistorySearch(*m_database).find(text); });
 }
 
 bool HistoryIndex::prepareSearch()
 {
-    return attempt([this] {
-        SqliteTransaction transaction(*m_database);
-        SqliteDatabase::Statement row =
-            m_database->prepare("SELECT number FROM file WHERE isPrepared = 0 AND id IS NOT NULL LIMIT ?");
-        row.bind(1, qint64{filesPreparedAtOnce});
-        QList<qint64> numbers;
-        while (row.step())
-            numbers.append(row.integer(0));
-        SqliteDatabase::Statement prepare = m_database->prepare(
-            "INSERT INTO trigram (rowid, words) SELECT number, words FROM spoken WHERE number = ?");
-        SqliteDatabase::Statement note =
-            m_database->prepare("UPDATE file SET isPrepared = 1 WHERE number = ?");
-        for (const qint64 number : numbers) {
-            prepare.bind(1, number).run();
-            note.bind(1, number).run();
-        }
-        transaction.commit();
-        return numbers.size() == filesPreparedAtOnce;
-    });
+    return attempt([this] { return HistorySearch(*m_database).prepare(); });
 }
 
 } // namespace orvane

@@ -18,8 +18,8 @@
 namespace orvane {
 
 /// What lists and searches need of the history's files, in an SQLite file that may be deleted at any time and
-/// that processes share. A damaged one is made anew, one that cannot be used is done without: both empty, and
-/// told by the generation. Any thread, one at a time.
+/// that processes share. A damaged one is made anew, one that cannot be used is done without: both are empty
+/// and have another generation. Any thread, one at a time.
 class HistoryIndex
 {
 public:
@@ -30,7 +30,7 @@ public:
         {
             RecordSummary summary;
             QString audioFileName;
-            /// All that is searched, with its case folded.
+            /// See HistorySearch.
             QString words;
         };
 
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] QList<QByteArray> filesOf(const QUuid &id);
     [[nodiscard]] QSet<QString> audioFileNames();
 
-    /// The records that hold every word of the text somewhere, in any case of letters.
+    /// See HistorySearch.
     [[nodiscard]] QSet<QUuid> search(const QString &text);
     /// Does a moment's work on what makes searching fast; false when nothing is left of it. A search is right
     /// before that, too.
@@ -76,9 +76,6 @@ private:
 
     void removeFile(const QByteArray &fileName);
     void insert(const Entry &entry);
-    [[nodiscard]] QSet<QUuid> searchPrepared(const QStringList &words);
-    [[nodiscard]] QSet<QUuid> searchOthers(const QStringList &words);
-    [[nodiscard]] QString termsWith(const QString &letters);
 
     QString m_path;
     bool m_wasMadeAnew = false;

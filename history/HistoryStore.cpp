@@ -3,29 +3,19 @@
 #include "base/Async.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
-using namespace std::chrono_literals;
-
 namespace orvane {
-
-namespace {
-
-constexpr auto retryDelay = 10s;
-
-} // namespace
 
 HistoryStore::HistoryStore(const StandardFolders &folders, QObject *parent)
     : QObject(parent),
       m_directory(folders.history()),
-      m_archive(folders)
+      m_archive(folders),
+      m_writes(m_archive, m_pool)
 {
     m_pool.setMaxThreadCount(1);
     m_pool.setExpiryTimeout(-1);
-    m_retryDelay.setSingleShot(true);
-    m_retryDelay.setInterval(retryDelay);
-    connect(&m_retryDelay, &QTimer::timeout, this, &HistoryStore::retry);
+    connect(&m_writes, &HistoryWrites::ended, this, &HistoryStore::publishError);
 }
 
 HistoryStore::~HistoryStore()
@@ -88,7 +78,7 @@ void HistoryStore::takeOver(const QList<RecordSummary> &now)
     QList<QUuid> changed;
     for (const RecordSummary &record : std::as_const(m_records)) {
         const RecordSummary *fresh = unmet.take(record.id);
-        if (m_pendingWrites.contains(record.id)) {
+        if (m_writes.isPending(record.id)) {
             staying.append(record);
         } else if (fresh) {
             staying.append(*fresh);
@@ -101,7 +91,7 @@ void HistoryStore::takeOver(const QList<RecordSummary> &now)
     records.reserve(now.size());
     auto next = staying.cbegin();
     for (const RecordSummary &record : now) {
-        if (!unmet.contains(record.id) || m_pendingWrites.contains(record.id))
+        if (!unmet.contains(record.id) || m_writes.isPending(record.id))
             continue;
         while (next != staying.cend() && next->createdAt > record.createdAt)
             records.append(*next++);
@@ -137,7 +127,7 @@ void HistoryStore::change(const QUuid &id, const RecordEdit &edit, const Summary
     const auto found = std::ranges::find(std::as_const(m_records), id, &RecordSummary::id);
     if (found == m_records.cend() && m_loaded)
         return;
-    spawn(write(id, [archive = &m_archive, id, edit] { archive->edit(id, edit); }));
+    m_writes.start(id, [archive = &m_archive, id, edit] { archive->edit(id, edit); });
     if (found == m_records.cend())
         return;
     if (shown)
@@ -166,7 +156,7 @@ TranscriptRecord HistoryStore::add(TranscriptRecord record)
             record.events.emplace();
         record.events->append({.prompt = std::nullopt, .text = record.text});
     }
-    spawn(write(record.id, [archive = &m_archive, record] { archive->add(record); }));
+    m_writes.start(record.id, [archive = &m_archive, record] { archive->add(record); });
     m_records.prepend(RecordSummary::of(record));
     Q_EMIT recordsChanged();
     return record;
@@ -236,57 +226,17 @@ void HistoryStore::remove(const QUuid &id)
         m_records.removeIf([&id](const RecordSummary &record) { return record.id == id; }) > 0;
     if (!isListed && m_loaded)
         return;
-    spawn(write(id, [archive = &m_archive, id] { archive->remove(id); }));
+    m_writes.start(id, [archive = &m_archive, id] { archive->remove(id); });
     if (isListed)
         Q_EMIT recordsChanged();
 }
 
-QCoro::Task<> HistoryStore::write(QUuid id, std::function<void()> work)
-{
-    ++m_pendingWrites[id];
-    QString failure;
-    try {
-        co_await m_scope(offMainThread(&m_pool, std::move(work)));
-    } catch (const Gone &) {
-        throw;
-    } catch (const std::exception &error) {
-        failure = descriptionOf(error);
-    }
-    if (--m_pendingWrites[id] == 0)
-        m_pendingWrites.remove(id);
-    noteOutcome(id, failure);
-}
-
-void HistoryStore::noteOutcome(const QUuid &id, const QString &failure)
-{
-    if (failure.isEmpty())
-        m_failures.remove(id);
-    else
-        m_failures.insert(id, failure);
-    publishError(failure);
-    if (m_failures.isEmpty())
-        m_retryDelay.stop();
-    else if (failure.isEmpty()) // what kept the others from the disk may be over
-        retry();
-    else if (!m_retryDelay.isActive())
-        m_retryDelay.start();
-}
-
 void HistoryStore::publishError(const QString &latest)
 {
-    const QString shown = !latest.isEmpty()       ? latest
-                          : !m_failures.isEmpty() ? *m_failures.cbegin()
-                                                  : m_notice;
+    const QString failure = latest.isEmpty() ? m_writes.anyFailure() : latest;
+    const QString shown = failure.isEmpty() ? m_notice : failure;
     if (std::exchange(m_lastError, shown) != shown)
         Q_EMIT lastErrorChanged();
-}
-
-void HistoryStore::retry()
-{
-    for (const QUuid &id : m_failures.keys()) {
-        if (!m_pendingWrites.contains(id))
-            spawn(write(id, [archive = &m_archive, id] { archive->retry(id); }));
-    }
 }
 
 QCoro::Task<> HistoryStore::flush()
@@ -297,8 +247,8 @@ QCoro::Task<> HistoryStore::flush()
 QCoro::Task<> HistoryStore::whenSaved(QUuid id)
 {
     co_await m_scope(flush());
-    if (const auto failure = m_failures.constFind(id); failure != m_failures.cend())
-        throw Error(*failure);
+    if (const QString failure = m_writes.failure(id); !failure.isEmpty())
+        throw Error(failure);
 }
 
 QCoro::Task<> HistoryStore::refresh()

@@ -4,15 +4,14 @@
 #include "base/StandardFolders.h"
 #include "base/files/FolderWatch.h"
 #include "history/HistoryArchive.h"
+#include "history/HistoryWrites.h"
 #include "history/RecordSummary.h"
 #include "history/TranscriptRecord.h"
 
-#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
 #include <QThreadPool>
-#include <QTimer>
 
 #include <QCoroTask>
 
@@ -102,10 +101,7 @@ private:
     void changeLogged(const QUuid &id, const RecordEvent &event, const RecordEdit &edit,
                       const SummaryEdit &shown = {});
 
-    QCoro::Task<> write(QUuid id, std::function<void()> work);
-    void noteOutcome(const QUuid &id, const QString &failure);
     void publishError(const QString &latest);
-    void retry();
 
     void followFolder();
     void startPreparingSearch();
@@ -120,12 +116,9 @@ private:
     HistoryArchive m_archive;
     /// One thread: all that is asked for happens in that order.
     QThreadPool m_pool;
-    QHash<QUuid, int> m_pendingWrites;
-    /// By record, the last one in front of the user.
-    QHash<QUuid, QString> m_failures;
+    HistoryWrites m_writes;
     QString m_notice;
     QString m_lastError;
-    QTimer m_retryDelay;
 
     bool m_isPreparingSearch = false;
     bool m_isWatching = false;
