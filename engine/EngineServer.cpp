@@ -30,14 +30,6 @@ constexpr auto lookAtServer = 200ms;
 
 } // namespace
 
-/// Those in flight.
-struct EngineServer::Requests
-{
-    int count = 0;
-    /// The end of the last of them, once somebody waits for it.
-    std::shared_ptr<OneTimeEvent> ended;
-};
-
 QStringList EngineServer::SearchPath::systemFolders()
 {
     QStringList folders = {u"/opt/homebrew/bin"_s, u"/usr/local/bin"_s};
@@ -81,8 +73,8 @@ QCoro::Task<> EngineServer::load(QString modelPath, std::stop_token stop)
         co_return;
 
     m_loading = OneTimeEvent::create();
-    const auto finish = qScopeGuard([this, alive = m_scope.stop()] {
-        if (!alive.stop_requested())
+    const auto finish = qScopeGuard([this, gone = m_scope.stop()] {
+        if (!gone.stop_requested())
             endLoading();
     });
     m_stopping = std::stop_source();
@@ -105,7 +97,8 @@ bool EngineServer::serves(const QString &modelPath) const
 
 QCoro::Task<> EngineServer::performLoad(QString modelPath, std::stop_token stop)
 {
-    co_await m_scope(untilNoRequest(stop), stop);
+    while (m_requests.areTaken())
+        co_await m_scope(m_requests.end()->wait(stop), stop);
     if (serves(modelPath))
         co_return;
 
@@ -121,15 +114,6 @@ QCoro::Task<> EngineServer::performLoad(QString modelPath, std::stop_token stop)
         throw;
     }
     m_loadedModelPath = modelPath;
-}
-
-QCoro::Task<> EngineServer::untilNoRequest(std::stop_token stop)
-{
-    while (m_requests->count > 0) {
-        if (!m_requests->ended)
-            m_requests->ended = OneTimeEvent::create();
-        co_await m_scope(m_requests->ended->wait(stop), stop);
-    }
 }
 
 QCoro::Task<> EngineServer::launch(QString modelPath, std::stop_token stop)
@@ -256,7 +240,7 @@ QCoro::Task<> EngineServer::restartUnlessFree()
 {
     const std::weak_ptr<QProcess> server = m_process;
     const auto isWithoutRequest = [this, server] {
-        return isRunning() && m_process == server.lock() && m_requests->count == 0;
+        return isRunning() && m_process == server.lock() && !m_requests.areTaken();
     };
     co_await m_scope(sleepFor(abortPatience, m_scope.stop()));
     if (!isWithoutRequest())
@@ -289,21 +273,4 @@ EngineServer::EngineError EngineServer::requestRejected(const QString &detail) c
 {
     return {EngineError::Kind::requestRejected, m_description.requestErrorPrefix + detail};
 }
-
-EngineServer::InFlight EngineServer::beginRequest()
-{
-    ++m_requests->count;
-    return {m_requests.get(), [requests = m_requests](void *) {
-                if (--requests->count > 0)
-                    return;
-                if (const std::shared_ptr<OneTimeEvent> ended = std::exchange(requests->ended, nullptr))
-                    ended->happen();
-            }};
-}
-
-std::shared_ptr<EngineServer::Requests> EngineServer::createRequests()
-{
-    return std::make_shared<Requests>();
-}
-
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Error.h"
+#include "base/Holds.h"
 #include "base/Scope.h"
 #include "engine/EngineProcess.h"
 #include "engine/HttpExchange.h"
@@ -133,20 +134,17 @@ protected:
 
     [[nodiscard]] EngineError requestRejected(const QString &detail) const;
 
-    /// Counts a request as in flight while it lives, beyond the engine's own life if need be.
-    using InFlight = std::shared_ptr<void>;
-    [[nodiscard]] InFlight beginRequest();
+    /// Counts a request as in flight while it lives: until then no other model is loaded.
+    using InFlight = Holds::Hold;
+    [[nodiscard]] InFlight beginRequest() { return m_requests.take(); }
 
     /// What the coroutines of this object await everything through.
     [[nodiscard]] const Scope &scope() const { return m_scope; }
 
 private:
-    struct Requests;
-
     [[nodiscard]] bool serves(const QString &modelPath) const;
     void endLoading();
     QCoro::Task<> performLoad(QString modelPath, std::stop_token stop);
-    QCoro::Task<> untilNoRequest(std::stop_token stop);
     QCoro::Task<> launch(QString modelPath, std::stop_token stop);
     QCoro::Task<> untilReady(std::stop_token stop);
     /// Empty while the server does not answer that it is ready.
@@ -158,7 +156,6 @@ private:
     [[nodiscard]] EngineError startFailed(const QString &detail) const;
     [[nodiscard]] QProcessEnvironment environmentFor(const QString &executable) const;
     [[nodiscard]] EngineProcess::Handle takeProcess();
-    [[nodiscard]] static std::shared_ptr<Requests> createRequests();
 
     const Description m_description;
     const SearchPath m_search;
@@ -177,7 +174,7 @@ private:
     std::shared_ptr<OneTimeEvent> m_loading;
     /// Requested by stop(); fresh for every load that launches.
     std::stop_source m_stopping;
-    const std::shared_ptr<Requests> m_requests = createRequests();
+    const Holds m_requests;
     Scope m_scope;
 };
 

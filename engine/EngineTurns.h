@@ -1,10 +1,11 @@
 #pragma once
 
+#include "base/Holds.h"
+
 #include <QString>
 
 #include <QCoroTask>
 
-#include <memory>
 #include <stop_token>
 
 namespace orvane {
@@ -15,26 +16,20 @@ class EngineTurns
 {
 public:
     /// Held by an operation while it runs, beyond the life of the EngineTurns if need be.
-    using Turn = std::shared_ptr<void>;
+    using Turn = Holds::Hold;
 
     /// Null while another operation runs.
-    [[nodiscard]] Turn take() const;
+    [[nodiscard]] Turn take() const { return isTaken() ? nullptr : m_turns.take(); }
     /// Waits for its turn. Throws Cancelled when stop is requested meanwhile.
     [[nodiscard]] QCoro::Task<Turn> wait(std::stop_token stop) const;
 
-    [[nodiscard]] bool isTaken() const;
+    [[nodiscard]] bool isTaken() const { return m_turns.areTaken(); }
 
-    /// What the user is told while another operation runs.
+    /// What the user reads while another operation runs.
     [[nodiscard]] static QString waitText();
 
 private:
-    struct State;
-    struct Holder;
-
-    [[nodiscard]] static Turn take(const std::shared_ptr<State> &state);
-    [[nodiscard]] static std::shared_ptr<State> createState();
-
-    const std::shared_ptr<State> m_state = createState();
+    const Holds m_turns;
 };
 
 } // namespace orvane

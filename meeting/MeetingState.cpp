@@ -13,6 +13,19 @@ MeetingState::MeetingState(QObject *parent) : QObject(parent)
     connect(&m_operation, &Operation::errorChanged, this, &MeetingState::errorTextChanged);
 }
 
+QString MeetingState::stopRefusal() const
+{
+    return isRunning() ? QString() : Localization::text(u"Запись совещания не идёт.");
+}
+
+QString MeetingState::cancelRefusal() const
+{
+    if (isTranscribing())
+        return {};
+    return isRunning() ? Localization::text(u"Идёт запись: её завершает команда orvane meeting stop.")
+                       : Localization::text(u"Расшифровка совещания не идёт.");
+}
+
 QString MeetingState::transcript() const
 {
     QString text;

@@ -46,6 +46,10 @@ public:
     [[nodiscard]] bool isRunning() const { return m_stage == Stage::Recording && !isTranscribing(); }
     /// A recording is being completed or transcribed.
     [[nodiscard]] bool isTranscribing() const { return m_operation.isRunning(); }
+    /// Why there is nothing to stop or to cancel now, one sentence in the interface language; empty when
+    /// there is.
+    [[nodiscard]] QString stopRefusal() const;
+    [[nodiscard]] QString cancelRefusal() const;
     /// Seconds of recording so far, or of the recording that is transcribed.
     [[nodiscard]] double elapsed() const { return m_elapsed; }
     /// One line in the interface language.

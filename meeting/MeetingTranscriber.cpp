@@ -3,22 +3,22 @@
 #include "audio/CaptureError.h"
 #include "base/AnyStop.h"
 #include "base/Async.h"
+#include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
 
-#include <QDeadlineTimer>
-#include <QScopeGuard>
 #include <QStorageInfo>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orvane {
 
 namespace {
 
-/// How long the end of the program waits for a disk, in milliseconds.
-constexpr qint64 quitPatience = 10'000;
+/// How long the end of the program waits for a disk.
+constexpr auto quitPatience = 10s;
 
 /// Both sentences, as far as there are two.
 QString joined(const QString &first, const QString &second)
@@ -66,19 +66,6 @@ QString MeetingTranscriber::startRefusal() const
     return m_transcription.hasModel() ? QString() : Localization::text(u"Модель распознавания недоступна.");
 }
 
-QString MeetingTranscriber::stopRefusal() const
-{
-    return isRunning() ? QString() : Localization::text(u"Запись совещания не идёт.");
-}
-
-QString MeetingTranscriber::cancelRefusal() const
-{
-    if (isTranscribing())
-        return {};
-    return isRunning() ? Localization::text(u"Идёт запись: её завершает команда orvane meeting stop.")
-                       : Localization::text(u"Расшифровка совещания не идёт.");
-}
-
 QString MeetingTranscriber::leftoverRefusal() const
 {
     if (isRunning())
@@ -88,17 +75,11 @@ QString MeetingTranscriber::leftoverRefusal() const
     return leftovers().isEmpty() ? Localization::text(u"Нерасшифрованных записей нет.") : QString();
 }
 
-auto MeetingTranscriber::holdQuit()
-{
-    std::erase_if(m_holds, [](const auto &hold) { return hold->hasHappened(); });
-    return qScopeGuard([hold = m_holds.emplace_back(OneTimeEvent::create())] { hold->happen(); });
-}
-
 QCoro::Task<> MeetingTranscriber::start()
 {
     if (!canStart())
         co_return;
-    const auto hold = holdQuit();
+    const Holds::Hold hold = m_holds.take();
     setStage(Stage::Starting);
     setOutcome(Outcome::None);
     QString failure;
@@ -195,7 +176,7 @@ MeetingTranscriber::completeAndTranscribe(RecordedMeeting meeting, Progress prog
 
 QCoro::Task<QString> MeetingTranscriber::complete()
 {
-    const auto hold = holdQuit();
+    const Holds::Hold hold = m_holds.take();
     const Recorder recorder = std::exchange(m_recorder, nullptr);
     recorder->disconnect(this);
     setStage(Stage::Idle);
@@ -253,21 +234,18 @@ MeetingTranscriber::Outcome MeetingTranscriber::publish(const MeetingTranscripti
 // The marker stays until the record is on the disk: without either the recording would be lost.
 QCoro::Task<> MeetingTranscriber::awaitSaving(RecordedMeeting meeting, QUuid recordID)
 {
-    QString failure;
     try {
         co_await m_scope(m_history.whenSaved(recordID));
         m_recordings.forget(meeting);
-        co_return;
     } catch (const Gone &) {
         throw;
     } catch (const std::exception &error) {
-        failure = descriptionOf(error);
+        m_recordings.offer(meeting);
+        if (lastRecordID() != recordID)
+            co_return; // another meeting is shown by now
+        operation().setError(joined(errorText(), descriptionOf(error)));
+        setOutcome(Outcome::Failed);
     }
-    m_recordings.offer(meeting);
-    if (lastRecordID() != recordID)
-        co_return; // another meeting is shown by now
-    operation().setError(joined(errorText(), failure));
-    setOutcome(Outcome::Failed);
 }
 
 void MeetingTranscriber::cancelTranscription()
@@ -292,9 +270,7 @@ QCoro::Task<> MeetingTranscriber::finishForQuit()
     m_quit.request_stop();
     stop();
     operation().cancel();
-    const QDeadlineTimer limit(quitPatience);
-    for (const std::shared_ptr<OneTimeEvent> &hold : std::exchange(m_holds, {}))
-        static_cast<void>(co_await m_scope(hold->waitFor(std::chrono::milliseconds(limit.remainingTime()))));
+    static_cast<void>(co_await m_scope(m_holds.end()->waitFor(quitPatience)));
 }
 
 QCoro::Task<> MeetingTranscriber::findLeftovers()

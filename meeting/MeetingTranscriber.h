@@ -1,7 +1,7 @@
 #pragma once
 
 #include "audio/MicrophoneAccess.h"
-#include "base/OneTimeEvent.h"
+#include "base/Holds.h"
 #include "base/Scope.h"
 #include "history/HistoryStore.h"
 #include "meeting/MeetingRecorder.h"
@@ -50,8 +50,6 @@ public:
     [[nodiscard]] QList<float> waveform() const;
     /// Why the operation would do nothing now, one sentence in the interface language; empty when it would.
     [[nodiscard]] QString startRefusal() const;
-    [[nodiscard]] QString stopRefusal() const;
-    [[nodiscard]] QString cancelRefusal() const;
     [[nodiscard]] QString leftoverRefusal() const;
 
     /// Begins to record; nothing unless canStart(). Ends when the recording runs or errorText tells why not.
@@ -91,8 +89,6 @@ private:
 
     [[nodiscard]] QCoro::Task<Recorder> begin();
     void showRecording();
-    /// Until what it returns goes, finishForQuit() waits.
-    [[nodiscard]] auto holdQuit();
 
     [[nodiscard]] QCoro::Task<Outcome> completeAndTranscribe(RecordedMeeting meeting, Progress progress,
                                                              std::stop_token stop);
@@ -119,8 +115,8 @@ private:
     Recorder m_recorder;
     /// The meeting that is completed or transcribed, or was last.
     RecordedMeeting m_meeting;
-    /// Each happens when a recording has begun or is complete.
-    std::vector<std::shared_ptr<OneTimeEvent>> m_holds;
+    /// What finishForQuit() waits for: recordings that begin or are being completed.
+    const Holds m_holds;
     Scope m_scope;
 };
 
