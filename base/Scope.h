@@ -42,10 +42,10 @@ public:
 
 private:
     template <typename Result, typename... Tokens>
-    static QCoro::Task<Result> guarded(QCoro::Task<Result> task, std::stop_token alive, Tokens... tokens)
+    static QCoro::Task<Result> guarded(QCoro::Task<Result> task, std::stop_token gone, Tokens... tokens)
     {
         const auto check = [&] {
-            if (alive.stop_requested())
+            if (gone.stop_requested())
                 throw Gone();
             (throwIfCancelled(tokens), ...);
         };

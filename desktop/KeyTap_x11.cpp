@@ -54,23 +54,22 @@ X11KeyTap::X11KeyTap() : m_toggle(XKB_KEY_F5), m_escape(XKB_KEY_Escape)
 
 X11KeyTap::~X11KeyTap()
 {
-    m_lifetime.request_stop();
+    m_installation.reset();
 }
 
 void X11KeyTap::install()
 {
-    if (std::exchange(m_isInstalled, true))
+    if (m_installation)
         return;
-    m_lifetime = {};
+    m_installation.emplace();
     spawn(connectToDisplay());
 }
 
 void X11KeyTap::uninstall()
 {
-    m_isInstalled = false;
-    m_lifetime.request_stop();
+    m_installation.reset();
     m_retry.stop();
-    m_mapIsBeingRead = false; // whoever reads it finds itself cancelled
+    m_mapIsBeingRead = false; // who reads it goes no further
     disconnectFromDisplay();
 }
 
@@ -107,10 +106,8 @@ void X11KeyTap::setEscapeIntercepted(bool intercepted)
 
 QCoro::Task<> X11KeyTap::connectToDisplay()
 {
-    const std::stop_token stop = m_lifetime.get_token();
     m_retry.stop(); // begins anew when this attempt has ended
-    std::shared_ptr<KeyDisplay> display = co_await offMainThread(KeyDisplay::open);
-    throwIfCancelled(stop);
+    std::shared_ptr<KeyDisplay> display = co_await (*m_installation)(offMainThread(KeyDisplay::open));
     if (!display) {
         m_retry.start();
         co_return;
@@ -129,12 +126,10 @@ QCoro::Task<> X11KeyTap::refreshMap()
     m_mapIsStale = true;
     if (std::exchange(m_mapIsBeingRead, true))
         co_return;
-    const std::stop_token stop = m_lifetime.get_token();
     std::optional<KeyboardMap> map;
     while (m_mapIsStale) {
         m_mapIsStale = false;
-        map = co_await offMainThread(KeyDisplay::readMap);
-        throwIfCancelled(stop);
+        map = co_await (*m_installation)(offMainThread(KeyDisplay::readMap));
     }
     m_mapIsBeingRead = false;
     if (!map || !m_display || *map == m_display->map)
@@ -172,7 +167,7 @@ void X11KeyTap::readEvents()
         return;
     if (xcb_connection_has_error(connection) != 0) {
         disconnectFromDisplay();
-        if (self && m_isInstalled)
+        if (self && m_installation)
             m_retry.start();
     } else if (isAnswered && !m_answer) {
         settleGrabs();

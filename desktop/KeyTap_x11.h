@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "desktop/KeyDisplay_x11.h"
 #include "desktop/KeyGrab_x11.h"
 #include "desktop/KeyTap.h"
@@ -12,7 +13,6 @@
 
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <utility>
 
 namespace orvane {
@@ -66,8 +66,7 @@ private:
     bool m_mapIsStale = false;
     bool m_mapIsBeingRead = false;
     QTimer m_retry;
-    bool m_isInstalled = false;
-    std::stop_source m_lifetime; // of one installation
+    std::optional<Scope> m_installation;
 };
 
 } // namespace orvane

@@ -1,5 +1,6 @@
 #include "ui/Dialogs.h"
 
+#include "base/AnyStop.h"
 #include "base/Error.h"
 #include "settings/BuildInfo.h"
 #include "ui/ProgressPanel.h"
@@ -42,15 +43,15 @@ Dialogs::Dialogs() = default;
 
 Dialogs::~Dialogs()
 {
-    m_lifetime.request_stop();
+    m_scope.end();
     for (const QPointer<QMessageBox> &message : std::as_const(m_messages))
         delete message.data();
 }
 
 QCoro::Task<UpdatePresenter::Choice> Dialogs::offer(Offer offer, std::stop_token stop)
 {
-    throwIfCancelled(stop);
-    const std::stop_token lifetime = m_lifetime.get_token();
+    const AnyStop any(m_scope.stop(), stop);
+    throwIfCancelled(any.token());
     QMessageBox *message = makeMessage(QMessageBox::Information, offer.title, offer.text);
     QPushButton *download = message->addButton(offer.downloadButton, QMessageBox::AcceptRole);
     message->setDefaultButton(download);
@@ -58,13 +59,10 @@ QCoro::Task<UpdatePresenter::Choice> Dialogs::offer(Offer offer, std::stop_token
     bringForward(*message);
 
     {
-        const auto close = [message] { message->reject(); };
-        const std::stop_callback whenStopped(stop, close);
-        const std::stop_callback atTheEnd(lifetime, close);
+        const std::stop_callback close(any.token(), [message] { message->reject(); });
         co_await Closed{message};
     }
-    throwIfCancelled(stop);
-    throwIfCancelled(lifetime);
+    throwIfCancelled(any.token());
     co_return message->clickedButton() == download ? Choice::Download : Choice::Later;
 }
 

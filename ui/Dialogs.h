@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "dictation/Guidance.h"
 #include "update/UpdatePresenter.h"
 
@@ -41,7 +42,7 @@ private:
     QList<QPointer<QMessageBox>> m_messages; ///< each deletes itself once it is closed
     QPointer<QMessageBox> m_guidance;
     std::unique_ptr<ProgressPanel> m_progress;
-    std::stop_source m_lifetime;
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -55,7 +55,7 @@ Telemetry::Telemetry(const AppSettings &settings, UserDefaults &defaults, Device
 
 Telemetry::~Telemetry()
 {
-    m_lifetime.request_stop(); // the pool waits for its thread, which this sends home
+    m_scope.end(); // the pool waits for its thread, which this sends home
 }
 
 void Telemetry::start()
@@ -113,19 +113,17 @@ QString Telemetry::fallbackID()
 
 QCoro::Task<> Telemetry::send(QByteArray report)
 {
-    const std::stop_token stop = m_lifetime.get_token();
     const VendorExchange::Request request{
         .url = m_options.endpoint, .json = report, .wholeTimeout = m_options.timeout};
     bool received = false;
     try {
-        co_await offMainThread(&m_threads, [request, stop] {
+        co_await m_scope(offMainThread(&m_threads, [request, stop = m_scope.stop()] {
             VendorExchange::stream(request, [](const QByteArray &, std::optional<qint64>) {}, stop);
-        });
+        }));
         received = true;
     } catch (const UpdateError &) {
         // The next call tries again.
     }
-    throwIfCancelled(stop);
     m_sending = false;
     if (received)
         m_defaults.set(Key::lastSent, QDateTime::currentDateTimeUtc());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "update/DeviceSources.h"
 
 #include <QMap>
@@ -10,7 +11,6 @@
 #include <QCoroTask>
 
 #include <chrono>
-#include <stop_token>
 
 namespace orvane {
 
@@ -60,7 +60,7 @@ private:
     const DeviceSources m_sources;
     const Options m_options;
     bool m_sending = false;
-    std::stop_source m_lifetime;
+    Scope m_scope;
     QTimer m_timer;
     QThreadPool m_threads;
 };

@@ -58,7 +58,7 @@ UpdateChecker::UpdateChecker(UserDefaults &defaults, UpdatePresenter &presenter,
 UpdateChecker::~UpdateChecker()
 {
     // The pool's destructor waits for its threads, which this sends home.
-    m_lifetime.request_stop();
+    m_scope.end();
     m_offer.request_stop();
 }
 
@@ -92,7 +92,6 @@ QCoro::Task<> UpdateChecker::check(Mode mode)
         co_return;
     }
 
-    const std::stop_token stop = m_lifetime.get_token();
     m_mode = mode;
     setChecking(true);
     std::optional<Release> published;
@@ -101,13 +100,11 @@ QCoro::Task<> UpdateChecker::check(Mode mode)
     try {
         const VendorExchange::Request request{.url = m_options.endpoint,
                                               .wholeTimeout = m_options.checkTimeout};
-        const QByteArray manifest = co_await offMainThread(
-            &m_threads, [request, stop] { return VendorExchange::fetch(request, stop); });
-        throwIfCancelled(stop);
+        const auto fetch = [request, stop = m_scope.stop()] { return VendorExchange::fetch(request, stop); };
+        const QByteArray manifest = co_await m_scope(offMainThread(&m_threads, fetch));
         if (const auto decoded = Manifest::fromJson(manifest))
             published = decoded->releaseFor(m_options.edition, m_options.endpoint);
     } catch (const UpdateError &error) {
-        throwIfCancelled(stop);
         if (error.kind() == UpdateError::Kind::InsecurePackage)
             problem = error.description();
     }
@@ -151,7 +148,6 @@ void UpdateChecker::noticeFailedCheck(const QString &text)
 
 QCoro::Task<> UpdateChecker::offerDownload(Release release)
 {
-    const std::stop_token lifetime = m_lifetime.get_token();
     m_offer.request_stop();
     m_offer = std::stop_source();
 
@@ -162,17 +158,15 @@ QCoro::Task<> UpdateChecker::offerDownload(Release release)
                      u"перетащить приложение в «Программы»."),
         .downloadButton = text(u"Скачать"),
         .laterButton = text(u"Позже")};
-    const UpdatePresenter::Choice choice = co_await m_presenter.offer(offer, m_offer.get_token());
-    throwIfCancelled(lifetime);
+    const UpdatePresenter::Choice choice = co_await m_scope(m_presenter.offer(offer, m_offer.get_token()));
     if (choice == UpdatePresenter::Choice::Download)
-        co_await downloadAndOpen(release);
+        co_await m_scope(downloadAndOpen(release));
 }
 
 QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
 {
     if (m_downloading)
         co_return;
-    const std::stop_token stop = m_lifetime.get_token();
     setDownloading(true);
     setDownloadProgress(0);
     m_presenter.showProgress(text(u"Скачиваю обновление"), text(u"Скачиваю обновление…"));
@@ -190,10 +184,9 @@ QCoro::Task<> UpdateChecker::downloadAndOpen(Release release)
     QString file;
     QString failure;
     try {
-        file = co_await offMainThread(&m_threads, [download, stop] { return download.run(stop); });
-        throwIfCancelled(stop);
+        const auto run = [download, stop = m_scope.stop()] { return download.run(stop); };
+        file = co_await m_scope(offMainThread(&m_threads, run));
     } catch (const UpdateError &error) {
-        throwIfCancelled(stop);
         failure = error.description();
     }
     watch.stop();

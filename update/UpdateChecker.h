@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "settings/BuildInfo.h"
 #include "update/UpdatePresenter.h"
 #include "update/UpdateRelease.h"
@@ -118,7 +119,7 @@ private:
     QDateTime m_nextCheck;
     QTimer m_timer;
     std::stop_source m_offer;
-    std::stop_source m_lifetime;
+    Scope m_scope;
     QThreadPool m_threads; ///< its own, as a download keeps a thread for long
 };
 
