@@ -5,6 +5,7 @@
 #include "base/localization/Localization.h"
 
 #include <QFileInfo>
+#include <QStorageInfo>
 
 #include <new>
 
@@ -77,7 +78,7 @@ QCoro::Task<> MeetingRecorder::start()
     m_spaceTimer.start(spaceInterval);
 }
 
-QCoro::Task<bool> MeetingRecorder::finish()
+QCoro::Task<QString> MeetingRecorder::finish()
 {
     m_elapsedTimer.stop();
     m_syncTimer.stop();
@@ -92,7 +93,16 @@ QCoro::Task<bool> MeetingRecorder::finish()
     }
     m_source->flushChunk();
     m_source->setChunks(0, {});
-    co_return co_await m_scope(m_writer->finish());
+    const bool isWritten = co_await m_scope(m_writer->finish());
+    co_return isWritten
+        ? m_problem
+        : Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места.");
+}
+
+qint64 MeetingRecorder::freeSpaceOfDisk(const QString &folder)
+{
+    const QStorageInfo disk(folder);
+    return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1; // some file systems do not know
 }
 
 void MeetingRecorder::putOnDisk()

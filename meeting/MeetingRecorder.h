@@ -24,6 +24,7 @@ class MeetingRecorder : public QObject
 public:
     /// Bytes that can still be written in a folder; negative when unknown. Called on any thread.
     using FreeSpace = std::function<qint64(const QString &folder)>;
+    [[nodiscard]] static qint64 freeSpaceOfDisk(const QString &folder);
 
     /// `path` names the meeting's audio, a file that is there already.
     MeetingRecorder(std::unique_ptr<MeetingSource> source, RecordedMeeting meeting, const QString &path,
@@ -33,8 +34,9 @@ public:
 
     /// Ends when the microphone records. Throws Error; the file is closed then.
     [[nodiscard]] QCoro::Task<> start();
-    /// Ends the recording and completes the file; false when some of it could not be written.
-    [[nodiscard]] QCoro::Task<bool> finish();
+    /// Ends the recording and completes the file. Returns why it is not whole, in the interface language;
+    /// empty when it is.
+    [[nodiscard]] QCoro::Task<QString> finish();
 
     [[nodiscard]] const MeetingSource &source() const { return *m_source; }
     /// As long as it is by now.

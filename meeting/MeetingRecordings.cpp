@@ -3,6 +3,7 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "history/HistoryStore.h"
+#include "recognition/TranscriptPipeline.h"
 
 #include <algorithm>
 
@@ -28,9 +29,10 @@ MeetingRecordings::~MeetingRecordings()
     waitForDone(m_pool);
 }
 
-QCoro::Task<std::shared_ptr<MeetingRecorder>> MeetingRecordings::record(RecordedMeeting meeting,
-                                                                        std::unique_ptr<MeetingSource> source,
-                                                                        MeetingRecorder::FreeSpace freeSpace)
+QCoro::Task<MeetingRecordings::Recorder> MeetingRecordings::record(RecordedMeeting meeting,
+                                                                   std::unique_ptr<MeetingSource> source,
+                                                                   MeetingRecorder::FreeSpace freeSpace,
+                                                                   std::stop_token stop)
 {
     const auto create = [folder = &m_folder, meeting] { return folder->create(meeting); };
     meeting = co_await m_scope(offMainThread(&m_pool, create));
@@ -39,7 +41,10 @@ QCoro::Task<std::shared_ptr<MeetingRecorder>> MeetingRecordings::record(Recorded
     std::exception_ptr failure;
     try {
         co_await m_scope(recorder->start());
-        co_return recorder;
+        if (!stop.stop_requested())
+            co_return recorder;
+        static_cast<void>(co_await m_scope(recorder->finish()));
+        throw Cancelled();
     } catch (const Gone &) {
         throw;
     } catch (...) {
@@ -57,6 +62,33 @@ QCoro::Task<> MeetingRecordings::discard(RecordedMeeting meeting)
 QString MeetingRecordings::audioPath(const RecordedMeeting &meeting) const
 {
     return m_folder.audioPath(meeting.audioFileName);
+}
+
+QUuid MeetingRecordings::addToHistory(const RecordedMeeting &meeting, const Transcript &transcript)
+{
+    const TranscriptRecord record = recordOf(meeting, transcript.segments);
+    if (record.text.isEmpty()) {
+        forget(meeting);
+        return {};
+    }
+    m_history.add(record);
+    if (const QString damage = transcript.damageText(); !damage.isEmpty())
+        m_history.appendEvent(record.id, RecordEvent::Kind::Transcription, std::nullopt, damage);
+    return record.id;
+}
+
+// The marker stays until then: without record and marker the recording would be lost.
+QCoro::Task<> MeetingRecordings::whenSaved(RecordedMeeting meeting, QUuid recordID)
+{
+    try {
+        co_await m_scope(m_history.whenSaved(recordID));
+        forget(meeting);
+    } catch (const Gone &) {
+        throw;
+    } catch (const std::exception &) {
+        offer(meeting);
+        throw;
+    }
 }
 
 void MeetingRecordings::forget(const RecordedMeeting &meeting)

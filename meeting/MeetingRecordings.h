@@ -6,15 +6,18 @@
 
 #include <QObject>
 #include <QThreadPool>
+#include <QUuid>
 
 #include <QCoroTask>
 
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace orvane {
 
 class HistoryStore;
+struct Transcript;
 
 /// The recordings folder as the main thread uses it: nothing here waits for the disk but the destructor.
 /// Keeps the list of the recordings that are neither transcribed nor abandoned.
@@ -27,14 +30,19 @@ public:
     MeetingRecordings(const QString &folder, HistoryStore &history, QObject *parent = nullptr);
     ~MeetingRecordings() override;
 
-    /// Makes the file and records into it: ends when the microphone records. Throws Error; no file is left
-    /// then.
-    [[nodiscard]] QCoro::Task<std::shared_ptr<MeetingRecorder>> record(RecordedMeeting meeting,
-                                                                       std::unique_ptr<MeetingSource> source,
-                                                                       MeetingRecorder::FreeSpace freeSpace);
-    /// See RecordingsFolder.
-    [[nodiscard]] QCoro::Task<> discard(RecordedMeeting meeting);
+    using Recorder = std::shared_ptr<MeetingRecorder>;
+
+    /// Makes the file and records into it: ends when the microphone records. Throws Error, and Cancelled when
+    /// stopped by then; no file is left in either case.
+    [[nodiscard]] QCoro::Task<Recorder> record(RecordedMeeting meeting, std::unique_ptr<MeetingSource> source,
+                                               MeetingRecorder::FreeSpace freeSpace, std::stop_token stop);
     [[nodiscard]] QString audioPath(const RecordedMeeting &meeting) const;
+    /// Puts what was said in the meeting into the history and returns the record's id. Without a word it
+    /// returns none, and the meeting is dealt with.
+    [[nodiscard]] QUuid addToHistory(const RecordedMeeting &meeting, const Transcript &transcript);
+    /// Ends when the record is on the disk and the meeting with that dealt with. Throws Error when it cannot
+    /// be written; the meeting is offered then.
+    [[nodiscard]] QCoro::Task<> whenSaved(RecordedMeeting meeting, QUuid recordID);
     /// The meeting is dealt with: it will not be offered, now or at the next start.
     void forget(const RecordedMeeting &meeting);
 
@@ -55,6 +63,7 @@ Q_SIGNALS:
     void leftoversChanged();
 
 private:
+    [[nodiscard]] QCoro::Task<> discard(RecordedMeeting meeting);
     /// Those whose record could be written to the disk later.
     [[nodiscard]] QCoro::Task<> forgetSaved();
 

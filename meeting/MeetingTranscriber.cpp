@@ -6,8 +6,6 @@
 #include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
 
-#include <QStorageInfo>
-
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -31,7 +29,6 @@ QString joined(const QString &first, const QString &second)
 MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
                                        QObject *parent)
     : MeetingState(parent),
-      m_history(collaborators.history),
       m_turns(collaborators.turns),
       m_makeSource(std::move(collaborators.makeSource)),
       m_requestMicrophone(std::move(collaborators.requestMicrophone)),
@@ -40,7 +37,7 @@ MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QStrin
                        .settings = collaborators.settings,
                        .turns = collaborators.turns,
                        .pipeline = collaborators.pipeline}),
-      m_recordings(recordingsFolder, m_history)
+      m_recordings(recordingsFolder, collaborators.history)
 {
     connect(&collaborators.models, &ModelManager::downloadedChanged, this, &MeetingTranscriber::stateChanged);
     connect(&m_recordings, &MeetingRecordings::leftoversChanged, this, &MeetingTranscriber::leftoversChanged);
@@ -49,12 +46,6 @@ MeetingTranscriber::MeetingTranscriber(Collaborators collaborators, const QStrin
 MeetingTranscriber::~MeetingTranscriber()
 {
     m_scope.end();
-}
-
-qint64 MeetingTranscriber::freeSpaceOfDisk(const QString &folder)
-{
-    const QStorageInfo disk(folder);
-    return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1; // some file systems do not know
 }
 
 QString MeetingTranscriber::startRefusal() const
@@ -107,13 +98,8 @@ QCoro::Task<MeetingTranscriber::Recorder> MeetingTranscriber::begin()
 {
     QString failure;
     try {
-        const Recorder recorder =
-            co_await m_scope(m_recordings.record(m_transcription.newMeeting(), m_makeSource(), m_freeSpace));
-        if (!m_quit.stop_requested())
-            co_return recorder;
-        static_cast<void>(co_await m_scope(recorder->finish()));
-        co_await m_scope(m_recordings.discard(recorder->meeting()));
-        throw Cancelled();
+        co_return co_await m_scope(m_recordings.record(m_transcription.newMeeting(), m_makeSource(),
+                                                       m_freeSpace, m_quit.get_token()));
     } catch (const Cancelled &) {
         throw;
     } catch (const std::exception &error) {
@@ -181,10 +167,7 @@ QCoro::Task<QString> MeetingTranscriber::complete()
     recorder->disconnect(this);
     setStage(Stage::Idle);
     Q_EMIT levelChanged();
-    const bool isWritten = co_await recorder->finish();
-    co_return isWritten
-        ? recorder->problem()
-        : Localization::text(u"Запись сохранена частично — возможно, на диске не хватило места.");
+    co_return co_await recorder->finish();
 }
 
 QCoro::Task<> MeetingTranscriber::process(RecordedMeeting meeting, Operation::Work<Outcome> work)
@@ -215,32 +198,21 @@ MeetingTranscriber::transcribe(RecordedMeeting meeting, Progress progress, std::
 
 MeetingTranscriber::Outcome MeetingTranscriber::publish(const MeetingTranscription::Result &result)
 {
-    const QList<DisplaySegment> &segments = result.transcript.segments;
-    const QString damage = result.transcript.damageText();
-    const TranscriptRecord record = recordOf(result.meeting, segments);
-    if (record.text.isEmpty()) {
-        showResult(segments, {}, damage);
-        m_recordings.forget(result.meeting);
+    const QUuid recordID = m_recordings.addToHistory(result.meeting, result.transcript);
+    showResult(result.transcript.segments, recordID, result.transcript.damageText());
+    if (recordID.isNull())
         return Outcome::NoSpeech;
-    }
-    m_history.add(record);
-    if (!damage.isEmpty())
-        m_history.appendEvent(record.id, RecordEvent::Kind::Transcription, std::nullopt, damage);
-    showResult(segments, record.id, damage);
-    spawn(awaitSaving(result.meeting, record.id));
+    spawn(awaitSaving(result.meeting, recordID));
     return Outcome::Saved;
 }
 
-// The marker stays until the record is on the disk: without either the recording would be lost.
 QCoro::Task<> MeetingTranscriber::awaitSaving(RecordedMeeting meeting, QUuid recordID)
 {
     try {
-        co_await m_scope(m_history.whenSaved(recordID));
-        m_recordings.forget(meeting);
+        co_await m_scope(m_recordings.whenSaved(meeting, recordID));
     } catch (const Gone &) {
         throw;
     } catch (const std::exception &error) {
-        m_recordings.offer(meeting);
         if (lastRecordID() != recordID)
             co_return; // another meeting is shown by now
         operation().setError(joined(errorText(), descriptionOf(error)));

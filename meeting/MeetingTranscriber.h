@@ -36,7 +36,7 @@ public:
         /// The microphone, for one recording.
         std::function<std::unique_ptr<MeetingSource>()> makeSource;
         AccessRequest requestMicrophone = orvane::requestMicrophone;
-        MeetingRecorder::FreeSpace freeSpace = freeSpaceOfDisk;
+        MeetingRecorder::FreeSpace freeSpace = MeetingRecorder::freeSpaceOfDisk;
     };
 
     MeetingTranscriber(Collaborators collaborators, const QString &recordingsFolder,
@@ -78,14 +78,12 @@ public:
     /// Does not offer it any more; its audio stays on the disk.
     void dismissLeftover(const QString &audioFileName);
 
-    [[nodiscard]] static qint64 freeSpaceOfDisk(const QString &folder);
-
 Q_SIGNALS:
     void levelChanged();
     void leftoversChanged();
 
 private:
-    using Recorder = std::shared_ptr<MeetingRecorder>;
+    using Recorder = MeetingRecordings::Recorder;
 
     [[nodiscard]] QCoro::Task<Recorder> begin();
     void showRecording();
@@ -101,7 +99,6 @@ private:
     [[nodiscard]] Outcome publish(const MeetingTranscription::Result &result);
     QCoro::Task<> awaitSaving(RecordedMeeting meeting, QUuid recordID);
 
-    HistoryStore &m_history;
     const EngineTurns &m_turns;
     const std::function<std::unique_ptr<MeetingSource>()> m_makeSource;
     const AccessRequest m_requestMicrophone;

@@ -126,7 +126,7 @@ QCoro::Task<> measure(QString path, size_t samples)
     const qint64 peakBefore = peakKiB();
     const double before = processorSeconds();
     co_await recorder.start();
-    const bool isWhole = co_await recorder.finish();
+    const bool isWhole = (co_await recorder.finish()).isEmpty();
     const double used = processorSeconds() - before;
     const qint64 growth = peakKiB() - peakBefore;
     const bool isEqual = isWhole && holdsWhatWasHeard(path, samples);
