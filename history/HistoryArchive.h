@@ -50,6 +50,7 @@ public:
     /// See HistoryIndex.
     [[nodiscard]] QSet<QUuid> search(const QString &text);
     [[nodiscard]] bool prepareSearch() { return m_index.prepareSearch(); }
+    [[nodiscard]] bool eraseResidue() { return m_index.eraseResidue(); }
 
     /// Each throws Error when it could not be written.
     void add(const TranscriptRecord &record);

@@ -18,8 +18,8 @@ namespace {
 constexpr auto inMemory = ":memory:"_L1;
 
 /// To be raised with every change of the tables or of what they hold.
-constexpr qint64 version = 1;
-constexpr auto setVersion = "PRAGMA user_version = 1";
+constexpr qint64 version = 2;
+constexpr auto setVersion = "PRAGMA user_version = 2";
 
 // Not flushed: after a power loss the index may be the old one or damaged, and is made up for.
 constexpr auto settings = "PRAGMA journal_mode = WAL;"
@@ -151,10 +151,13 @@ void HistoryIndex::put(const std::vector<Entry> &entries)
 
 void HistoryIndex::remove(const QList<QByteArray> &fileNames)
 {
+    if (fileNames.isEmpty())
+        return;
     attempt([this, &fileNames] {
         SqliteTransaction transaction(*m_database);
         for (const QByteArray &fileName : fileNames)
             removeFile(fileName);
+        HistorySearch(*m_database).noteResidue();
         transaction.commit();
     });
 }
@@ -242,6 +245,11 @@ QSet<QString> HistoryIndex::audioFileNames()
 QSet<QUuid> HistoryIndex::search(const QString &text)
 {
     return attempt([this, &text] { return HistorySearch(*m_database).find(text); });
+}
+
+bool HistoryIndex::eraseResidue()
+{
+    return attempt([this] { return HistorySearch(*m_database).eraseResidue(); });
 }
 
 bool HistoryIndex::prepareSearch()

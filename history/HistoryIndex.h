@@ -65,6 +65,7 @@ public:
     /// Does a moment's work on what makes searching fast; false when nothing is left of it. A search is right
     /// before that, too.
     [[nodiscard]] bool prepareSearch();
+    [[nodiscard]] bool eraseResidue();
 
 private:
     template <typename Work>

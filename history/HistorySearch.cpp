@@ -2,6 +2,7 @@
 
 #include <QList>
 
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -13,6 +14,9 @@ namespace {
 
 /// So many that others wait for a tenth of a second.
 constexpr int filesPreparedAtOnce = 32;
+
+/// Pages of the file that are rewritten at once: as long.
+constexpr qint64 pagesMergedAtOnce = 250;
 
 /// The index knows groups of so many letters.
 constexpr int indexedLetters = 3;
@@ -161,6 +165,35 @@ bool HistorySearch::prepare()
     }
     transaction.commit();
     return numbers.size() == filesPreparedAtOnce;
+}
+
+void HistorySearch::noteResidue()
+{
+    m_database.run("DELETE FROM residue; INSERT INTO residue VALUES (0)");
+}
+
+// The index keeps what was deleted beside what deletes it until both meet in a merge of all its parts.
+bool HistorySearch::eraseResidue()
+{
+    const auto number = [this](const char *sql) -> std::optional<qint64> {
+        SqliteDatabase::Statement row = m_database.prepare(sql);
+        return row.step() ? std::optional(row.integer(0)) : std::nullopt;
+    };
+    const std::optional<qint64> isBeingErased = number("SELECT isBeingErased FROM residue");
+    if (!isBeingErased)
+        return false;
+    SqliteTransaction transaction(m_database);
+    const std::optional<qint64> before = number("SELECT total_changes()");
+    // A negative number makes one part of all, of which positive ones then do so many pages each.
+    m_database.prepare("INSERT INTO trigram (trigram, rank) VALUES ('merge', ?)")
+        .bind(1, *isBeingErased != 0 ? pagesMergedAtOnce : -pagesMergedAtOnce)
+        .run();
+    const bool isDone = *number("SELECT total_changes()") - *before < 2;
+    m_database.run(isDone ? "DELETE FROM residue" : "UPDATE residue SET isBeingErased = 1");
+    transaction.commit();
+    if (isDone)
+        m_database.run("PRAGMA wal_checkpoint (TRUNCATE)");
+    return !isDone;
 }
 
 } // namespace orvane

@@ -23,7 +23,8 @@ public:
         "CREATE TABLE spoken (number INTEGER PRIMARY KEY, words TEXT NOT NULL);"
         "CREATE VIRTUAL TABLE trigram USING fts5 (words, content = 'spoken', content_rowid = 'number',"
         " tokenize = 'trigram case_sensitive 1');"
-        "CREATE VIRTUAL TABLE term USING fts5vocab (trigram, row);";
+        "CREATE VIRTUAL TABLE term USING fts5vocab (trigram, row);"
+        "CREATE TABLE residue (isBeingErased INTEGER NOT NULL);";
 
     explicit HistorySearch(SqliteDatabase &database) : m_database(database) {}
 
@@ -40,6 +41,12 @@ public:
     [[nodiscard]] QSet<QUuid> find(const QString &text);
     /// Prepares some files; false when none is left.
     [[nodiscard]] bool prepare();
+
+    /// Removed files leave their groups of letters behind, from which their words could be put together
+    /// again: these are to be erased.
+    void noteResidue();
+    /// Does a moment's work on it; false when nothing is left of it, in the file neither.
+    [[nodiscard]] bool eraseResidue();
 
 private:
     [[nodiscard]] QSet<QUuid> findPrepared(const QStringList &words);

@@ -286,7 +286,15 @@ QCoro::Task<> HistoryStore::prepareSearch()
     const auto prepare = [archive = &m_archive] { return archive->prepareSearch(); };
     while (co_await m_scope(offMainThread(&m_pool, prepare))) {
     }
+    co_await m_scope(eraseDeleted());
     m_isPreparingSearch = false;
+}
+
+QCoro::Task<> HistoryStore::eraseDeleted()
+{
+    const auto erase = [archive = &m_archive] { return archive->eraseResidue(); };
+    while (co_await m_scope(offMainThread(&m_pool, erase))) {
+    }
 }
 
 } // namespace orvane

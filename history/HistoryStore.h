@@ -79,6 +79,8 @@ public:
 
     /// Ends when what other processes have done in the history folder so far appears here.
     [[nodiscard]] QCoro::Task<> refresh();
+    /// Ends when the words of deleted records are in no file any more. watch() sees to that by itself.
+    [[nodiscard]] QCoro::Task<> eraseDeleted();
     /// Once the list has been read, what other processes do in the history folder appears in it, and
     /// searching is made fast.
     void watch();

@@ -40,6 +40,8 @@ QCoro::Task<int> HistoryCommand::run()
         break;
     }
     co_await HistoryAccess::untilSaved(&m_history);
+    if (m_options.action == Action::Remove)
+        co_await m_history.eraseDeleted();
     co_return ExitStatus::success;
 }
 

@@ -214,6 +214,34 @@ private Q_SLOTS:
         QCOMPARE(history.search(u"второе"_s).size(), 0);
     }
 
+    void indexForgetsWhatIsDeleted()
+    {
+        const QString word = u"ъщзфжэ"_s;
+        TranscriptRecord record = plainRecord(u"a"_s);
+        record.text = word;
+        HistoryArchive history(m_folders);
+        history.add(record);
+        history.add(Samples::fullRecord());
+        QVERIFY(history.list());
+        while (history.prepareSearch()) {
+        }
+        const auto remains = [&] {
+            QByteArray index;
+            for (const QString &suffix : {QString(), u"-wal"_s})
+                index += Samples::contentOf(m_folders.historyIndex() + suffix);
+            bool found = false;
+            for (qsizetype i = 0; i + 3 <= word.size(); ++i)
+                found = found || index.contains(word.mid(i, 3).toUtf8());
+            return found;
+        };
+        QVERIFY(remains());
+        history.remove(record.id);
+        while (history.eraseResidue()) {
+        }
+        QVERIFY(!remains());
+        QCOMPARE(history.search(u"планёрка"_s).size(), 1);
+    }
+
     void indexIsMadeAnew_data()
     {
         const Rows<bool, QByteArray> row("isOpen", "content");
