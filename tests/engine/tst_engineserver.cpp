@@ -6,10 +6,13 @@
 #include "tests/support/TaskResult.h"
 
 #include <QElapsedTimer>
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <QTcpSocket>
 
 #include <csignal>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -316,6 +319,24 @@ private Q_SLOTS:
             QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
         }
         QCOMPARE(timer.elapsed() > 1500, ignoresSigterm); // the grace of 2 s, on a coarse timer
+    }
+
+    /// As in the kernel, where a process stays that waits for a disk that is gone.
+    void stuckWhenKilled()
+    {
+        const TaskResult load(m_engine->load(model()));
+        QTRY_VERIFY(load.succeeded());
+        const auto pid = pid_t(lastPid());
+        if (::ptrace(PTRACE_SEIZE, pid, nullptr, PTRACE_O_TRACEEXIT) != 0)
+            QSKIP("this system lets no program hold another");
+        const auto release = qScopeGuard([pid] {
+            ::waitpid(pid, nullptr, __WALL);
+            ::ptrace(PTRACE_DETACH, pid, nullptr, nullptr);
+        });
+        const TaskResult next(m_engine->load(model(u"b"_s)));
+        QTRY_VERIFY_WITH_TIMEOUT(next.isDone(), 20'000);
+        QVERIFY2(next.succeeded(), qPrintable(next.error()));
+        QVERIFY(FakeEngineHome::isRunning(pid));
     }
 
     void abandonedRequest_data()
