@@ -1,8 +1,7 @@
 #include "desktop/Terminals.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -16,14 +15,10 @@ class TestTerminals : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const QDir data(m_data.path());
-        QVERIFY(data.mkpath(u"applications"_s));
-        const auto install = [&data](const QString &name, const QByteArray &categories) {
-            QFile entry(data.filePath(u"applications/"_s + name + u".desktop"_s));
-            QVERIFY(entry.open(QFile::WriteOnly));
-            entry.write("[Desktop Entry]\nName=Some\nExec=/usr/bin/" + name.toUtf8() +
-                        "-bin %U\nStartupWMClass=" + name.toUtf8() + "Class\n" + categories +
-                        "[Desktop Action New]\nExec=other\n");
+        const auto install = [this](const QString &name, const QByteArray &categories) {
+            put(m_data.filePath(u"applications/"_s + name + u".desktop"_s),
+                "[Desktop Entry]\nName=Some\nExec=/usr/bin/" + name.toUtf8() + "-bin %U\nStartupWMClass=" +
+                    name.toUtf8() + "Class\n" + categories + "[Desktop Action New]\nExec=other\n");
         };
         install(u"org.example.Shellter"_s, "Categories=System;TerminalEmulator;\n");
         install(u"org.example.Notes"_s, "Categories=Utility;\n");

@@ -96,8 +96,8 @@ private Q_SLOTS:
         QFETCH(QString, aboutTiny);
         QFETCH(QString, aboutGemma);
         m_orvane->setPreferences(preferences);
-        putByHand(recognitionFile(u"base"_s));
-        putByHand(correctionFile());
+        put(recognitionFile(u"base"_s), {});
+        put(correctionFile(), {});
 
         const auto result = m_orvane->run({u"models"_s});
 
@@ -172,7 +172,7 @@ private Q_SLOTS:
         m_nginx->put(recognitionPath + u"ggml-tiny.bin"_s, content("lmgg", mebibyte));
         m_nginx->put(u"/pages"_s + recognitionPath + u"ggml-tiny.bin"_s, content("<htm", mebibyte));
         m_nginx->put(correctionPath, content("lmgg", mebibyte));
-        putByHand(recognitionFile(u"base"_s));
+        put(recognitionFile(u"base"_s), {});
         arguments.replaceInStrings(u"SERVER"_s, m_nginx->url().toString());
 
         const auto result = m_orvane->run(QStringList{u"models"_s} + arguments);
@@ -309,13 +309,6 @@ private:
             QJsonDocument::fromJson(test::contentOf(part() + u".meta"_s)).object()[u"written"_s].toArray();
         return std::accumulate(written.begin(), written.end(), qint64(0),
                                [](qint64 sum, const QJsonValue &one) { return sum + one.toInteger(); });
-    }
-
-    static void putByHand(const QString &path)
-    {
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        QVERIFY(file.open(QFile::WriteOnly));
     }
 
     [[nodiscard]] QStringList downloadCommand(const QStringList &ids, const QString &folder = {}) const

@@ -1,6 +1,7 @@
 #include "engine/EngineProcessRegistry.h"
 #include "engine/PortReservation.h"
 #include "tests/support/FakeEngineHome.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 
 #include <QProcess>
@@ -68,7 +69,7 @@ private Q_SLOTS:
         QProcess *reused = startSleep();
         content.replace(u"%1"_s, QString::number(engine->processId()));
         content.replace(u"%2"_s, QString::number(reused->processId()));
-        writePIDs(content.toUtf8());
+        put(pidFile(), content.toUtf8());
 
         EngineProcessRegistry(pidFile()).killStaleProcesses();
         QCOMPARE(this->content(), "no file");
@@ -95,33 +96,21 @@ private:
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
 
-    void writePIDs(const QByteArray &content) const
-    {
-        QVERIFY(QDir().mkpath(QFileInfo(pidFile()).path()));
-        QFile file(pidFile());
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(content);
-    }
-
     /// A child that runs until it is ended, its executable under that name.
-    QProcess *startEngine(const QString &name = u"whisper-server"_s)
+    QProcess *startEngine(const QString &name)
     {
         const QString folder = m_folder->filePath(u"engine-%1"_s.arg(m_children.size()));
         FakeEngineHome::install(folder, name, FakeEngineHome::Form::Copy);
         FakeEngineHome::behaveIn(folder, {.port = FakeEngineBehaviour::Port::StaysShut});
-        m_children.push_back(std::make_unique<QProcess>());
-        QProcess *process = m_children.back().get();
-        process->start(folder + u'/' + name, QStringList());
-        if (!process->waitForStarted())
-            qFatal("%s", qPrintable(process->errorString()));
-        return process;
+        return start(folder + u'/' + name, {});
     }
 
-    QProcess *startSleep()
+    QProcess *startSleep() { return start(u"sleep"_s, {u"1000"_s}); }
+
+    QProcess *start(const QString &program, const QStringList &arguments)
     {
-        m_children.push_back(std::make_unique<QProcess>());
-        QProcess *process = m_children.back().get();
-        process->start(u"sleep"_s, {u"1000"_s});
+        QProcess *process = m_children.emplace_back(std::make_unique<QProcess>()).get();
+        process->start(program, arguments);
         if (!process->waitForStarted())
             qFatal("%s", qPrintable(process->errorString()));
         return process;

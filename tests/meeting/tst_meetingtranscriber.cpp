@@ -402,8 +402,7 @@ private Q_SLOTS:
     {
         const QString history = m_folder->filePath(u"Orvane/History"_s);
         QVERIFY(QDir(history).removeRecursively());
-        QFile inTheWay(history);
-        QVERIFY(inTheWay.open(QFile::WriteOnly));
+        put(history, {}); // in the way
         record(1);
         m_home->microphone->current->endByItself(u"No sound any more."_s);
         QTRY_COMPARE(meeting().outcome(), Outcome::Failed);
@@ -413,7 +412,7 @@ private Q_SLOTS:
         QCOMPARE(m_home->history.records().size(), 1); // until the program ends
 
         // What became of that record is nothing to the next meeting.
-        QVERIFY(inTheWay.remove());
+        QVERIFY(QFile::remove(history));
         QVERIFY(QDir().mkpath(history));
         recordAndStop(1);
         QTRY_COMPARE(meeting().outcome(), Outcome::Saved);

@@ -96,7 +96,7 @@ private Q_SLOTS:
     {
         QVERIFY(finished(m_engine->load(model())).succeeded());
         const TaskResult killed = transcribe(speech(10), model());
-        QTRY_VERIFY(isComputing());
+        QTRY_VERIFY_WITH_TIMEOUT(isComputing(), patience);
         ::kill(pid_t(server()), SIGKILL);
         QTRY_VERIFY_WITH_TIMEOUT(killed.isDone(), patience);
         QVERIFY2(killed.error().startsWith(u"Ошибка распознавания: "_s), qPrintable(killed.error()));
@@ -126,10 +126,10 @@ private Q_SLOTS:
                                                   .model = ModelFile::atPath(model()),
                                                   .language = u"en"_s,
                                                   .history = TranscriptionService::History::Skip}));
-        QTRY_VERIFY(isComputing());
+        QTRY_VERIFY_WITH_TIMEOUT(isComputing(), patience);
         service.cancel();
         QVERIFY(!turns.isTaken());
-        QTRY_VERIFY(file.isCancelled());
+        QTRY_VERIFY_WITH_TIMEOUT(file.isCancelled(), patience);
         QElapsedTimer time;
         time.start();
         while (isComputing() && time.elapsed() < patience) { // the pass that it is in

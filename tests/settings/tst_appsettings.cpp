@@ -1,6 +1,7 @@
 #include "base/localization/Localization.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 
 #include <QJsonArray>
@@ -225,18 +226,9 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString file() const { return m_folder->filePath(u"settings.json"_s); }
 
-    void store(const QByteArray &json)
-    {
-        QFile created(file());
-        QVERIFY(created.open(QFile::WriteOnly));
-        created.write(json);
-    }
+    void store(const QByteArray &json) { put(file(), json); }
 
-    [[nodiscard]] QJsonObject stored() const
-    {
-        QFile read(file());
-        return read.open(QFile::ReadOnly) ? QJsonDocument::fromJson(read.readAll()).object() : QJsonObject();
-    }
+    [[nodiscard]] QJsonObject stored() const { return QJsonDocument::fromJson(contentOf(file())).object(); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };

@@ -1,4 +1,5 @@
 #include "settings/UserDefaults.h"
+#include "tests/support/Files.h"
 #include "tests/support/Rows.h"
 
 #include <QJsonDocument>
@@ -136,8 +137,7 @@ private Q_SLOTS:
 
     void saysWhatCannotBeStored()
     {
-        QFile obstacle(m_folder->filePath(u"Orvane"_s)); // where the folder should be
-        QVERIFY(obstacle.open(QFile::WriteOnly));
+        test::put(m_folder->filePath(u"Orvane"_s), {}); // where the folder should be
         UserDefaults defaults(file());
         const QSignalSpy reported(&defaults, &UserDefaults::errorChanged);
         defaults.set(u"first"_s, true);
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(defaults.error().startsWith(u"Не удалось "_s));
         QCOMPARE(defaults.boolean(u"first"_s), true);
 
-        QVERIFY(obstacle.remove());
+        QVERIFY(QFile::remove(m_folder->filePath(u"Orvane"_s)));
         defaults.set(u"second"_s, true);
         QTRY_COMPARE(reported.size(), 2);
         QCOMPARE(defaults.error(), QString());
@@ -158,17 +158,10 @@ private:
 
     [[nodiscard]] QByteArray content(const QString &suffix = {}) const
     {
-        QFile read(file() + suffix);
-        return read.open(QFile::ReadOnly) ? read.readAll() : QByteArray();
+        return test::contentOf(file() + suffix);
     }
 
-    void put(const QByteArray &json) const
-    {
-        QDir(m_folder->path()).mkdir(u"Orvane"_s);
-        QFile created(file());
-        QVERIFY(created.open(QFile::WriteOnly));
-        created.write(json);
-    }
+    void put(const QByteArray &json) const { test::put(file(), json); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };

@@ -82,7 +82,7 @@ template <typename Value>
 [[nodiscard]] TaskResult<Value> finished(QCoro::Task<Value> task)
 {
     const TaskResult<Value> result(std::move(task));
-    if (!QTest::qWaitFor([&result] { return result.isDone(); }, 120'000))
+    if (!QTest::qWaitFor([&result] { return result.isDone(); }, 300'000))
         qFatal("a task does not end");
     return result;
 }
