@@ -230,37 +230,37 @@ private Q_SLOTS:
         QVERIFY(m_engine->isRunning());
     }
 
-    void cancelledWhileStarting()
+    void interruptedWhileStarting_data()
     {
-        m_home->behave({.port = Port::StaysShut});
+        const Rows<Interruption, FakeAnswer> row("interruption", "probe");
+        row("cancelled by all who wait", Interruption::Cancelled, {.status = 503});
+        row("stopped before it answers", Interruption::Stopped, {.status = 503});
+        row("stopped while it answers", Interruption::Stopped, {.status = 200, .delayMs = 500});
+        row("destroyed", Interruption::Destroyed, FakeAnswer::never());
+    }
+
+    void interruptedWhileStarting()
+    {
+        QFETCH(const Interruption, interruption);
+        QFETCH(const FakeAnswer, probe);
+        m_home->behave(
+            {.ignoresSigterm = interruption == Interruption::Destroyed, .answers = {{u"/"_s, {probe}}}});
         std::stop_source stop;
         const TaskResult load(m_engine->load(model(), stop.get_token()));
-        QTRY_COMPARE(m_home->launches().size(), 1);
-        stop.request_stop();
-        QTRY_VERIFY(load.isDone());
-        QVERIFY(load.isCancelled());
-        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
-    }
-
-    void stoppedWhileStarting_data()
-    {
-        const Rows<QList<FakeAnswer>> row("probes");
-        row("before it answers", {{.status = 503}});
-        row("while it answers", {{.status = 200, .delayMs = 500}});
-    }
-
-    void stoppedWhileStarting()
-    {
-        QFETCH(const QList<FakeAnswer>, probes);
-        m_home->behave({.answers = {{u"/"_s, probes}}});
-        const TaskResult load(m_engine->load(model()));
-        const TaskResult waiting(m_engine->load(model()));
+        const TaskResult waiting(m_engine->load(model(), stop.get_token()));
         QTRY_VERIFY(!m_home->requests(u"/"_s).isEmpty());
-        const TaskResult stopped(m_engine->stopAndWait());
-        QTRY_VERIFY(stopped.isDone() && load.isDone() && waiting.isDone());
+        if (interruption == Interruption::Cancelled) {
+            stop.request_stop();
+        } else if (interruption == Interruption::Stopped) {
+            QVERIFY(finished(m_engine->stopAndWait()).isDone());
+            QVERIFY(!FakeEngineHome::isRunning(lastPid()));
+        } else {
+            m_engine.reset();
+        }
+        QTRY_VERIFY(load.isDone() && waiting.isDone());
         QVERIFY(load.isCancelled() && waiting.isCancelled());
+        QTRY_VERIFY(!FakeEngineHome::isRunning(lastPid()));
         QCOMPARE(m_home->launches().size(), 1);
-        QVERIFY(!FakeEngineHome::isRunning(lastPid()));
     }
 
     void anotherProgramOnThePort()
@@ -364,20 +364,9 @@ private Q_SLOTS:
         QTEST(int(m_home->launches().size()), "launches");
     }
 
-    void destroyed()
-    {
-        m_home->behave({.ignoresSigterm = true, .answers = {{u"/"_s, {FakeAnswer::never()}}}});
-        const TaskResult load(m_engine->load(model()));
-        const TaskResult waiting(m_engine->load(model()));
-        QTRY_COMPARE(m_home->requests(u"/"_s).size(), 1);
-        m_engine.reset();
-        QTRY_VERIFY(load.isDone());
-        QTRY_VERIFY(waiting.isDone());
-        QVERIFY(load.isCancelled());
-        QVERIFY(waiting.isCancelled());
-    }
-
 private:
+    enum class Interruption { Cancelled, Stopped, Destroyed };
+
     void startEngine(std::chrono::seconds startTimeout = 120s)
     {
         m_engine = std::make_unique<PlainEngine>(
