@@ -1,7 +1,7 @@
 #include "ui/Dialogs.h"
 
-#include "base/Async.h"
 #include "tests/support/Rows.h"
+#include "tests/support/TaskResult.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -21,22 +21,6 @@ const UpdatePresenter::Offer anOffer = {.title = u"Доступно обновл
                                         .text = u"Установлена версия 1.\n\nНажмите «Скачать» & ждите."_s,
                                         .downloadButton = u"Скачать"_s,
                                         .laterButton = u"Позже"_s};
-
-/// What came of an offer.
-struct Outcome
-{
-    std::optional<Choice> choice;
-    bool cancelled = false;
-};
-
-QCoro::Task<> ask(Dialogs *dialogs, std::stop_token stop, Outcome *outcome)
-{
-    try {
-        outcome->choice = co_await dialogs->offer(anOffer, stop);
-    } catch (const Cancelled &) {
-        outcome->cancelled = true;
-    }
-}
 
 QList<QWidget *> windows()
 {
@@ -99,43 +83,40 @@ private Q_SLOTS:
     {
         QFETCH(const std::function<void(QMessageBox &)>, answer);
         QFETCH(const Choice, choice);
-        Outcome outcome;
-        spawn(ask(m_dialogs.get(), {}, &outcome));
+        const TaskResult offer(m_dialogs->offer(anOffer, {}));
         auto *message = onlyWindow<QMessageBox>();
         QVERIFY(message && message->isVisible());
         QVERIFY(!QApplication::activeModalWidget());
         QCOMPARE(shownText(*message), anOffer.title + u'\n' + anOffer.text);
         answer(*message);
-        QCOMPARE(outcome.choice, choice);
+        QVERIFY(offer.succeeded());
+        QCOMPARE(offer.value(), choice);
     }
 
     void stoppedOffers()
     {
-        std::stop_source first;
-        std::stop_source second;
-        Outcome ofFirst;
-        Outcome ofSecond;
-        spawn(ask(m_dialogs.get(), first.get_token(), &ofFirst));
-        first.request_stop();
-        QVERIFY(ofFirst.cancelled);
-        spawn(ask(m_dialogs.get(), second.get_token(), &ofSecond));
+        std::stop_source stop;
+        const TaskResult first(m_dialogs->offer(anOffer, stop.get_token()));
+        stop.request_stop();
+        QVERIFY(first.isCancelled());
+        stop = {};
+        const TaskResult second(m_dialogs->offer(anOffer, stop.get_token()));
         QTRY_VERIFY(onlyWindow<QMessageBox>());
-        QVERIFY(!ofSecond.cancelled);
+        QVERIFY(!second.isDone());
         onlyWindow<QMessageBox>()->close();
-        QCOMPARE(ofSecond.choice, Choice::Later);
-        second.request_stop(); // too late to matter
+        QCOMPARE(second.value(), Choice::Later);
+        stop.request_stop(); // too late to matter
     }
 
     void endOfTheProgram()
     {
-        Outcome outcome;
-        spawn(ask(m_dialogs.get(), {}, &outcome));
+        const TaskResult offer(m_dialogs->offer(anOffer, {}));
         m_dialogs->notice(u"Не удалось скачать обновление"_s, u"Сервер не отвечает."_s);
         m_dialogs->showProgress(u"Скачиваю обновление"_s, u"Скачиваю обновление…"_s);
         QCOMPARE(windows().size(), 3);
         m_dialogs.reset(); // no event loop runs any more
         QVERIFY(windows().isEmpty());
-        QVERIFY(outcome.cancelled && !outcome.choice);
+        QVERIFY(offer.isCancelled());
     }
 
     void notices()
