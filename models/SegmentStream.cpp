@@ -51,7 +51,8 @@ void SegmentStream::answered(const DownloadAnswer &answer)
         throw DownloadError::fileChanged();
     const auto &given = answer.contentRange;
     const bool isAsked = given && given->range == m_range && given->total == m_state.meta().total;
-    if (!isAsked && !(m_wholeFileComes && answer.status == 200))
+    const bool isWholeFile = m_wholeFileComes && answer.status == 200;
+    if (!isAsked && !isWholeFile)
         throw DownloadError::fileChanged();
     if (m_wholeFileComes)
         m_wholeFileComes(answer.etag);
