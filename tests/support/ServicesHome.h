@@ -40,7 +40,7 @@ public:
         return environment;
     }
 
-    /// Downloads that model, as it were.
+    /// Makes the model one that is there.
     static void install(ModelManager &models, const WhisperModel &model)
     {
         put(models.localPath(model), {});
