@@ -172,6 +172,16 @@ void HistoryStore::rename(const QUuid &id, const QString &title)
         [trimmed](RecordSummary &summary) { summary.title = trimmed; });
 }
 
+void HistoryStore::renameSpeaker(const QUuid &id, qint64 speaker, const QString &name)
+{
+    change(id, [speaker, shown = name.simplified()](TranscriptRecord &record) {
+        if (shown.isEmpty())
+            record.speakerNames.remove(speaker);
+        else
+            record.speakerNames.insert(speaker, shown);
+    });
+}
+
 void HistoryStore::setCorrected(const QUuid &id, const QString &text)
 {
     changeLogged(
@@ -203,6 +213,7 @@ void HistoryStore::updateTranscription(const QUuid &id, const QList<TranscriptRe
         record.text = text;
         record.modelID = modelID;
         record.languageCode = languageCode;
+        record.speakerNames.clear();
         record.corrected.reset();
         record.summary.reset();
         if (!segments.isEmpty())

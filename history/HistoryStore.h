@@ -59,6 +59,8 @@ public:
     // All below change nothing when there is no record of that id.
     /// A title of white space alone changes nothing.
     void rename(const QUuid &id, const QString &title);
+    /// An empty name takes the speaker's away.
+    void renameSpeaker(const QUuid &id, qint64 speaker, const QString &name);
     void setCorrected(const QUuid &id, const QString &text);
     void setSummary(const QUuid &id, const QString &text);
     /// `prompt` is the user's question where the event answers one.

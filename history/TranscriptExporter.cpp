@@ -1,7 +1,5 @@
 #include "history/TranscriptExporter.h"
 
-#include "history/TranscriptRecord.h"
-
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -42,11 +40,13 @@ QString TranscriptExporter::extension(Format format)
 
 QByteArray TranscriptExporter::exported(Format format, const TranscriptRecord &record)
 {
-    return content(format, record.title, record.displaySegments(), record.text.trimmed()).toUtf8();
+    return content(format, record.title, record.displaySegments(), record.text.trimmed(), record.speakerNames)
+        .toUtf8();
 }
 
 QString TranscriptExporter::content(Format format, const QString &baseName,
-                                    const QList<DisplaySegment> &segments, const QString &text)
+                                    const QList<DisplaySegment> &segments, const QString &text,
+                                    const SpeakerNames &names)
 {
     switch (format) {
     case Format::PlainText:
@@ -54,7 +54,7 @@ QString TranscriptExporter::content(Format format, const QString &baseName,
     case Format::SubRip:
         return srt(segments);
     case Format::Markdown:
-        return markdown(baseName, segments, text);
+        return markdown(baseName, segments, text, names);
     }
     Q_UNREACHABLE();
 }
@@ -82,7 +82,7 @@ QString TranscriptExporter::time(qint64 milliseconds)
 }
 
 QString TranscriptExporter::markdown(const QString &title, const QList<DisplaySegment> &segments,
-                                     const QString &plainText)
+                                     const QString &plainText, const SpeakerNames &names)
 {
     QString document = u"# "_s + title + u"\n\n"_s;
     if (segments.isEmpty())
@@ -91,7 +91,8 @@ QString TranscriptExporter::markdown(const QString &title, const QList<DisplaySe
     std::optional<qint64> heading;
     for (const DisplaySegment &segment : segments) {
         if (segment.speaker && segment.speaker != heading) {
-            document += u"\n**"_s + u"Спикер "_s + QString::number(*segment.speaker) + u"**\n\n"_s;
+            const QString number = u"Спикер "_s + QString::number(*segment.speaker);
+            document += u"\n**"_s + names.value(*segment.speaker, number) + u"**\n\n"_s;
             heading = segment.speaker;
         }
         document += u'`' + segment.timecode() + u"`  "_s + withoutOuterBlanks(segment.text) + u"\n\n"_s;

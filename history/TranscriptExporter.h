@@ -1,14 +1,12 @@
 #pragma once
 
-#include "transcript/DisplaySegment.h"
+#include "history/TranscriptRecord.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
 namespace orvane {
-
-struct TranscriptRecord;
 
 /// Transcripts as text files. Any thread.
 class TranscriptExporter
@@ -26,7 +24,8 @@ public:
     /// What a file of that format holds. `baseName` is the heading of the Markdown form; `text` is the
     /// plain form as it stands, and the Markdown form of a transcript without segments.
     [[nodiscard]] static QString content(Format format, const QString &baseName,
-                                         const QList<DisplaySegment> &segments, const QString &text);
+                                         const QList<DisplaySegment> &segments, const QString &text,
+                                         const SpeakerNames &names = {});
 
     /// Empty without segments.
     [[nodiscard]] static QString srt(const QList<DisplaySegment> &segments);
@@ -34,7 +33,7 @@ public:
     [[nodiscard]] static QString time(qint64 milliseconds);
     /// Time codes, and a heading wherever the speaker changes.
     [[nodiscard]] static QString markdown(const QString &title, const QList<DisplaySegment> &segments,
-                                          const QString &plainText);
+                                          const QString &plainText, const SpeakerNames &names = {});
 };
 
 } // namespace orvane

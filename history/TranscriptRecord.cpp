@@ -49,6 +49,14 @@ QJsonObject objectOf(const RecordEvent &event)
     return object;
 }
 
+QJsonObject objectOf(const SpeakerNames &names)
+{
+    QJsonObject object;
+    for (auto name = names.cbegin(); name != names.cend(); ++name)
+        object.insert(QString::number(name.key()), storable(name.value()));
+    return object;
+}
+
 template <typename Item>
 QJsonArray arrayOf(const QList<Item> &items)
 {
@@ -98,6 +106,8 @@ QByteArray TranscriptRecord::json() const
     insertIfPresent(object, u"sourceFilePath"_s, sourceFilePath);
     if (events)
         object.insert(u"events"_s, arrayOf(*events));
+    if (!speakerNames.isEmpty())
+        object.insert(u"speakerNames"_s, objectOf(speakerNames));
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }
 

@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QUrl>
 #include <QUuid>
@@ -36,6 +37,9 @@ struct RecordEvent
 
 /// The word stored in record files.
 [[nodiscard]] QString rawValue(RecordEvent::Kind kind);
+
+/// What the user calls speakers, by number; the others are called by their number.
+using SpeakerNames = QMap<qint64, QString>;
 
 /// One entry of the history: what was recognised in a meeting or a media file, and what was made of it.
 struct TranscriptRecord
@@ -74,6 +78,8 @@ struct TranscriptRecord
     std::optional<QList<RecordEvent>> events;
     /// Absolute path of the transcribed media file.
     std::optional<QString> sourceFilePath;
+    /// Not stored when empty.
+    SpeakerNames speakerNames;
 
     /// The record as it is stored and exported: UTF-8, indented, keys sorted, absent optionals left out.
     /// TranscriptRecordReader reads it back.

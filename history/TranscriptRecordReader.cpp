@@ -218,6 +218,18 @@ void readSummary(TranscriptRecord &record, Value &value, SharedTexts &texts)
     readOptional(value, record.summary, [&texts](Value &text) { return texts.read(text); });
 }
 
+void readSpeakerNames(TranscriptRecord &record, Value &value, SharedTexts &)
+{
+    for (auto member : value.get_object()) {
+        bool isNumber = false;
+        const qint64 speaker = decoded(member.unescaped_key()).toLongLong(&isNumber);
+        if (!isNumber)
+            throw Unreadable();
+        Value name = member.value();
+        record.speakerNames.insert(speaker, string(name));
+    }
+}
+
 using Record = TranscriptRecord;
 
 constexpr Field<Record> recordFields[] = {
@@ -234,6 +246,7 @@ constexpr Field<Record> recordFields[] = {
     {"segments", Required, readSegments},
     {"sourceFilePath", Optional,
      [](Record &r, Value &v, SharedTexts &) { readOptional(v, r.sourceFilePath, string); }},
+    {"speakerNames", Optional, readSpeakerNames},
     {"summary", Optional, readSummary},
     {"text", Required, [](Record &r, Value &v, SharedTexts &texts) { r.text = texts.read(v); }},
     {"title", Required, [](Record &r, Value &v, SharedTexts &) { r.title = string(v); }},
