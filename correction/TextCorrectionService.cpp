@@ -77,6 +77,12 @@ TextCorrectionService::TextCorrectionService(AppSettings &settings, CorrectionMo
     connect(&m_operation, &Operation::runningChanged, this, &TextCorrectionService::isCorrectingChanged);
     connect(&m_operation, &Operation::progressChanged, this, &TextCorrectionService::progressChanged);
     connect(&m_operation, &Operation::errorChanged, this, &TextCorrectionService::errorChanged);
+    connect(&settings, &AppSettings::textCorrectionEnabledChanged, this,
+            &TextCorrectionService::statusChanged);
+    connect(&settings, &AppSettings::correctionEngineChanged, this, &TextCorrectionService::statusChanged);
+    connect(&settings, &AppSettings::correctionModelIDChanged, this, &TextCorrectionService::statusChanged);
+    connect(&settings, &AppSettings::interfaceLanguageChanged, this, &TextCorrectionService::statusChanged);
+    connect(&models, &CorrectionModelManager::downloadedChanged, this, &TextCorrectionService::statusChanged);
     connect(&settings, &AppSettings::textCorrectionEnabledChanged, this, [this] {
         if (m_settings.textCorrectionEnabled())
             return;

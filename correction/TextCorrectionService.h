@@ -84,6 +84,8 @@ Q_SIGNALS:
     void isCorrectingChanged();
     void progressChanged();
     void errorChanged();
+    /// status() may be another.
+    void statusChanged();
 
 private:
     struct Job;

@@ -5,6 +5,8 @@
 #include "correction/TextCorrectionService.h"
 #include "history/HistoryStore.h"
 
+#include <QScopeGuard>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -18,6 +20,7 @@ RecordProcessor::RecordProcessor(Collaborators collaborators, QObject *parent)
 {
     connect(&m_operation, &Operation::runningChanged, this, &RecordProcessor::recordChanged);
     connect(&m_operation, &Operation::errorChanged, this, &RecordProcessor::errorChanged);
+    connect(&m_operation, &Operation::progressChanged, this, &RecordProcessor::progressChanged);
 }
 
 RecordProcessor::~RecordProcessor()
@@ -59,8 +62,8 @@ QCoro::Task<QString> RecordProcessor::ask(QUuid id, QString question, QString mo
 
 QCoro::Task<QString> RecordProcessor::transcribeAnew(QUuid id, Recognition recognition)
 {
-    return run(id, [this, id, recognition](Progress, std::stop_token stop) {
-        return transcribed(id, recognition, stop);
+    return run(id, [this, id, recognition](Progress progress, std::stop_token stop) {
+        return transcribed(id, recognition, progress, stop);
     });
 }
 
@@ -84,13 +87,18 @@ QCoro::Task<QString> RecordProcessor::processed(QUuid id, Process process, Store
     const QString text = (co_await m_scope(m_history.record(id), stop)).text;
     if (text.trimmed().isEmpty())
         throw Error(Localization::text(u"В записи нет текста."));
+    const auto connection =
+        connect(&m_corrector, &TextCorrectionService::progressChanged, &m_operation,
+                [this] { m_operation.setProgress(m_corrector.progress(), m_corrector.remainingMs()); });
+    const auto disconnect = qScopeGuard([connection] { QObject::disconnect(connection); });
     const QString result = co_await m_scope(process(&m_corrector, text, stop), stop);
     co_await m_scope(requireStill(id, stop), stop);
     store(&m_history, result);
     co_return result;
 }
 
-QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognition, std::stop_token stop)
+QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognition, Progress progress,
+                                                  std::stop_token stop)
 {
     const TranscriptRecord record = co_await m_scope(m_history.record(id), stop);
     const auto playable = [record, folder = m_recordingsFolder] { return record.playableURL(folder); };
@@ -104,7 +112,8 @@ QCoro::Task<QString> RecordProcessor::transcribed(QUuid id, Recognition recognit
     request.model = recognition.model;
     request.language = recognition.language;
     request.speakers = recognition.speakers;
-    const Transcript transcript = co_await m_scope(m_transcriber.transcribeDetached(request, stop), stop);
+    const Transcript transcript =
+        co_await m_scope(m_transcriber.transcribeDetached(request, stop, progress), stop);
     const QList<DisplaySegment> &segments = transcript.segments;
     const QString text = joinedText(segments);
     co_await m_scope(requireStill(id, stop), stop);

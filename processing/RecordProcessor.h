@@ -28,6 +28,8 @@ class RecordProcessor : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QUuid record READ record NOTIFY recordChanged)
+    Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
+    Q_PROPERTY(qint64 remainingMs READ remainingMs NOTIFY progressChanged)
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
 
 public:
@@ -46,6 +48,10 @@ public:
 
     /// The record that is being worked on; null when none is.
     [[nodiscard]] QUuid record() const { return m_operation.isRunning() ? m_record : QUuid(); }
+    /// How much of the running operation is done, 0…1.
+    [[nodiscard]] double progress() const { return m_operation.progress(); }
+    /// To the end of the running operation; negative while unknown.
+    [[nodiscard]] qint64 remainingMs() const { return m_operation.remainingMs(); }
     /// What went wrong last, one sentence; empty when nothing has since an operation started. A transcription
     /// that succeeded tells here from where on its audio is damaged.
     [[nodiscard]] QString error() const { return m_operation.error(); }
@@ -70,6 +76,7 @@ public:
 
 Q_SIGNALS:
     void recordChanged();
+    void progressChanged();
     void errorChanged();
 
 private:
@@ -79,7 +86,8 @@ private:
 
     QCoro::Task<QString> process(QUuid id, Process process, Store store);
     QCoro::Task<QString> processed(QUuid id, Process process, Store store, std::stop_token stop);
-    QCoro::Task<QString> transcribed(QUuid id, Recognition recognition, std::stop_token stop);
+    QCoro::Task<QString> transcribed(QUuid id, Recognition recognition, Progress progress,
+                                     std::stop_token stop);
     /// Throws Error when the record was deleted meanwhile.
     QCoro::Task<> requireStill(QUuid id, std::stop_token stop);
     QCoro::Task<QString> run(QUuid id, Operation::Work<QString> work);

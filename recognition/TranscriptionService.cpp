@@ -36,11 +36,12 @@ QCoro::Task<TranscriptionService::Result> TranscriptionService::transcribe(Reque
     co_return co_await m_scope(m_operation.run(work));
 }
 
-QCoro::Task<Transcript> TranscriptionService::transcribeDetached(Request request, std::stop_token stop)
+QCoro::Task<Transcript> TranscriptionService::transcribeDetached(Request request, std::stop_token stop,
+                                                                 Progress progress)
 {
     if (m_turns.isTaken())
         throw m_engine.requestFailed(u"движок занят другой расшифровкой"_s);
-    const Operation::Work<Transcript> work = [this, request](Progress progress, std::stop_token cancelled) {
+    const Operation::Work<Transcript> work = [this, request, progress](Progress, std::stop_token cancelled) {
         return recognised(request, progress, cancelled);
     };
     co_return co_await m_scope(m_detached.run(work, stop));

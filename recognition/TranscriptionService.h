@@ -91,9 +91,10 @@ public:
     /// the engine; Cancelled after cancel(). A call while one is working is refused and changes nothing.
     QCoro::Task<Result> transcribe(Request request);
 
-    /// Transcribes for the caller alone and saves nothing. Throws, at once when another operation has the
-    /// engine, and Cancelled when it is stopped.
-    QCoro::Task<Transcript> transcribeDetached(Request request, std::stop_token stop = {});
+    /// Transcribes for the caller alone, who alone hears of the progress, and saves nothing. Throws, at once
+    /// when another operation has the engine, and Cancelled when it is stopped.
+    QCoro::Task<Transcript> transcribeDetached(Request request, std::stop_token stop = {},
+                                               Progress progress = {});
 
     /// Begins to load the engine with a model; errors will show when it is needed.
     void prewarm(const QString &modelPath);
