@@ -85,13 +85,36 @@ DownloadError DownloadError::alreadyRunning()
 DownloadError DownloadError::noRepository()
 {
     return {Kind::NoRepository,
-            text(u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.")};
+            text(u"Адрес хранилища моделей не задан: укажите его в настройках или в команде.")};
 }
 
 DownloadError DownloadError::badRepository(const QString &address)
 {
     return {Kind::NoRepository,
             text(u"Адрес хранилища моделей должен начинаться с http:// или https://: ") + address};
+}
+
+DownloadError DownloadError::insecureRepository()
+{
+    return {Kind::NoRepository, text(u"Адрес хранилища моделей должен начинаться с https://.")};
+}
+
+DownloadError DownloadError::notARepository()
+{
+    return {Kind::NoRepository, text(u"По этому адресу нет моделей.")};
+}
+
+DownloadError DownloadError::notAModel(const QString &file)
+{
+    return {Kind::UnknownModel, text(u"Это не файл модели: ") + file};
+}
+
+DownloadError DownloadError::unknownModel(const QString &file, const QString &example)
+{
+    return {Kind::UnknownModel,
+            text(u"По этому файлу не видно, какая это модель. Назовите его как в каталоге, например %1: ")
+                    .arg(example) +
+                file};
 }
 
 } // namespace orvane

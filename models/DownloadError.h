@@ -20,7 +20,8 @@ public:
         NotEnoughSpace,
         NotWritable,
         AlreadyRunning, ///< another process, or another downloader, is writing the same file
-        NoRepository,   ///< nothing says where models are, or something that is no web address
+        NoRepository,   ///< nothing says where models are, or something that has none
+        UnknownModel,   ///< the user's own file is none of the catalogue's
     };
 
     [[nodiscard]] static DownloadError badStatus(int code);
@@ -41,6 +42,15 @@ public:
     [[nodiscard]] static DownloadError alreadyRunning();
     [[nodiscard]] static DownloadError noRepository();
     [[nodiscard]] static DownloadError badRepository(const QString &address);
+    /// What comes from there could be changed on its way.
+    [[nodiscard]] static DownloadError insecureRepository();
+    /// It answers with something else where a model should be.
+    [[nodiscard]] static DownloadError notARepository();
+
+    /// Of the user's own file, by its name.
+    [[nodiscard]] static DownloadError notAModel(const QString &file);
+    /// `example` is a name that would be known.
+    [[nodiscard]] static DownloadError unknownModel(const QString &file, const QString &example);
 
     [[nodiscard]] Kind kind() const { return m_kind; }
 

@@ -4,8 +4,8 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "models/ModelDownloader.h"
+#include "models/ModelImport.h"
 #include "models/PartFile.h"
-#include "settings/BuildInfo.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -18,11 +18,6 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 using Localization::text;
-
-ModelRepository ModelRepository::ofBuild()
-{
-    return {.address = BuildInfo::modelRepository, .options = {}};
-}
 
 struct ModelCatalogManager::Download
 {
@@ -68,23 +63,22 @@ const DownloadableModel *ModelCatalogManager::find(const QString &id) const
     return found == m_models.end() ? nullptr : &*found;
 }
 
+QString ModelCatalogManager::displayName(const QString &id) const
+{
+    const DownloadableModel *model = find(id);
+    return model ? model->displayName : QString();
+}
+
 QString ModelCatalogManager::localPath(const QString &id) const
 {
     const DownloadableModel *model = find(id);
     return model ? m_directory + u'/' + model->fileName : QString();
 }
 
-QUrl ModelCatalogManager::source(const DownloadableModel &model) const
+void ModelCatalogManager::setRepository(const QString &address)
 {
-    QString address = m_repository.address;
-    while (address.endsWith(u'/'))
-        address.chop(1);
-    if (address.isEmpty())
-        throw DownloadError::noRepository();
-    const QUrl url(address + model.repositoryPath);
-    if ((url.scheme() != u"https" && url.scheme() != u"http") || url.host().isEmpty())
-        throw DownloadError::badRepository(address);
-    return url;
+    if (std::exchange(m_repository.address, address) != address)
+        Q_EMIT repositoryChanged();
 }
 
 void ModelCatalogManager::refresh()
@@ -186,7 +180,62 @@ QCoro::Task<> ModelCatalogManager::publish(QString id)
         setLastError(text(u"Не удалось скачать ") + find(id)->displayName + u": "_s + failure);
 }
 
+void ModelCatalogManager::importFile(const QString &path)
+{
+    spawn(publishImport(path));
+}
+
+QCoro::Task<> ModelCatalogManager::publishImport(QString path)
+{
+    setLastError({});
+    QString failure;
+    try {
+        co_await m_scope(import(path));
+    } catch (const Gone &) {
+        throw;
+    } catch (const std::exception &error) {
+        failure = descriptionOf(error); // none when the user has cancelled it
+    }
+    if (!failure.isEmpty())
+        setLastError(failure);
+}
+
+QCoro::Task<QString> ModelCatalogManager::import(QString path)
+{
+    const auto read = [path] { return ModelImport::beginningOf(path); };
+    const QByteArray beginning = co_await m_scope(offMainThread(read));
+    const QString id = modelIn(path, beginning);
+    if (QFileInfo(path).canonicalFilePath() != QFileInfo(localPath(id)).canonicalFilePath())
+        co_await m_scope(bring(id, path, {}));
+    co_return id;
+}
+
+QString ModelCatalogManager::modelIn(const QString &path, const QByteArray &beginning) const
+{
+    const QString name = QFileInfo(path).fileName();
+    if (!beginning.startsWith(m_magic))
+        throw DownloadError::notAModel(name);
+    for (const DownloadableModel &model : m_models) {
+        if (name.compare(model.fileName, Qt::CaseInsensitive) == 0)
+            return model.id;
+    }
+    const QString id = recognised(beginning);
+    if (id.isEmpty())
+        throw DownloadError::unknownModel(name, m_models.constFirst().fileName);
+    return id;
+}
+
+QString ModelCatalogManager::recognised(const QByteArray &) const
+{
+    return {};
+}
+
 QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
+{
+    return bring(id, {}, stop);
+}
+
+QCoro::Task<> ModelCatalogManager::bring(QString id, QString file, std::stop_token stop)
 {
     if (m_downloads.contains(id))
         throw DownloadError::alreadyRunning();
@@ -197,7 +246,7 @@ QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
     const AnyStop any(stop, m_scope.stop());
     std::exception_ptr failure;
     try {
-        co_await m_scope(transfer(id, any.token(), download->discard.get_token()));
+        co_await m_scope(transfer(id, file, any.token(), download->discard.get_token()));
     } catch (const Gone &) {
         throw;
     } catch (...) {
@@ -216,13 +265,17 @@ QCoro::Task<> ModelCatalogManager::fetch(QString id, std::stop_token stop)
         std::rethrow_exception(failure);
 }
 
-QCoro::Task<> ModelCatalogManager::transfer(QString id, std::stop_token stop, std::stop_token discard)
+QCoro::Task<> ModelCatalogManager::transfer(QString id, QString file, std::stop_token stop,
+                                            std::stop_token discard)
 {
     const DownloadableModel &model = *find(id);
     // Called on the main thread, and not after a stop request, which the destructor makes.
     const auto progress = [this, id](const DownloadProgress &reached) { setProgress(id, reached); };
     ModelDownloader &downloader = m_downloads.value(id)->downloader;
-    return downloader.download(source(model), localPath(id), m_magic, progress, stop, discard);
+    if (!file.isEmpty())
+        return downloader.copy(file, localPath(id), progress, stop, discard);
+    return downloader.download(m_repository.urlOf(model.repositoryPath), localPath(id), m_magic, progress,
+                               stop, discard);
 }
 
 void ModelCatalogManager::setProgress(const QString &id, const DownloadProgress &progress)

@@ -4,13 +4,12 @@
 #include "base/files/FileStamp.h"
 #include "base/files/FolderWatch.h"
 #include "models/DownloadProgress.h"
-#include "models/DownloadSession.h"
+#include "models/ModelRepository.h"
 
 #include <QHash>
 #include <QMap>
 #include <QObject>
 #include <QSet>
-#include <QUrl>
 #include <QVariantMap>
 
 #include <QCoroTask>
@@ -19,16 +18,6 @@
 #include <stop_token>
 
 namespace orvane {
-
-/// Where models come from.
-struct ModelRepository
-{
-    /// Scheme and host, such as "https://models.example.org"; empty when the build has none.
-    QString address;
-    DownloadOptions options;
-
-    [[nodiscard]] static ModelRepository ofBuild();
-};
 
 /// A model of a catalogue, as far as files are concerned.
 struct DownloadableModel
@@ -57,6 +46,10 @@ public:
 
     [[nodiscard]] QString directory() const { return m_directory; }
 
+    /// Where the next downloads come from; empty while nothing says where.
+    [[nodiscard]] QString repository() const { return m_repository.address; }
+    void setRepository(const QString &address);
+
     /// Ids of the catalogue's models whose file exists.
     [[nodiscard]] QSet<QString> downloaded() const { return m_downloaded; }
     /// Ids of the models of which a download runs, here or elsewhere, or was interrupted and can be resumed.
@@ -71,6 +64,8 @@ public:
     /// Why the last failed download did, as a sentence; empty when the last one started has not failed.
     [[nodiscard]] QString lastError() const { return m_lastError; }
 
+    /// Empty for an id that is not in the catalogue.
+    [[nodiscard]] QString displayName(const QString &id) const;
     /// Where the model's file lies, or would; empty for an id that is not in the catalogue.
     [[nodiscard]] QString localPath(const QString &id) const;
 
@@ -82,6 +77,9 @@ public:
     /// Ends the download and throws away what it has brought, also when it was interrupted before; a model
     /// that was complete before stays.
     Q_INVOKABLE void cancelDownload(const QString &id);
+    /// Starts to copy a model's file from another folder; its name or its content tells which model it is.
+    /// cancelDownload() ends that too. A failure becomes lastError.
+    Q_INVOKABLE void importFile(const QString &path);
     /// Deletes the model's file, and what an interrupted download of it has left.
     Q_INVOKABLE void remove(const QString &id);
 
@@ -90,8 +88,11 @@ public:
     /// is one of the catalogue's.
     [[nodiscard]] QCoro::Task<> fetch(QString id, std::stop_token stop = {});
     [[nodiscard]] QCoro::Task<> deleteFile(QString id);
+    /// Ends with the model's id. Throws FileError, DownloadError or Cancelled.
+    [[nodiscard]] QCoro::Task<QString> import(QString path);
 
 Q_SIGNALS:
+    void repositoryChanged();
     void downloadedChanged();
     void partlyDownloadedChanged();
     void progressChanged();
@@ -104,14 +105,21 @@ protected:
     ModelCatalogManager(QList<DownloadableModel> models, QByteArray magic, const QString &directory,
                         ModelRepository repository, QObject *parent);
 
+    /// The id of the model whose file begins so; empty when the beginning does not tell.
+    [[nodiscard]] virtual QString recognised(const QByteArray &beginning) const;
+
 private:
     struct Download;
 
     [[nodiscard]] const DownloadableModel *find(const QString &id) const;
-    [[nodiscard]] QUrl source(const DownloadableModel &model) const;
+    [[nodiscard]] QString modelIn(const QString &path, const QByteArray &beginning) const;
     [[nodiscard]] QCoro::Task<> publish(QString id);
+    [[nodiscard]] QCoro::Task<> publishImport(QString path);
     [[nodiscard]] QCoro::Task<> discardPart(QString id);
-    [[nodiscard]] QCoro::Task<> transfer(QString id, std::stop_token stop, std::stop_token discard);
+    /// From that file, or, without one, from the repository.
+    [[nodiscard]] QCoro::Task<> bring(QString id, QString file, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<> transfer(QString id, QString file, std::stop_token stop,
+                                         std::stop_token discard);
     void setProgress(const QString &id, const DownloadProgress &progress);
     void clearProgress(const QString &id);
     void setLastError(const QString &text);
@@ -119,7 +127,7 @@ private:
     const QList<DownloadableModel> m_models;
     const QByteArray m_magic;
     const QString m_directory;
-    const ModelRepository m_repository;
+    ModelRepository m_repository;
     QSet<QString> m_downloaded;
     QSet<QString> m_partlyDownloaded;
     /// Of every file seen so far, also of those that have gone.

@@ -2,6 +2,7 @@
 
 #include "base/AnyStop.h"
 #include "base/Async.h"
+#include "models/ModelImport.h"
 
 #include <QCoreApplication>
 
@@ -55,6 +56,15 @@ QCoro::Task<> ModelDownloader::download(QUrl from, QString to, QByteArray expect
                          .stop = any.token(),
                          .discard = discard};
     const auto work = [job] { DownloadRun(job).run(); };
+    co_await offMainThread(&m_pool, work);
+}
+
+QCoro::Task<> ModelDownloader::copy(QString from, QString to, Progress progress, std::stop_token stop,
+                                    std::stop_token discard)
+{
+    const AnyStop any(stop, discard, m_scope.stop());
+    const auto work = [from, to, report = onMainThread(std::move(progress), any.token()),
+                       token = any.token()] { ModelImport::copy(from, to, report, token); };
     co_await offMainThread(&m_pool, work);
 }
 

@@ -28,6 +28,10 @@ public:
     [[nodiscard]] QCoro::Task<> download(QUrl from, QString to, QByteArray expectedMagic, Progress progress,
                                          std::stop_token stop = {}, std::stop_token discard = {});
 
+    /// Puts a file of this machine there, in the same way, but from its start each time.
+    [[nodiscard]] QCoro::Task<> copy(QString from, QString to, Progress progress, std::stop_token stop = {},
+                                     std::stop_token discard = {});
+
     void interruptAndWait();
 
 private:

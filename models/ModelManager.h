@@ -23,6 +23,12 @@ public:
 
     /// The downloaded model with that id, else the first downloaded one; none when nothing is downloaded.
     [[nodiscard]] std::optional<WhisperModel> resolved(const QString &selectedID) const;
+
+private:
+    [[nodiscard]] QString recognised(const QByteArray &beginning) const override
+    {
+        return WhisperModel::recognised(beginning);
+    }
 };
 
 } // namespace orvane

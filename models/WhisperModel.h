@@ -24,6 +24,12 @@ struct WhisperModel
     /// What every file begins with: the ggml form's magic number, little-endian.
     [[nodiscard]] static QByteArray magic() { return "lmgg"; }
 
+    /// Id of the model whose file begins with these bytes, 36 at least, the magic included; empty for one
+    /// that is not in the catalogue. Of models of one shape the newest.
+    [[nodiscard]] static QString recognised(const QByteArray &beginning);
+    /// Id of the model that suits such a machine, in any language: heard without much waiting.
+    [[nodiscard]] static QString recommendedID(qint64 memory, int processors);
+
     /// Path of the file in the model repository.
     [[nodiscard]] QString repositoryPath() const;
 

@@ -24,6 +24,9 @@ const QString shareAnonymousStats = u"shareAnonymousStats"_s;
 const QString correctionPrompt = u"correctionPrompt"_s;
 const QString interfaceLanguage = u"interfaceLanguage"_s;
 const QString terminalClasses = u"terminalClasses"_s;
+const QString showActivityPanel = u"showActivityPanel"_s;
+const QString modelRepository = u"modelRepository"_s;
+const QString firstStartDone = u"firstStartDone"_s;
 } // namespace Key
 
 template <typename T>
@@ -54,7 +57,9 @@ AppSettings::AppSettings(UserDefaults &defaults, QObject *parent)
       m_shareAnonymousStats(defaults.boolean(Key::shareAnonymousStats).value_or(false)),
       m_correctionPrompt(defaults.string(Key::correctionPrompt).value_or(defaultCorrectionPrompt())),
       m_interfaceLanguage(defaults.string(Key::interfaceLanguage).value_or(u"ru"_s)),
-      m_terminalClasses(defaults.value(Key::terminalClasses).toStringList())
+      m_terminalClasses(defaults.value(Key::terminalClasses).toStringList()),
+      m_showActivityPanel(defaults.boolean(Key::showActivityPanel).value_or(true)),
+      m_modelRepository(defaults.string(Key::modelRepository).value_or(QString()))
 {
     Localization::setLanguage(m_interfaceLanguage);
     connect(&defaults, &UserDefaults::errorChanged, this, &AppSettings::storageErrorChanged);
@@ -152,6 +157,26 @@ void AppSettings::setInterfaceLanguage(const QString &code)
 void AppSettings::setTerminalClasses(const QStringList &classes)
 {
     change(m_terminalClasses, classes, Key::terminalClasses, &AppSettings::terminalClassesChanged);
+}
+
+void AppSettings::setShowActivityPanel(bool on)
+{
+    change(m_showActivityPanel, on, Key::showActivityPanel, &AppSettings::showActivityPanelChanged);
+}
+
+void AppSettings::setModelRepository(const QString &address)
+{
+    change(m_modelRepository, address, Key::modelRepository, &AppSettings::modelRepositoryChanged);
+}
+
+bool AppSettings::firstStartDone() const
+{
+    return m_defaults.boolean(Key::firstStartDone).value_or(false);
+}
+
+void AppSettings::setFirstStartDone()
+{
+    m_defaults.set(Key::firstStartDone, true);
 }
 
 QString AppSettings::dictationTriggerName() const

@@ -42,6 +42,10 @@ class AppSettings : public QObject
                    interfaceLanguageChanged)
     Q_PROPERTY(QStringList terminalClasses READ terminalClasses WRITE setTerminalClasses NOTIFY
                    terminalClassesChanged)
+    Q_PROPERTY(bool showActivityPanel READ showActivityPanel WRITE setShowActivityPanel NOTIFY
+                   showActivityPanelChanged)
+    Q_PROPERTY(
+        QString modelRepository READ modelRepository WRITE setModelRepository NOTIFY modelRepositoryChanged)
     Q_PROPERTY(QString dictationTriggerName READ dictationTriggerName NOTIFY dictationTriggerNameChanged)
     Q_PROPERTY(orvane::TranscriptionLanguage language READ language NOTIFY languageChanged)
 
@@ -71,6 +75,11 @@ public:
     [[nodiscard]] QString interfaceLanguage() const { return m_interfaceLanguage; }
     /// Classes of windows that the user has found to be terminals that the program does not know.
     [[nodiscard]] QStringList terminalClasses() const { return m_terminalClasses; }
+    [[nodiscard]] bool showActivityPanel() const { return m_showActivityPanel; }
+    /// Where models are downloaded from when the build does not say; empty while the user has not either.
+    [[nodiscard]] QString modelRepository() const { return m_modelRepository; }
+    /// The user has seen the page for the first start to its end.
+    [[nodiscard]] bool firstStartDone() const;
 
     void setSelectedModelID(const QString &id);
     void setLanguageCode(const QString &code);
@@ -85,6 +94,9 @@ public:
     void setCorrectionPrompt(const QString &prompt);
     void setInterfaceLanguage(const QString &code);
     void setTerminalClasses(const QStringList &classes);
+    void setShowActivityPanel(bool on);
+    void setModelRepository(const QString &address);
+    void setFirstStartDone();
 
     /// The trigger's key as the keyboard calls it, in the interface language.
     [[nodiscard]] QString dictationTriggerName() const;
@@ -111,6 +123,8 @@ Q_SIGNALS:
     void correctionPromptChanged();
     void interfaceLanguageChanged();
     void terminalClassesChanged();
+    void showActivityPanelChanged();
+    void modelRepositoryChanged();
     void dictationTriggerNameChanged();
     void languageChanged();
     void storageErrorChanged();
@@ -136,6 +150,8 @@ private:
     QString m_correctionPrompt;
     QString m_interfaceLanguage;
     QStringList m_terminalClasses;
+    bool m_showActivityPanel;
+    QString m_modelRepository;
 };
 
 } // namespace orvane

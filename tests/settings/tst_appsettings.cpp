@@ -39,6 +39,7 @@ private Q_SLOTS:
         QVERIFY(!settings.correctDictation());
         QCOMPARE(settings.dictationMode(), DictationMode::Correct);
         QVERIFY(!settings.shareAnonymousStats());
+        QVERIFY(settings.showActivityPanel());
         QCOMPARE(settings.correctionPrompt(), AppSettings::defaultCorrectionPrompt());
         QCOMPARE(settings.correctionPrompt().count(u'\n'), 4);
         QCOMPARE(settings.interfaceLanguage(), u"ru"_s);
@@ -115,6 +116,8 @@ private Q_SLOTS:
         flag("shareAnonymousStats", true);
         text("correctionPrompt", u"correctionPrompt"_s, u"Строка\n«вторая»\t\"\\ 🎙"_s);
         text("interfaceLanguage", u"interfaceLanguage"_s, u"en"_s);
+        flag("showActivityPanel", false);
+        text("modelRepository", u"modelRepository"_s, u"https://models.example.org"_s);
         row("terminalClasses", u"terminalClasses"_s, QVariant(QStringList{u"warp"_s}),
             QJsonValue(QJsonArray{u"warp"_s}));
     }
