@@ -4,6 +4,7 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 
@@ -101,7 +102,10 @@ QCoro::Task<QString> MeetingRecorder::finish()
 
 qint64 MeetingRecorder::freeSpaceOfDisk(const QString &folder)
 {
-    const QStorageInfo disk(folder);
+    QString existing = folder; // before the first recording there is none
+    while (!QFileInfo::exists(existing) && !QDir(existing).isRoot())
+        existing = QFileInfo(existing).path();
+    const QStorageInfo disk(existing);
     return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1; // some file systems do not know
 }
 

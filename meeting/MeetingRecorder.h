@@ -43,6 +43,8 @@ public:
     [[nodiscard]] RecordedMeeting meeting() const;
     /// "Идёт запись…" and what the user should know meanwhile, in the interface language.
     [[nodiscard]] QString status() const;
+    /// The latter alone; empty when there is nothing.
+    [[nodiscard]] QString warning() const;
     /// Why it ended by itself, in the interface language; empty when it did not.
     [[nodiscard]] QString problem() const { return m_problem; }
 
@@ -55,7 +57,6 @@ Q_SIGNALS:
     void elapsed();
 
 private:
-    [[nodiscard]] QString warning() const;
     void putOnDisk();
     [[nodiscard]] QCoro::Task<> lookAtSpace();
 

@@ -144,6 +144,11 @@ std::optional<RecordedMeeting> MeetingRecordings::leftover(const QString &audioF
     return found == m_leftovers.end() ? std::nullopt : std::optional(*found);
 }
 
+QString MeetingRecordings::leftoverPath(const QString &audioFileName) const
+{
+    return leftover(audioFileName) ? m_folder.audioPath(audioFileName) : QString();
+}
+
 QString MeetingRecordings::notice() const
 {
     return m_leftovers.isEmpty() ? QString() : noticeOf(m_leftovers.first());

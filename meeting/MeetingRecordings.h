@@ -55,6 +55,8 @@ public:
     /// Those of earlier runs first, oldest first.
     [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_leftovers; }
     [[nodiscard]] std::optional<RecordedMeeting> leftover(const QString &audioFileName) const;
+    /// Empty when it is none of them.
+    [[nodiscard]] QString leftoverPath(const QString &audioFileName) const;
     /// Offers the transcription of the first of them, in the interface language; empty without any.
     [[nodiscard]] QString notice() const;
     [[nodiscard]] static QString noticeOf(const RecordedMeeting &leftover);

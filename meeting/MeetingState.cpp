@@ -9,6 +9,7 @@ namespace orvane {
 MeetingState::MeetingState(QObject *parent) : QObject(parent)
 {
     connect(&m_operation, &Operation::runningChanged, this, &MeetingState::stateChanged);
+    connect(&m_operation, &Operation::progressChanged, this, &MeetingState::progressChanged);
     connect(&m_operation, &Operation::statusChanged, this, &MeetingState::statusTextChanged);
     connect(&m_operation, &Operation::errorChanged, this, &MeetingState::errorTextChanged);
 }

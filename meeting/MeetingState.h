@@ -17,6 +17,8 @@ class MeetingState : public QObject
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY stateChanged)
     Q_PROPERTY(bool isTranscribing READ isTranscribing NOTIFY stateChanged)
     Q_PROPERTY(double elapsed READ elapsed NOTIFY elapsedChanged)
+    Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
+    Q_PROPERTY(qint64 remainingMs READ remainingMs NOTIFY progressChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusTextChanged)
     Q_PROPERTY(QString errorText READ errorText NOTIFY errorTextChanged)
     Q_PROPERTY(QString transcript READ transcript NOTIFY resultChanged)
@@ -52,6 +54,10 @@ public:
     [[nodiscard]] QString cancelRefusal() const;
     /// Seconds of recording so far, or of the recording that is transcribed.
     [[nodiscard]] double elapsed() const { return m_elapsed; }
+    /// How much of the transcription is done, 0…1; 1 only at its end.
+    [[nodiscard]] double progress() const { return m_operation.progress(); }
+    /// To the end of the transcription; −1 while unknown.
+    [[nodiscard]] qint64 remainingMs() const { return m_operation.remainingMs(); }
     /// One line in the interface language.
     [[nodiscard]] QString statusText() const { return m_operation.status(); }
     /// What went wrong last, one sentence; empty when nothing did.
@@ -68,6 +74,7 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void elapsedChanged();
+    void progressChanged();
     void statusTextChanged();
     void errorTextChanged();
     void resultChanged();

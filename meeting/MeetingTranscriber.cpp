@@ -287,4 +287,9 @@ QList<float> MeetingTranscriber::waveform() const
     return m_recorder ? m_recorder->source().waveform() : QList<float>();
 }
 
+QString MeetingTranscriber::warning() const
+{
+    return m_recorder ? m_recorder->warning() : QString();
+}
+
 } // namespace orvane

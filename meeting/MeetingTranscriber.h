@@ -20,6 +20,7 @@ class MeetingTranscriber : public MeetingState
     Q_PROPERTY(bool canStart READ canStart NOTIFY stateChanged)
     Q_PROPERTY(float level READ level NOTIFY levelChanged)
     Q_PROPERTY(QList<float> waveform READ waveform NOTIFY levelChanged)
+    Q_PROPERTY(QString warning READ warning NOTIFY statusTextChanged)
     Q_PROPERTY(QString leftoverNotice READ leftoverNotice NOTIFY leftoversChanged)
 
 public:
@@ -48,6 +49,9 @@ public:
     /// Of the recording in progress, see MeetingSource; 0 and empty without one.
     [[nodiscard]] float level() const;
     [[nodiscard]] QList<float> waveform() const;
+    /// What the user should know of the recording in progress, as statusText() says it too; empty when there
+    /// is nothing.
+    [[nodiscard]] QString warning() const;
     /// Why the operation would do nothing now, one sentence in the interface language; empty when it would.
     [[nodiscard]] QString startRefusal() const;
     [[nodiscard]] QString leftoverRefusal() const;
@@ -72,6 +76,11 @@ public:
     [[nodiscard]] const QList<RecordedMeeting> &leftovers() const { return m_recordings.leftovers(); }
     /// Offers the transcription of the first of them; empty without any.
     [[nodiscard]] QString leftoverNotice() const { return m_recordings.notice(); }
+    /// Where the audio of one of them lies; empty when it is not one of them.
+    [[nodiscard]] QString leftoverPath(const QString &audioFileName) const
+    {
+        return m_recordings.leftoverPath(audioFileName);
+    }
     /// Transcribes one of them, by its audio file's name, into a record like that of any meeting; it is
     /// offered until that has succeeded. errorText tells why it cannot begin now.
     void transcribeLeftover(const QString &audioFileName);

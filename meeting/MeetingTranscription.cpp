@@ -51,12 +51,13 @@ MeetingTranscription::run(RecordedMeeting meeting, QString audioPath, Progress p
     meeting.modelID = model->id;
     progress.setStatus(statusOf(meeting));
     const Transcript transcript =
-        co_await m_scope(recognise(*model, audioPath, meeting.languageCode, stop), stop);
+        co_await m_scope(recognise(*model, audioPath, meeting.languageCode, progress, stop), stop);
     co_return Result{.meeting = meeting, .transcript = transcript};
 }
 
 QCoro::Task<Transcript> MeetingTranscription::recognise(WhisperModel model, QString audioPath,
-                                                        QString language, std::stop_token stop)
+                                                        QString language, Progress progress,
+                                                        std::stop_token stop)
 {
     try {
         Transcript transcript =
@@ -64,7 +65,7 @@ QCoro::Task<Transcript> MeetingTranscription::recognise(WhisperModel model, QStr
                                              .model = {.id = model.id, .path = m_models.localPath(model)},
                                              .language = language,
                                              .medium = TranscriptPipeline::Medium::Meeting},
-                                            Progress(), stop),
+                                            progress.withoutStatus(), stop),
                              stop);
         if (m_settings.detectSpeakers())
             transcript = co_await m_scope(m_pipeline.label(transcript, audioPath, stop), stop);

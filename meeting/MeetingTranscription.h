@@ -46,7 +46,7 @@ public:
 
 private:
     [[nodiscard]] QCoro::Task<Transcript> recognise(WhisperModel model, QString audioPath, QString language,
-                                                    std::stop_token stop);
+                                                    Progress progress, std::stop_token stop);
 
     ModelManager &m_models;
     const AppSettings &m_settings;

@@ -55,6 +55,10 @@ class CaptureModule
 public:
     /// Null when there is no memory.
     [[nodiscard]] virtual Capture *create() const noexcept = 0;
+    /// What the sound server calls the input that a capture would begin with: puts as much of it into `name`
+    /// as there is room for, in UTF-8 and ended by a NUL. Empty when there is none. Waits for the server, 2 s
+    /// at most.
+    virtual void nameInput(char *name, std::size_t size) const noexcept = 0;
 
 protected:
     ~CaptureModule() = default;
@@ -62,6 +66,6 @@ protected:
 
 /// The module's one exported function. Its name changes with what stands above.
 using CaptureModuleEntry = const CaptureModule *();
-inline constexpr char captureModuleEntryName[] = "orvaneCaptureModule2";
+inline constexpr char captureModuleEntryName[] = "orvaneCaptureModule3";
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "audio/capture/PulseCapture.h"
 
+#include "audio/capture/PulseInputName.h"
+
 #include <new>
 #include <utility>
 
@@ -270,11 +272,15 @@ public:
             return nullptr;
         }
     }
+    void nameInput(char *name, std::size_t size) const noexcept override
+    {
+        orvane::PulseInputName(name, size).ask();
+    }
 };
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const orvane::CaptureModule *orvaneCaptureModule2()
+extern "C" __attribute__((visibility("default"))) const orvane::CaptureModule *orvaneCaptureModule3()
 {
     static const PulseCaptureModule module;
     return &module;
