@@ -12,8 +12,15 @@ void Progress::report(double fraction, std::optional<std::chrono::milliseconds> 
 
 void Progress::setStatus(const QString &text) const
 {
-    if (Operation *operation = listener())
+    if (Operation *operation = m_hasStatus ? listener() : nullptr)
         operation->setStatus(text);
+}
+
+Progress Progress::withoutStatus() const
+{
+    Progress progress = *this;
+    progress.m_hasStatus = false;
+    return progress;
 }
 
 Operation *Progress::listener() const

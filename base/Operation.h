@@ -32,6 +32,9 @@ public:
     /// The current stage in the interface language.
     void setStatus(const QString &text) const;
 
+    /// For a part of the work that words its stages for others: only how far it is goes on from there.
+    [[nodiscard]] Progress withoutStatus() const;
+
 private:
     friend class Operation;
     Progress(Operation *operation, std::stop_token run) : m_operation(operation), m_run(std::move(run)) {}
@@ -40,6 +43,7 @@ private:
 
     QPointer<Operation> m_operation;
     std::stop_token m_run;
+    bool m_hasStatus = true;
 };
 
 /// What views show of something that takes long and can be cancelled: whether it runs, how far it is, the

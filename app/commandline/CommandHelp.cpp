@@ -38,9 +38,10 @@ QString help()
   orvane models download ID…      скачать модели; прерванная загрузка продолжится
   orvane models delete ID…        удалить модели
   orvane models path [ID…]        показать, где лежат модели
-      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
+      --repository АДРЕС          откуда скачивать (по умолчанию как при сборке или в настройках)
 
   orvane                          открыть программу; с --background — только значок
+  orvane open [ФАЙЛ…]             открыть окно и расшифровать в нём файлы
   orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
   orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
   orvane status                   показать состояние диктовки
@@ -51,6 +52,9 @@ QString help()
   orvane meeting [status]         показать, что с совещанием
   orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
   orvane meeting dismiss          больше не предлагать её; аудиозапись останется
+
+  orvane check                    проверить движки, модели, микрофон, клавиши и папки; 1 — что-то не так
+      --json                      то же для программ
 
   orvane --version                показать версию
   orvane --help                   показать эту справку

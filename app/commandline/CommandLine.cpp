@@ -25,6 +25,7 @@ const QString speakersOption = u"speakers"_s;
 const QString noHistoryOption = u"no-history"_s;
 const QString recordOption = u"record"_s;
 const QString repositoryOption = u"repository"_s;
+const QString jsonOption = u"json"_s;
 
 QCommandLineOption withValue(const QString &name)
 {
@@ -50,7 +51,7 @@ void parseInto(QCommandLineParser &parser, const QStringList &arguments)
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty())
         throw usageError(Localization::text(u"Неизвестный параметр: "), asTyped(unknown.first()));
-    for (const QString &name : {speakersOption, noHistoryOption}) {
+    for (const QString &name : {speakersOption, noHistoryOption, jsonOption}) {
         const QString flag = asTyped(name);
         if (!arguments.filter(flag + u'=').isEmpty())
             throw usageError(Localization::text(u"Параметр не принимает значения: "), flag);
@@ -142,6 +143,13 @@ Command parseTranscribe(const QStringList &arguments)
     if (parser.isSet(noHistoryOption))
         options.history = TranscriptionService::History::Skip;
     return options;
+}
+
+Command parseOpen(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parseInto(parser, arguments);
+    return RunApplication{.start = Start::Open, .files = parser.positionalArguments()};
 }
 
 Command parseHistory(const QStringList &arguments)
@@ -247,6 +255,15 @@ Command parseModels(const QStringList &arguments)
     return options;
 }
 
+Command parseCheck(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOption(QCommandLineOption(jsonOption));
+    parseInto(parser, arguments);
+    refuseMoreThan(0, parser.positionalArguments());
+    return CheckCommand::Options{.asJson = parser.isSet(jsonOption)};
+}
+
 std::optional<ControlCommand::Options> parseControl(const QStringList &words)
 {
     static const QMap<QString, QString> dictation = {{u"toggle"_s, u"Toggle"_s},
@@ -286,6 +303,8 @@ Command parse(const QStringList &arguments)
         return ShowVersion();
     if (name == "--background"_L1)
         return RunApplication{Start::Background};
+    if (name == "open"_L1)
+        return parseOpen(rest);
     if (name == "transcribe"_L1)
         return parseTranscribe(rest);
     if (const auto action = textActions().constFind(name); action != textActions().cend())
@@ -294,6 +313,8 @@ Command parse(const QStringList &arguments)
         return rest.value(0) == "retranscribe"_L1 ? parseRetranscribe(rest.sliced(1)) : parseHistory(rest);
     if (name == "models"_L1)
         return parseModels(rest);
+    if (name == "check"_L1)
+        return parseCheck(rest);
     if (const auto control = parseControl(arguments))
         return *control;
     throw usageError(Localization::text(u"Неизвестная команда: "), name);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/commandline/CheckCommand.h"
 #include "app/commandline/ControlCommand.h"
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
@@ -27,11 +28,13 @@ enum class Start {
 struct RunApplication
 {
     Start start;
+    /// To transcribe, in the main window.
+    QStringList files = {};
 };
 
 using Command = std::variant<ShowVersion, ShowHelp, RunApplication, TranscribeCommand::Options,
                              TextCommand::Options, HistoryCommand::Options, RetranscribeCommand::Options,
-                             ModelsCommand::Options, ControlCommand::Options>;
+                             ModelsCommand::Options, CheckCommand::Options, ControlCommand::Options>;
 
 /// What the arguments, without the program's name, ask for. Throws UsageError.
 [[nodiscard]] Command parse(const QStringList &arguments);

@@ -66,6 +66,11 @@ int execute(const RetranscribeCommand::Options &options)
     return executeWithServices<RetranscribeCommand>(options);
 }
 
+int execute(const CheckCommand::Options &options)
+{
+    return executeWithServices<CheckCommand>(options);
+}
+
 int execute(const HistoryCommand::Options &options)
 {
     AppServices services({});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/commandline/CheckCommand.h"
 #include "app/commandline/HistoryCommand.h"
 #include "app/commandline/ModelsCommand.h"
 #include "app/commandline/RetranscribeCommand.h"
@@ -15,5 +16,6 @@ namespace orvane::CommandRun {
 [[nodiscard]] int execute(const HistoryCommand::Options &options);
 [[nodiscard]] int execute(const RetranscribeCommand::Options &options);
 [[nodiscard]] int execute(const ModelsCommand::Options &options);
+[[nodiscard]] int execute(const CheckCommand::Options &options);
 
 } // namespace orvane::CommandRun

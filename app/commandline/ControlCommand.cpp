@@ -8,6 +8,8 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QFileInfo>
+#include <QUrl>
 #include <QVariantMap>
 
 using namespace Qt::StringLiterals;
@@ -45,9 +47,18 @@ int ControlCommand::run(const Options &options)
     return ExitStatus::success;
 }
 
-bool ControlCommand::activate()
+bool ControlCommand::activate(const QStringList &files)
 {
-    const QDBusMessage answer = ask(ControlInterface::application, u"Activate"_s, {QVariantMap()});
+    QVariantMap platform;
+    if (const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); !token.isEmpty())
+        platform.insert(u"activation-token"_s, token);
+    QStringList addresses;
+    for (const QString &file : files)
+        addresses.append(
+            QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()).toString(QUrl::FullyEncoded));
+    const QDBusMessage answer = files.isEmpty()
+                                    ? ask(ControlInterface::application, u"Activate"_s, {platform})
+                                    : ask(ControlInterface::application, u"Open"_s, {addresses, platform});
     return answer.type() == QDBusMessage::ReplyMessage;
 }
 

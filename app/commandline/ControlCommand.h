@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace orvane {
 
@@ -18,8 +19,8 @@ public:
     /// Returns the exit status; throws Error when nobody runs or the application refuses.
     [[nodiscard]] static int run(const Options &options);
 
-    /// Has a running application come forward; false when there is none.
-    static bool activate();
+    /// Has a running application come forward, with files to transcribe; false when there is none.
+    static bool activate(const QStringList &files);
 };
 
 } // namespace orvane

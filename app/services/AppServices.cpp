@@ -34,6 +34,12 @@ AppServices::AppServices(const Environment &environment)
     m_correctionModels =
         std::make_unique<CorrectionModelManager>(m_folders.correctionModels(), environment.repository);
 
+    if (environment.repository.address.isEmpty()) {
+        QObject::connect(m_settings.get(), &AppSettings::modelRepositoryChanged, m_settings.get(),
+                         [this] { useStoredRepository(); });
+        useStoredRepository();
+    }
+
     // An engine has the old file in memory.
     QObject::connect(m_models.get(), &ModelManager::fileReplaced, m_models.get(),
                      [this] { m_whisperEngine->requestRestart(); });
@@ -68,6 +74,12 @@ AppServices::~AppServices()
     m_pipeline.reset();
     waitForDone(longWorkPool());
     waitForDone(*QThreadPool::globalInstance());
+}
+
+void AppServices::useStoredRepository()
+{
+    m_models->setRepository(m_settings->modelRepository());
+    m_correctionModels->setRepository(m_settings->modelRepository());
 }
 
 TranscriptionService &AppServices::transcriber()

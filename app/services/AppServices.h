@@ -49,7 +49,7 @@ public:
         Role role = Role::CommandLine;
         StandardFolders folders = StandardFolders::ofUser();
         QString defaultsFile = UserDefaults::standardFile();
-        /// Where models are downloaded from.
+        /// Where models are downloaded from; without an address as the user's settings say.
         ModelRepository repository = ModelRepository::ofBuild();
         /// Where device reports go to.
         Telemetry::Options telemetry = {};
@@ -61,6 +61,8 @@ public:
     ~AppServices();
     Q_DISABLE_COPY_MOVE(AppServices)
 
+    [[nodiscard]] const StandardFolders &folders() const { return m_folders; }
+    [[nodiscard]] UserDefaults &defaults() { return m_defaults; }
     [[nodiscard]] AppSettings &settings() { return *m_settings; }
     /// Null without a desktop, as every outcome of it is shown.
     [[nodiscard]] UpdateChecker *updates() { return m_updates.get(); }
@@ -68,6 +70,8 @@ public:
     [[nodiscard]] HistoryStore &history() { return *m_history; }
     [[nodiscard]] WhisperServerEngine &whisperEngine() { return *m_whisperEngine; }
     [[nodiscard]] CorrectionModelManager &correctionModels() { return *m_correctionModels; }
+    /// Whose turn it is with the engine.
+    [[nodiscard]] const EngineTurns &turns() const { return m_turns; }
     [[nodiscard]] EngineProcessRegistry &engineProcesses() { return m_engineProcesses; }
 
     /// Made on first access, the same object afterwards.
@@ -84,6 +88,7 @@ public:
     [[nodiscard]] Telemetry &telemetry();
 
 private:
+    void useStoredRepository();
     [[nodiscard]] EngineServer::SearchPath engineSearch() const { return {.resources = m_folders.resources}; }
 
     // In the order of construction, which is the order of dependence.

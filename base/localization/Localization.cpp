@@ -70,4 +70,14 @@ QString text(Text text)
     return text.toString();
 }
 
+QString translated(const QString &russian)
+{
+    if (!isEnglish())
+        return russian;
+    const std::u16string_view wanted(reinterpret_cast<const char16_t *>(russian.utf16()),
+                                     size_t(russian.size()));
+    const auto found = std::ranges::find(table, wanted, &TextPair::russian);
+    return found == std::end(table) ? russian : stringOf(found->english);
+}
+
 } // namespace orvane::Localization

@@ -48,5 +48,8 @@ void setLanguage(const QString &code);
 
 /// The text in the interface language.
 [[nodiscard]] QString text(Text text);
+/// The same of a text that is known only when it is shown, as those of scenes are; as it stands when the
+/// table has no such text.
+[[nodiscard]] QString translated(const QString &russian);
 
 } // namespace orvane::Localization

@@ -119,8 +119,6 @@ inline constexpr TextPair table[] = {
      u"Orvane runs without a display; there is nowhere to dictate to."},
     {u"Orvane не отвечает: запустите его командой orvane.",
      u"Orvane does not answer: start it with the command orvane."},
-    {u"Orvane уже работает: его значок — в области уведомлений.",
-     u"Orvane is already running: its icon is in the notification area."},
 
     // Windows and menus
     {u"Настройки…", u"Settings…"},
@@ -200,6 +198,93 @@ inline constexpr TextPair table[] = {
     {u"Осталась нерасшифрованная запись: «%1», %2. Расшифровать?",
      u"A recording is not transcribed yet: “%1”, %2. Transcribe it?"},
 
+    // The meeting's page, and what the program is doing
+    {u"на диске места на %1 мин", u"disk space for %1 min"},
+    {u"на диске места на %1 ч", u"disk space for %1 h"},
+    {u"Микрофон не найден", u"No microphone found"},
+    {u"Открыть запись нечем: ", u"No program opens this recording: "},
+    {u"Больше не предлагать — аудиозапись останется на диске",
+     u"Don’t offer again — the recording stays on the disk"},
+    {u"Подключение…", u"Connecting…"},
+    {u"Отменить", u"Cancel"},
+    {u"Загрузка %1", u"Downloading %1"},
+    {u"Отменить загрузку и удалить скачанное", u"Cancel the download and delete what it has brought"},
+    {u"Расшифровка файла", u"Transcribing a file"},
+    {u"Расшифровка совещания", u"Transcribing a meeting"},
+    {u"Повторная расшифровка", u"Transcribing again"},
+
+    // Whether everything works
+    {u"Движок распознавания", u"Speech engine"},
+    {u"Языковой движок", u"Language engine"},
+    {u"Файлы моделей", u"Model files"},
+    {u"Микрофон", u"Microphone"},
+    {u"Клавиши диктовки", u"Dictation keys"},
+    {u"Вставка текста", u"Inserting text"},
+    {u"Место на диске", u"Disk space"},
+    {u"Папки данных", u"Data folders"},
+    {u"Проверяю…", u"Checking…"},
+    {u"Всё работает.", u"Everything works."},
+    {u"Не в порядке: %1.", u"Not in order: %1."},
+    {u"Отвечает с моделью %1.", u"Answers with the model %1."},
+    {u"Сейчас обрабатывает текст.", u"It is processing a text now."},
+    {u"Движок не найден: переустановите Orvane или установите whisper.cpp так, чтобы программа "
+     u"whisper-server "
+     u"была в PATH.",
+     u"The engine was not found: reinstall Orvane, or install whisper.cpp so that its program whisper-server "
+     u"is "
+     u"in PATH."},
+    {u"Движок не найден: установите llama.cpp так, чтобы программа llama-server была в PATH.",
+     u"The engine was not found: install llama.cpp so that its program llama-server is in PATH."},
+    {u"Движок не запускается с моделью %1: скачайте её заново или выберите модель поменьше.",
+     u"The engine does not start with the model %1: download it again, or choose a smaller one."},
+    {u"Движок не отвечает с моделью %1: перезапустите Orvane, а если не поможет — компьютер.",
+     u"The engine does not answer with the model %1: restart Orvane or, if that does not help, the "
+     u"computer."},
+    {u"Модель не скачана: выберите её в настройках («Модели») или выполните orvane models download base.",
+     u"No model is downloaded: choose one in the settings (“Models”), or run orvane models download base."},
+    {u"Файлы моделей в порядке, %1.", u"The model files are in order, %1."},
+    {u"Файл повреждён: %1. Удалите модель и скачайте её заново.",
+     u"Damaged file: %1. Delete the model and download it again."},
+    {u"Микрофон «%1» молчит: включите его кнопкой или выберите другой в настройках звука.",
+     u"The microphone “%1” is silent: switch it on, or choose another one in the sound settings."},
+    {u"Слышно: %1.", u"Sound comes from %1."},
+    {u"Нет экрана: клавиши здесь не проверить.", u"No screen: keys cannot be checked here."},
+    {u"Нет экрана: вставку текста здесь не проверить.", u"No screen: inserting text cannot be checked here."},
+    {u"Слышны: «%1» дважды начинает диктовку.", u"They are heard: %1 twice starts a dictation."},
+    {u"В раскладке нет клавиши «%1»: выберите в настройках другую.",
+     u"The keyboard layout has no %1: choose another key in the settings."},
+    {u"F5 или Esc держит другая программа: освободите их в её настройках.",
+     u"Another program keeps F5 or Esc: free them in its settings."},
+    {u"Программам клавиши здесь не слышны: в «Настройки → Клавиатура → Комбинации клавиш» назначьте клавишу "
+     u"команде orvane toggle.",
+     u"Programs do not hear keys here: in “Settings → Keyboard → Keyboard Shortcuts” bind a key to the "
+     u"command "
+     u"orvane toggle."},
+    {u"Программам клавиши здесь не слышны: в «Параметры системы → Комбинации клавиш» назначьте клавишу "
+     u"команде "
+     u"orvane toggle.",
+     u"Programs do not hear keys here: in “System Settings → Shortcuts” bind a key to the command orvane "
+     u"toggle."},
+    {u"Программам клавиши здесь не слышны: в настройках рабочего стола назначьте клавишу команде orvane "
+     u"toggle.",
+     u"Programs do not hear keys here: in the desktop’s settings bind a key to the command orvane toggle."},
+    {u"Текст вставляется туда, где стоит курсор.", u"Text goes to where the cursor is."},
+    {u"Программам нельзя нажимать здесь клавиши: текст ждёт в буфере обмена, вставьте его сочетанием Ctrl+V.",
+     u"Programs may not press keys here: the text waits on the clipboard, insert it with Ctrl+V."},
+    {u"Свободно %1.", u"%1 free."},
+    {u"Свободное место неизвестно.", u"The free space is unknown."},
+    {u"Осталось %1: освободите место, иначе записи и модели не поместятся.",
+     u"%1 left: free some space, or recordings and models will not fit."},
+    {u"Доступны для записи: %1", u"They can be written: %1"},
+    {u"На месте папки лежит файл %1: переименуйте или удалите его.",
+     u"The file %1 is where a folder should be: rename or delete it."},
+    {u"В папку нельзя писать: выполните chmod u+rwx \"%1\".",
+     u"The folder cannot be written: run chmod u+rwx \"%1\"."},
+    {u"В папку %1 нельзя писать (%2): проверьте диск.",
+     u"The folder %1 cannot be written (%2): check the disk."},
+    {u"Папку видят другие пользователи: выполните chmod 700 \"%1\".",
+     u"Other users can look into the folder: run chmod 700 \"%1\"."},
+
     // History
     {u"Файл", u"File"},
     {u"Совещание", u"Meeting"},
@@ -262,8 +347,14 @@ inline constexpr TextPair table[] = {
      u"This file is already being downloaded by another window or command — wait until it is done."},
     {u"Адрес хранилища моделей должен начинаться с http:// или https://: ",
      u"The address of the model repository has to begin with http:// or https://: "},
-    {u"Адрес хранилища моделей не задан: укажите его при сборке или в команде.",
-     u"The address of the model repository is not set: give it when building or on the command line."},
+    {u"Адрес хранилища моделей не задан: укажите его в настройках или в команде.",
+     u"The address of the model repository is not set: give it in the settings or on the command line."},
+    {u"Адрес хранилища моделей должен начинаться с https://.",
+     u"The address of the model repository has to begin with https://."},
+    {u"По этому адресу нет моделей.", u"There are no models at this address."},
+    {u"Это не файл модели: ", u"This is no model file: "},
+    {u"По этому файлу не видно, какая это модель. Назовите его как в каталоге, например %1: ",
+     u"The file does not tell which model it is. Give it the catalogue’s name, such as %1: "},
     {u"Сервер моделей не найден. Проверьте подключение к интернету.",
      u"The model server was not found. Check your internet connection."},
     {u"Сервер моделей перестал отвечать. Повторите загрузку: она продолжится.",
@@ -324,6 +415,63 @@ inline constexpr TextPair table[] = {
     {u"Модель занята другим текстом — дождитесь, пока она его обработает.",
      u"The model is busy with another text — wait until it is done."},
     {u"Модель ничего не ответила.", u"The model gave no answer."},
+
+    // The catalogues of models
+    {u"Используется", u"In use"},
+    {u"Скачана не полностью: загрузку можно продолжить.",
+     u"Partly downloaded: the download can be continued."},
+    {u"Жду подключения к сети…", u"Waiting for a network…"},
+    {u"Соединяюсь…", u"Connecting…"},
+    {u" ОЗУ", u" RAM"},
+    {u"ГБ ОЗУ", u"GB RAM"},
+    {u"самая быстрая, черновое качество", u"the quickest, draft quality"},
+    {u"быстрая, для коротких диктовок", u"quick, for short dictations"},
+    {u"хороший русский, заметки и диктовка", u"good Russian, notes and dictation"},
+    {u"заметки и диктовка", u"notes and dictation"},
+    {u"точная, медленнее Turbo", u"accurate, slower than Turbo"},
+    {u"лучшая точность при разумной скорости", u"the best accuracy at a reasonable speed"},
+    {u"самая точная и самая медленная", u"the most accurate and the slowest"},
+    {u"прежнее поколение, медленная", u"an earlier generation, slow"},
+    {u"Движок whisper.cpp найден. Модели хранятся на этом компьютере.",
+     u"whisper.cpp engine found. The models are kept on this computer."},
+    {u"Движок whisper.cpp не установлен — модели не смогут запуститься. Положите whisper-server в одну из "
+     u"папок, перечисленных в PATH.",
+     u"The whisper.cpp engine isn’t installed — models won’t run. Put whisper-server into one of the folders "
+     u"listed in PATH."},
+    {u"Движок llama.cpp найден", u"llama.cpp engine found"},
+    {u"Движок llama.cpp не установлен — модели не смогут запуститься.",
+     u"The llama.cpp engine isn’t installed — models won’t run."},
+    {u"Положите llama-server в одну из папок, перечисленных в PATH.",
+     u"Put llama-server into one of the folders listed in PATH."},
+    {u"Модели скачиваются отсюда.", u"Models are downloaded from here."},
+    {u"В этой сборке не указано, откуда скачивать модели. Укажите адрес или добавьте модель из файла.",
+     u"This build does not know where to download models from. Give an address, or add a model from a file."},
+
+    // The settings
+    {u"Без окон: только значок в области уведомлений.", u"Without windows: only the icon in the tray."},
+    {u"Нажмите %1 дважды, чтобы начать, и ещё раз дважды, чтобы вставить текст. То же делает F5; Esc "
+     u"отменяет.",
+     u"Press %1 twice to begin, and twice again to insert the text. F5 does the same; Esc cancels."},
+    {u"В раскладке клавиатуры нет клавиши «%1» — выберите другую.",
+     u"The keyboard layout has no %1 — choose another key."},
+    {u"Сейчас F5 или Esc заняты другой программой.", u"At the moment another program keeps F5 or Esc."},
+    {u"Новые версии ищутся раз в сутки.", u"New versions are looked for once a day."},
+    {u"Модель из списка ниже работает на этом компьютере.",
+     u"A model of the list below runs on this computer."},
+    {u"Пока работает модель из списка ниже.", u"Until then a model of the list below is used."},
+    {u"На Intel крупные модели работают медленно — берите лёгкие.",
+     u"On Intel, large models run slowly — pick lighter ones."},
+    {u"Полностью локально и приватно, без скачивания моделей. Требуется Mac с Apple Silicon и включённым "
+     u"Apple Intelligence.",
+     u"Fully local and private, no model downloads. Requires a Mac with Apple Silicon and Apple Intelligence "
+     u"enabled."},
+    {u"Встроенная модель Apple готова к работе.", u"The built-in Apple model is ready."},
+
+    // The first start
+    {u"Этому компьютеру подойдёт %1. Модель можно сменить в любой момент.",
+     u"%1 suits this computer. The model can be changed at any time."},
+    {u"Скажите что-нибудь: полоски должны подпрыгнуть.", u"Say something: the bars should jump."},
+    {u"Микрофон слышит вас.", u"The microphone hears you."},
 
     // Updates
     {u"Проверить обновления…", u"Check for updates…"},
@@ -488,9 +636,10 @@ inline constexpr TextPair table[] = {
   orvane models download ID…      скачать модели; прерванная загрузка продолжится
   orvane models delete ID…        удалить модели
   orvane models path [ID…]        показать, где лежат модели
-      --repository АДРЕС          откуда скачивать (по умолчанию как задано при сборке)
+      --repository АДРЕС          откуда скачивать (по умолчанию как при сборке или в настройках)
 
   orvane                          открыть программу; с --background — только значок
+  orvane open [ФАЙЛ…]             открыть окно и расшифровать в нём файлы
   orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
   orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
   orvane status                   показать состояние диктовки
@@ -501,6 +650,9 @@ inline constexpr TextPair table[] = {
   orvane meeting [status]         показать, что с совещанием
   orvane meeting transcribe       расшифровать запись, оставшуюся после сбоя
   orvane meeting dismiss          больше не предлагать её; аудиозапись останется
+
+  orvane check                    проверить движки, модели, микрофон, клавиши и папки; 1 — что-то не так
+      --json                      то же для программ
 
   orvane --version                показать версию
   orvane --help                   показать эту справку
@@ -537,9 +689,10 @@ inline constexpr TextPair table[] = {
   orvane models download ID…      download models; an interrupted download goes on
   orvane models delete ID…        delete models
   orvane models path [ID…]        show where the models lie
-      --repository ADDRESS        where to download from (by default as the build says)
+      --repository ADDRESS        where to download from (by default as the build or the settings say)
 
   orvane                          open the program; with --background only its icon
+  orvane open [FILE…]             open the window and transcribe files in it
   orvane toggle                   start a dictation, or finish it and insert its text
   orvane start | stop | cancel    the same one by one; cancel inserts nothing
   orvane status                   show the dictation's state
@@ -551,11 +704,50 @@ inline constexpr TextPair table[] = {
   orvane meeting transcribe       transcribe a recording that a crash left behind
   orvane meeting dismiss          do not offer it any more; the audio stays
 
+  orvane check                    look whether engines, models, microphone, keys and folders work; 1 if not
+      --json                      the same for programs
+
   orvane --version                show the version
   orvane --help                   show this help
 
 Exit status: 0 done, 1 failed, 2 wrong command, 130 interrupted.
 )"},
+
+    // Windows
+    {u"%1 из %2", u"%1 of %2"},
+    {u"Вернуть", u"Undo"},
+    {u"Вчера", u"Yesterday"},
+    {u"Сегодня", u"Today"},
+    {u"Готово", u"Done"},
+    {u"Ждёт очереди", u"Waiting"},
+    {u"Исправление", u"Correction"},
+    {u"Ищу ответ…", u"Looking for the answer…"},
+    {u"МБ", u"MB"},
+    {u"Не найдено", u"Not found"},
+    {u"Расшифровка удалена", u"Transcript deleted"},
+    {u"Удалено расшифровок: %1", u"Transcripts deleted: %1"},
+    {u"Удалить выбранные расшифровки (%1)?", u"Delete the selected transcripts (%1)?"},
+    {u"Расшифровываю заново…", u"Transcribing again…"},
+    {u"Составляю протокол…", u"Writing the protocol…"},
+    {u"Скопировано", u"Copied"},
+    {u"Сохранено: ", u"Saved: "},
+    {u"Спикер", u"Speaker"},
+    {u"исправлено", u"corrected"},
+    {u"протокол", u"protocol"},
+    {u"осталось %1 мин", u"%1 min left"},
+    {u"осталось %1 с", u"%1 s left"},
+    {u"осталось %1 ч %2 мин", u"%1 h %2 min left"},
+    {u"Открыть Orvane", u"Open Orvane"},
+    {u"Настройки моделей…", u"Model settings…"},
+    {u"Окна Orvane не открываются: программа установлена не полностью.",
+     u"Orvane’s windows can’t be opened: the program is not installed completely."},
+    {u"Выберите аудио или видео", u"Choose audio or video"},
+    {u"Аудио и видео", u"Audio and video"},
+    {u"Все файлы", u"All files"},
+    {u"Выберите файл модели", u"Choose a model file"},
+    {u"Модели", u"Models"},
+    {u"Сохранить", u"Save"},
+    {u"Выберите папку", u"Choose a folder"},
 };
 
 } // namespace orvane::Localization

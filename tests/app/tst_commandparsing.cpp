@@ -15,7 +15,7 @@ struct Described
     QString operator()(CommandLine::ShowHelp) const { return u"help"_s; }
     QString operator()(CommandLine::RunApplication run) const
     {
-        return run.start == CommandLine::Start::Open ? u"open"_s : u"background"_s;
+        return run.start == CommandLine::Start::Open ? u"open "_s + run.files.join(u'|') : u"background"_s;
     }
     QString operator()(const TranscribeCommand::Options &options) const
     {
@@ -45,6 +45,10 @@ struct Described
         return u"models %1 %2"_s.arg(QString::number(static_cast<int>(options.action)),
                                      options.ids.join(u'|'));
     }
+    QString operator()(const CheckCommand::Options &options) const
+    {
+        return options.asJson ? u"check as JSON"_s : u"check"_s;
+    }
     QString operator()(const ControlCommand::Options &options) const { return options.method; }
 };
 
@@ -61,8 +65,11 @@ private Q_SLOTS:
         const auto row = [&rows](const QString &arguments, const QString &meaning) {
             rows(arguments, arguments.split(u' ', Qt::SkipEmptyParts), meaning);
         };
-        row(u""_s, u"open"_s);
+        row(u""_s, u"open "_s);
         row(u"--background"_s, u"background"_s);
+        row(u"open a.mp3 b.ogg"_s, u"open a.mp3|b.ogg"_s);
+        row(u"check"_s, u"check"_s);
+        row(u"check --json"_s, u"check as JSON"_s);
         row(u"-v"_s, u"version"_s);
         row(u"transcribe a.mp3 --help"_s, u"help"_s);
         row(u"transcribe a.mp3"_s, u"transcribe a.mp3 model= language= to=-.txt"_s);
