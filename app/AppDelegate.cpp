@@ -8,17 +8,24 @@
 #include "desktop/SessionLock.h"
 #include "dictation/Guidance.h"
 #include "ui/MenuBarController.h"
+#include "ui/WindowController.h"
+#include "ui/presentation/Desk.h"
 
 #include <QEvent>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orvane {
 
 namespace {
+
+constexpr auto launchTime = 3000ms;
+constexpr auto untilReopened = 400ms;
 
 std::chrono::nanoseconds uptime()
 {
@@ -44,10 +51,17 @@ AppDelegate::AppDelegate(AppServices &services, ControlService &control,
         });
     }
     connect(&control, &ControlService::quitRequested, this, &AppDelegate::quit);
-    connect(&control, &ControlService::activated, this, [this] {
-        if (m_menuBar)
-            m_menuBar->announce();
-    });
+    connect(&control, &ControlService::activated, this,
+            [this](const QStringList &addresses, const QString &token) {
+                spawn(reopen(QUrl::fromStringList(addresses), token));
+            });
+    connect(&control, &ControlService::actionActivated, this,
+            [this](const QString &name, const QString &token) {
+                if (name == "settings"_L1 && m_windows)
+                    m_windows->showSettings();
+                else
+                    spawn(reopen({}, token));
+            });
     control.serve(m_services.dictation(), m_services.meeting());
 }
 
@@ -60,6 +74,7 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     if (DictationController *dictation = m_services.dictation(); dictation && m_desktop) {
         showMenu(*dictation);
+        prepareWindows();
         listenToKeys(*dictation);
     }
     m_services.engineProcesses().killStaleProcesses();
@@ -115,6 +130,41 @@ void AppDelegate::showMenu(DictationController &dictation)
             &AppDelegate::explainKeyCapture);
 }
 
+void AppDelegate::prepareWindows()
+{
+    m_windows = std::make_unique<WindowController>(WindowController::Services{
+        .settings = m_services.settings(),
+        .defaults = m_services.defaults(),
+        .makeDesk = [this] { return std::make_unique<Desk>(m_services, m_desktop->keys, m_desktop->files); },
+        .moduleFolder = m_services.folders().resources});
+    WindowController *windows = m_windows.get();
+    connect(m_menuBar.get(), &MenuBarController::mainWindowRequested, windows,
+            [windows] { windows->showMain(); });
+    connect(m_menuBar.get(), &MenuBarController::modelSettingsRequested, windows,
+            [windows] { windows->showSettings(u"models"_s); });
+    connect(m_menuBar.get(), &MenuBarController::settingsRequested, windows,
+            [windows] { windows->showSettings(); });
+    connect(windows, &WindowController::quitRequested, this, &AppDelegate::quit);
+    connect(windows, &WindowController::failed, this, &AppDelegate::notify);
+    connect(windows, &WindowController::mainAppeared, this,
+            [this] { m_services.telemetry().pingIfEnabled(); });
+}
+
+void AppDelegate::open(const QList<QUrl> &files)
+{
+    if (m_windows)
+        m_windows->openFiles(files);
+}
+
+// A program that has just been started is still bringing up its window.
+QCoro::Task<> AppDelegate::reopen(QList<QUrl> files, QString token)
+{
+    const std::chrono::milliseconds sinceLaunch(m_sinceLaunch.elapsed());
+    co_await m_scope(sleepFor(std::max(launchTime - sinceLaunch, 0ms) + untilReopened));
+    if (m_windows && !m_isQuitting)
+        m_windows->openFiles(files, token);
+}
+
 void AppDelegate::explainKeyCapture()
 {
     m_desktop->guidance.guide(
@@ -167,8 +217,11 @@ void AppDelegate::quit()
 {
     if (std::exchange(m_isQuitting, true))
         return;
+    // They may be what called us.
     if (m_menuBar)
-        m_menuBar.release()->deleteLater(); // it may be what called us
+        m_menuBar.release()->deleteLater();
+    if (m_windows)
+        m_windows.release()->deleteLater();
     Q_EMIT quitting();
     spawn(endInOrder());
 }

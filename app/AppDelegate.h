@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QSessionManager>
+#include <QUrl>
 
 #include <memory>
 #include <optional>
@@ -13,9 +14,11 @@
 namespace orvane {
 
 class ControlService;
+class FileChooser;
 class KeyTap;
 class MenuBarController;
 class SessionLock;
+class WindowController;
 
 /// The application's life between its start and its end: the keys, the menu and the requests that lead to the
 /// services, and who may end the program when.
@@ -30,6 +33,7 @@ public:
         Guidance &guidance;
         KeyTap &keys;
         const SessionLock &lock;
+        FileChooser &files;
     };
 
     /// Requests are served from now on. The references outlive this; `desktop` is none without a display.
@@ -48,6 +52,9 @@ public:
     /// Once, when the program is about to end: asks every engine to end, without waiting.
     void applicationWillTerminate();
 
+    /// Shows the main window, with files to transcribe, if there is a display.
+    void open(const QList<QUrl> &files);
+
     /// Says something where the user sees it, if there is a display.
     void notify(const QString &text);
 
@@ -63,6 +70,8 @@ private:
     void listenToKeys(DictationController &dictation);
     void triggerKeyChanged(TriggerKey key, bool down);
     void showMenu(DictationController &dictation);
+    void prepareWindows();
+    QCoro::Task<> reopen(QList<QUrl> files, QString token);
     void explainKeyCapture();
     QCoro::Task<> findLeftovers();
     QCoro::Task<> endInOrder();
@@ -75,6 +84,7 @@ private:
     bool m_isQuitting = false;
     DictationTrigger m_trigger;
     std::unique_ptr<MenuBarController> m_menuBar;
+    std::unique_ptr<WindowController> m_windows;
     Scope m_scope;
 };
 

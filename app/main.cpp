@@ -19,8 +19,10 @@
 #include "settings/UserDefaults.h"
 #include "ui/Dialogs.h"
 #include "ui/DictationPanel.h"
+#include "ui/FileDialogs.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QScopeGuard>
 #include <QTimer>
 
@@ -42,6 +44,7 @@ void write(const QString &text)
 struct DesktopParts
 {
     Dialogs dialogs;
+    FileDialogs files;
     std::unique_ptr<KeyTap> keys = KeyTap::forDisplay();
     std::unique_ptr<SessionLock> lock = SessionLock::ofThisSession();
     std::unique_ptr<TextInjector> injector = TextInjector::forDisplay();
@@ -57,9 +60,17 @@ struct DesktopParts
     }
     [[nodiscard]] AppDelegate::Desktop forDelegate()
     {
-        return {.guidance = dialogs, .keys = *keys, .lock = *lock};
+        return {.guidance = dialogs, .keys = *keys, .lock = *lock, .files = files};
     }
 };
+
+QList<QUrl> urlsOf(const QStringList &files)
+{
+    QList<QUrl> urls;
+    for (const QString &file : files)
+        urls.append(QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()));
+    return urls;
+}
 
 int runApplication(CommandLine::RunApplication options)
 {
@@ -75,7 +86,7 @@ int runApplication(CommandLine::RunApplication options)
     if (instance.claim(environment.folders.orvane()) == SingleInstance::Claim::AnotherRuns) {
         Output::complain(Localization::text(u"Orvane уже работает."));
         if (options.start == CommandLine::Start::Open)
-            ControlCommand::activate();
+            ControlCommand::activate(options.files);
         return ExitStatus::success;
     }
     std::optional<DesktopParts> desktop;
@@ -89,7 +100,13 @@ int runApplication(CommandLine::RunApplication options)
                          &AppDelegate::notify);
     Interruption interruption;
     QObject::connect(&interruption, &Interruption::requested, &delegate, &AppDelegate::quit);
-    QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
+    const bool showsWindow =
+        options.start == CommandLine::Start::Open || qEnvironmentVariable("ORVANE_PREVIEW") == "1"_L1;
+    QTimer::singleShot(0, &delegate, [&delegate, &options, showsWindow] {
+        delegate.applicationDidFinishLaunching();
+        if (showsWindow)
+            delegate.open(urlsOf(options.files));
+    });
     const int status = QCoreApplication::exec();
     delegate.applicationWillTerminate();
     return status;
@@ -116,10 +133,16 @@ struct Execute
     }
 };
 
+bool usesDisplay(const CommandLine::Command &command)
+{
+    return std::holds_alternative<CommandLine::RunApplication>(command) ||
+           std::holds_alternative<CheckCommand::Options>(command);
+}
+
 /// Without a display the application runs too, for what needs no windows; it then checks for no updates.
 std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &command, int &argc, char **argv)
 {
-    if (!std::holds_alternative<CommandLine::RunApplication>(command))
+    if (!usesDisplay(command))
         return std::make_unique<QCoreApplication>(argc, argv);
     const QString platform = displayPlatform();
     if (platform.isEmpty()) {

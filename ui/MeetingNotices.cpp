@@ -16,6 +16,12 @@ MeetingNotices::MeetingNotices(const MeetingTranscriber &meeting) : m_meeting(me
     const auto lookSoon = [this] { m_soon.start(); };
     connect(&meeting, &MeetingTranscriber::stateChanged, this, lookSoon);
     connect(&meeting, &MeetingTranscriber::errorTextChanged, this, lookSoon);
+    connect(&meeting, &MeetingTranscriber::outcomeChanged, this, [this] {
+        if (m_meeting.outcome() != MeetingTranscriber::Outcome::NotStarted)
+            return;
+        m_knownError.clear(); // the same reason as the last time is news
+        m_soon.start();
+    });
 }
 
 void MeetingNotices::look()

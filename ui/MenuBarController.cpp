@@ -64,12 +64,18 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
     connect(&m_meeting, &MeetingMenu::refused, this, &MenuBarController::notify);
     connect(&m_meetingNotices, &MeetingNotices::notice, this, &MenuBarController::notify);
     connect(&m_menu, &QMenu::aboutToShow, this, &MenuBarController::rebuild);
+    connect(&m_services.meeting, &MeetingTranscriber::outcomeChanged, this, [this] {
+        m_meetingEndedLast = m_services.meeting.outcome() != MeetingTranscriber::Outcome::None;
+    });
+    connect(&m_services.dictation, &DictationController::lastErrorChanged, this,
+            [this] { m_meetingEndedLast = false; });
     connect(&m_services.dictation, &DictationController::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.dictation, &DictationController::lastErrorChanged, this,
             &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::stateChanged, this, &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::statusTextChanged, this, &MenuBarController::showState);
     connect(&m_services.meeting, &MeetingTranscriber::errorTextChanged, this, &MenuBarController::showState);
+    connect(&m_services.meeting, &MeetingTranscriber::outcomeChanged, this, &MenuBarController::showState);
     connect(&m_services.settings, &AppSettings::storageErrorChanged, this, &MenuBarController::showState);
     connect(&m_services.settings, &AppSettings::interfaceLanguageChanged, this,
             &MenuBarController::showState);
@@ -82,11 +88,6 @@ MenuBarController::MenuBarController(Services services, QObject *parent)
     showState();
     m_icon.setContextMenu(&m_menu);
     m_icon.show();
-}
-
-void MenuBarController::announce()
-{
-    notify(Localization::text(u"Orvane уже работает: его значок — в области уведомлений."));
 }
 
 void MenuBarController::notify(const QString &text)
@@ -123,14 +124,12 @@ QString MenuBarController::statusLine() const
 QString MenuBarController::statusAtRest() const
 {
     const MeetingTranscriber &meeting = m_services.meeting;
-    QStringList ofMeeting = {meeting.errorText(), meeting.statusText()};
-    ofMeeting.removeAll(QString());
-    const bool meetingIsActive = meeting.isRunning() || meeting.isTranscribing();
-    if (!meetingIsActive && !m_services.dictation.lastError().isEmpty())
-        return m_services.dictation.lastError();
-    if (!meetingIsActive && !m_services.settings.storageError().isEmpty())
-        return m_services.settings.storageError();
-    return ofMeeting.isEmpty() ? Localization::text(u"Готов") : ofMeeting.join(u" · "_s);
+    const QStringList ofMeeting = {meeting.errorText(), meeting.statusText()};
+    const QStringList problems = {m_services.dictation.lastError(), m_services.settings.storageError()};
+    const bool meetingIsFirst = m_meetingEndedLast || meeting.isRunning() || meeting.isTranscribing();
+    QStringList parts = meetingIsFirst ? ofMeeting + problems : problems + ofMeeting;
+    parts.removeAll(QString());
+    return parts.isEmpty() ? Localization::text(u"Готов") : parts.join(u" · "_s);
 }
 
 void MenuBarController::rebuild()
@@ -142,6 +141,8 @@ void MenuBarController::rebuild()
     if (status.size() > longestStatus)
         status = status.left(longestStatus - 1) + u'…';
     addLine(m_menu, status)->setToolTip(statusLine());
+    addWindows();
+    m_menu.addSeparator();
     addDictation();
     m_meeting.addTo(m_menu);
     m_menu.addSeparator();
@@ -155,6 +156,15 @@ void MenuBarController::rebuild()
     QAction *quit =
         m_menu.addAction(Localization::text(u"Завершить Orvane"), this, &MenuBarController::quitRequested);
     quit->setShortcut(QKeySequence(u"Ctrl+Q"_s));
+}
+
+void MenuBarController::addWindows()
+{
+    m_menu.addAction(Localization::text(u"Открыть Orvane"), this, &MenuBarController::mainWindowRequested);
+    m_menu.addAction(Localization::text(u"Настройки моделей…"), this,
+                     &MenuBarController::modelSettingsRequested);
+    m_menu.addAction(Localization::text(u"Настройки…"), this, &MenuBarController::settingsRequested)
+        ->setShortcut(QKeySequence(u"Ctrl+,"_s));
 }
 
 void MenuBarController::addDictation()

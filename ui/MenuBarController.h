@@ -35,9 +35,6 @@ public:
 
     explicit MenuBarController(Services services, QObject *parent = nullptr);
 
-    /// Says where the program is, to somebody who started it again.
-    void announce();
-
     /// Says something at once, wherever the user is, and for a few seconds.
     void notify(const QString &text);
 
@@ -45,6 +42,10 @@ public:
     [[nodiscard]] QMenu &menu() { return m_menu; }
 
 Q_SIGNALS:
+    void mainWindowRequested();
+    /// With the page of the models, or the one that was open last.
+    void modelSettingsRequested();
+    void settingsRequested();
     /// The user chose to end the program.
     void quitRequested();
     /// The user wants to know why there are no global keys and what to do.
@@ -54,6 +55,7 @@ private:
     void rebuild();
     void addDictation();
     void addKeyCapture();
+    void addWindows();
     void addModels();
     void addTriggers();
     void addLanguages();
@@ -66,6 +68,7 @@ private:
     Services m_services;
     MeetingMenu m_meeting;
     MeetingNotices m_meetingNotices;
+    bool m_meetingEndedLast = false; // after whatever else went wrong
     QMenu m_menu;
     QSystemTrayIcon m_icon;
 };

@@ -16,16 +16,25 @@ public:
     explicit ApplicationAdaptor(QObject *service) : QDBusAbstractAdaptor(service) {}
 
 public Q_SLOTS:
-    void Activate(const QVariantMap & /*platform*/) { Q_EMIT activated(); }
-    void Open(const QStringList & /*addresses*/, const QVariantMap & /*platform*/) { Q_EMIT activated(); }
-    void ActivateAction(const QString & /*name*/, const QVariantList & /*parameters*/,
-                        const QVariantMap & /*platform*/)
+    void Activate(const QVariantMap &platform) { Q_EMIT activated({}, tokenOf(platform)); }
+    void Open(const QStringList &addresses, const QVariantMap &platform)
     {
-        Q_EMIT activated();
+        Q_EMIT activated(addresses, tokenOf(platform));
+    }
+    void ActivateAction(const QString &name, const QVariantList & /*parameters*/, const QVariantMap &platform)
+    {
+        Q_EMIT actionActivated(name, tokenOf(platform));
     }
 
 Q_SIGNALS:
-    void activated();
+    void activated(const QStringList &addresses, const QString &token);
+    void actionActivated(const QString &name, const QString &token);
+
+private:
+    static QString tokenOf(const QVariantMap &platform)
+    {
+        return platform.value(QStringLiteral("activation-token")).toString();
+    }
 };
 
 } // namespace orvane

@@ -21,6 +21,7 @@ ControlService::ControlService(QObject *parent) : QObject(parent)
 {
     const auto *application = new ApplicationAdaptor(this);
     connect(application, &ApplicationAdaptor::activated, this, &ControlService::activated);
+    connect(application, &ApplicationAdaptor::actionActivated, this, &ControlService::actionActivated);
 }
 
 ControlService::~ControlService()

@@ -56,8 +56,11 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void quitRequested();
-    /// Somebody started the program again.
-    void activated();
+    /// Somebody started the program again, or opened files with it, by their URLs. The token is the right to
+    /// come forward; empty where the desktop gives none.
+    void activated(const QStringList &addresses, const QString &token);
+    /// One of the actions in the program's desktop file.
+    void actionActivated(const QString &name, const QString &token);
 
 private:
     /// False when there is none, which is then the answer.

@@ -5,6 +5,7 @@
 #include "base/Async.h"
 #include "desktop/KeyTap.h"
 #include "desktop/SessionLock.h"
+#include "tests/support/FakeFileChooser.h"
 #include "tests/support/Rows.h"
 #include "tests/support/ServicesHome.h"
 #include "tests/support/SessionBus.h"
@@ -165,7 +166,8 @@ private:
         m_services = std::make_unique<AppServices>(environment);
         m_delegate = std::make_unique<AppDelegate>(
             *m_services, *m_control,
-            AppDelegate::Desktop{.guidance = m_home->guidance, .keys = m_keys, .lock = m_lock});
+            AppDelegate::Desktop{
+                .guidance = m_home->guidance, .keys = m_keys, .lock = m_lock, .files = m_files});
         m_delegate->applicationDidFinishLaunching();
     }
 
@@ -184,6 +186,7 @@ private:
     std::unique_ptr<ServicesHome> m_home;
     FakeKeys m_keys;
     FakeLock m_lock;
+    FakeFileChooser m_files;
     std::unique_ptr<ControlService> m_control;
     std::unique_ptr<AppServices> m_services;
     std::unique_ptr<AppDelegate> m_delegate;

@@ -13,6 +13,8 @@ import sys
 from pathlib import Path
 
 TABLE = "base/localization/LocalizationTable.h"
+# Of the texts that scenes alone say.
+SCENE_TABLE = "ui/presentation/SceneTable.h"
 LISTS = Path(__file__).parent
 CYRILLIC = re.compile("[а-яёА-ЯЁ]")
 # A comment, a raw literal, or literals that the compiler joins.
@@ -56,16 +58,19 @@ def main(source):
     listed = subprocess.run(["git", "-C", source, "ls-files", "-co", "--exclude-standard"],
                             check=True, capture_output=True, text=True).stdout.splitlines()
     files = [name for name in listed if name.endswith((".cpp", ".h", ".mm", ".qml"))
-             and not name.startswith("tests/") and name != TABLE and Path(source, name).exists()]
-    table = [text for _, text in texts_of(Path(source, TABLE))]
+             and not name.startswith("tests/") and name not in (TABLE, SCENE_TABLE) and Path(source, name).exists()]
+    table, scene_table = ([text for _, text in texts_of(Path(source, name))] for name in (TABLE, SCENE_TABLE))
     russian, awaiting = TextList("texts_that_stay_russian.txt"), TextList("texts_awaiting_their_code.txt")
     used, faults = set(), []
     for name in files:
         for line, text in texts_of(Path(source, name)):
             used.add(text)
-            if text not in table and not russian.covers(text):
+            known = text in table or name.endswith(".qml") and text in scene_table
+            if not known and not russian.covers(text):
                 faults.append(f"{name}:{line}: not translated: {text!r}")
-    faults += [f"{TABLE}: used nowhere: {text!r}" for text in table if text not in used and not awaiting.covers(text)]
+    faults += [f"{name}: used nowhere: {text!r}" for name, texts in ((TABLE, table), (SCENE_TABLE, scene_table))
+               for text in texts if text not in used and not awaiting.covers(text)]
+    faults += [f"{SCENE_TABLE}: also in {TABLE}: {text!r}" for text in scene_table if text in table]
     faults += [f"texts_that_stay_russian.txt: used nowhere: {text!r}" for text in russian.unused()]
     faults += [f"texts_awaiting_their_code.txt: its code has come: {text!r}" for text in awaiting.unused()]
     if not used or not table:

@@ -202,7 +202,7 @@ private Q_SLOTS:
         const auto result = m_orvane->run({u"models"_s, u"download"_s, u"tiny"_s});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(QString::fromUtf8(result.complaints),
-                 u"Не удалось скачать tiny: Адрес хранилища моделей не задан: укажите его при сборке или в "
+                 u"Не удалось скачать tiny: Адрес хранилища моделей не задан: укажите его в настройках или в "
                  u"команде.\n"_s);
         QCOMPARE(recognitionFiles(), QStringList());
     }

@@ -55,11 +55,11 @@ private Q_SLOTS:
     void speaksBothLanguages()
     {
         QCOMPARE(texts(opened()),
-                 QStringList({u"Готов"_s, u"Начать диктовку"_s, u"Начать запись совещания"_s,
-                              u"Модель распознавания"_s, u"Клавиша диктовки"_s, u"Язык распознавания"_s,
-                              u"Режим диктовки"_s, u"Перехват клавиш: нет доступа"_s,
-                              u"Выдать «Универсальный доступ»…"_s, u"Проверить обновления…"_s,
-                              u"Завершить Orvane"_s}));
+                 QStringList({u"Готов"_s, u"Открыть Orvane"_s, u"Настройки моделей…"_s, u"Настройки…"_s,
+                              u"Начать диктовку"_s, u"Начать запись совещания"_s, u"Модель распознавания"_s,
+                              u"Клавиша диктовки"_s, u"Язык распознавания"_s, u"Режим диктовки"_s,
+                              u"Перехват клавиш: нет доступа"_s, u"Выдать «Универсальный доступ»…"_s,
+                              u"Проверить обновления…"_s, u"Завершить Orvane"_s}));
         m_services->settings().setInterfaceLanguage(u"en"_s);
         QVERIFY(!texts(opened()).join(QString()).contains(QRegularExpression(u"[а-яё]"_s)));
         const QSignalSpy quit(m_controller.get(), &MenuBarController::quitRequested);

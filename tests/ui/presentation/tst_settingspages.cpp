@@ -1,0 +1,132 @@
+#include "app/services/AppServices.h"
+#include "desktop/KeyTap.h"
+#include "tests/support/FakeFileChooser.h"
+#include "tests/support/Files.h"
+#include "ui/presentation/FirstStart.h"
+#include "ui/presentation/KeyText.h"
+#include "ui/presentation/Prompt.h"
+#include "ui/presentation/SpeechCatalogue.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using orvane::test::put;
+
+namespace {
+
+struct Keys : KeyTap
+{
+    bool active = true;
+    bool hasTrigger = true;
+    bool grabMissing = false;
+
+    [[nodiscard]] bool isActive() const override { return active; }
+    [[nodiscard]] bool has(TriggerKey) const override { return hasTrigger; }
+    [[nodiscard]] bool grabIsMissing() const override { return grabMissing; }
+};
+
+} // namespace
+
+class TestSettingsPages : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_home = std::make_unique<QTemporaryDir>(); }
+
+    void saysHowToDictate_data()
+    {
+        QTest::addColumn<bool>("active");
+        QTest::addColumn<bool>("hasTrigger");
+        QTest::addColumn<bool>("grabMissing");
+        QTest::addColumn<QString>("part");
+        QTest::newRow("works") << true << true << false << u"Нажмите правый Ctrl дважды"_s;
+        QTest::newRow("no F5") << true << true << true << u"F5 или Esc заняты другой программой."_s;
+        QTest::newRow("no such key") << true << false << false << u"нет клавиши «правый Ctrl»"_s;
+        QTest::newRow("Wayland") << false << false << false << u"«orvane toggle»"_s;
+    }
+
+    void saysHowToDictate()
+    {
+        QFETCH(const bool, active);
+        QFETCH(const bool, hasTrigger);
+        QFETCH(const bool, grabMissing);
+        QFETCH(const QString, part);
+        Keys keys;
+        keys.active = active;
+        keys.hasTrigger = hasTrigger;
+        keys.grabMissing = grabMissing;
+        AppServices services(environment());
+        QVERIFY2(keyText(services.settings(), keys).contains(part),
+                 qPrintable(keyText(services.settings(), keys)));
+    }
+
+    void keepsThePrompt()
+    {
+        AppServices services(environment());
+        Prompt prompt(services.settings());
+        QVERIFY(prompt.isDefault());
+        prompt.store(prompt.text());
+        services.settings().setCorrectionPrompt(u"Пиши прописными."_s);
+        QVERIFY(!prompt.isDefault());
+        prompt.store(u" \n"_s); // the model is told the default one then
+        QVERIFY(prompt.isDefault());
+        QVERIFY(services.corrector().correctionSystemPrompt().startsWith(prompt.text()));
+        QVERIFY(services.corrector().correctionSystemPrompt().endsWith(prompt.safeguard()));
+        prompt.store(u"Пиши прописными."_s);
+        prompt.reset();
+        QVERIFY(prompt.isDefault());
+    }
+
+    void isShownOnce()
+    {
+        orvane::test::FakeFileChooser files;
+        const Keys keys;
+        const auto check = [&](AppServices &services, bool isDue) {
+            SpeechCatalogue catalogue(
+                {services.settings(), services.models(), services.whisperEngine(), files});
+            FirstStart first({services.settings(), services.models(), catalogue, keys, m_home->path()});
+            QCOMPARE(first.isDue(), isDue);
+            QVERIFY(first.suggestedModels()->rowCount() >= 2);
+            if (isDue)
+                first.begin();
+            first.end();
+            return first.finish();
+        };
+        {
+            AppServices services(environment());
+            QVERIFY(!services.settings().storedLanguageCode());
+            check(services, true);
+            QCOMPARE(services.settings().language().code, u"auto"_s);
+            services.settings().setLanguageCode(u"kk"_s);
+        }
+        {
+            AppServices services(environment());
+            check(services, false);
+        }
+        QVERIFY(QFile::remove(environment().defaultsFile));
+        QVERIFY(QDir().mkpath(environment().folders.models()));
+        put(environment().folders.models() + u"/ggml-base.bin"_s, "lmgg");
+        AppServices services(environment());
+        check(services, false); // there is nothing to begin with
+        QVERIFY(!services.settings().storedLanguageCode());
+    }
+
+private:
+    [[nodiscard]] AppServices::Environment environment() const
+    {
+        AppServices::Environment environment;
+        environment.folders = {
+            .applicationSupport = m_home->path(), .resources = m_home->path(), .temporary = m_home->path()};
+        environment.defaultsFile = m_home->filePath(u"settings.json"_s);
+        return environment;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_home;
+};
+
+QTEST_GUILESS_MAIN(TestSettingsPages)
+#include "tst_settingspages.moc"

@@ -1,0 +1,172 @@
+#include "ui/presentation/Desk.h"
+
+#include "app/services/AppServices.h"
+#include "base/localization/Localization.h"
+#include "recognition/TranscriptionService.h"
+#include "settings/AppSettings.h"
+#include "ui/presentation/FileChooser.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+/// What the queue needs of the services, without knowing them.
+QCoro::Task<std::optional<QUuid>> transcribed(TranscriptionService *transcriber,
+                                              std::optional<TranscriptPipeline::Request> request)
+{
+    if (!request)
+        throw Error(Localization::text(u"Нет скачанных моделей"));
+    const auto result = co_await transcriber->transcribe({.audioPath = request->audioPath,
+                                                          .model = request->model,
+                                                          .language = request->language,
+                                                          .speakers = request->speakers});
+    co_return result.savedID;
+}
+
+} // namespace
+
+Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObject *parent)
+    : QObject(parent),
+      m_settings(services.settings()),
+      m_settingsPage(u"general"_s),
+      m_saver(services.history(), files, m_notices),
+      m_recognition(services.settings(), services.models()),
+      m_history(services.history(), m_saver, m_notices),
+      m_record({.history = services.history(),
+                .saver = m_saver,
+                .notices = m_notices,
+                .recordingsFolder = services.folders().recordings(),
+                .work = {.processor = services.recordProcessor(),
+                         .corrector = services.corrector(),
+                         .recognition = m_recognition}}),
+      m_queue(transcriberOf(services.transcriber(), files)),
+      m_meeting(services.meeting(),
+                MeetingDesk::Machine::ofUser(services.folders().resources, services.folders().recordings())),
+      m_activity({.settings = services.settings(),
+                  .models = services.models(),
+                  .correctionModels = services.correctionModels(),
+                  .transcriber = services.transcriber(),
+                  .meeting = services.meeting(),
+                  .processor = services.recordProcessor()}),
+      m_general(services.settings(), keys, *services.updates()),
+      m_repository(services.settings(), services.models()),
+      m_speechModels({.settings = services.settings(),
+                      .models = services.models(),
+                      .engine = services.whisperEngine(),
+                      .chooser = files}),
+      m_languageModels({.settings = services.settings(),
+                        .models = services.correctionModels(),
+                        .corrector = services.corrector(),
+                        .chooser = files}),
+      m_prompt(services.settings()),
+      m_systemCheck({.settings = services.settings(),
+                     .models = services.models(),
+                     .correctionModels = services.correctionModels(),
+                     .engine = services.whisperEngine(),
+                     .corrector = services.corrector(),
+                     .turns = services.turns(),
+                     .folders = services.folders(),
+                     .keys = &keys}),
+      m_check(m_systemCheck),
+      m_firstStart({.settings = services.settings(),
+                    .models = services.models(),
+                    .catalogue = m_speechModels,
+                    .keys = keys,
+                    .moduleFolder = services.folders().resources})
+{
+    m_page = m_firstStart.isDue() ? u"first"_s : u"file"_s;
+    connect(&m_firstStart, &FirstStart::finished, this, [this] { setPage(u"file"_s); });
+    connect(&m_meeting, &MeetingDesk::refused, &m_notices, &Notices::show);
+    followRecord();
+    followQueue(services.transcriber());
+}
+
+void Desk::followRecord()
+{
+    connect(&m_history, &HistoryList::opened, this, [this](const QUuid &id) {
+        m_record.open(id, m_history.search().trimmed());
+        setPage(u"record"_s);
+    });
+    connect(&m_history, &HistoryList::removed, this, [this](const QUuid &id) {
+        if (QUuid(m_record.recordId()) == id)
+            closeRecord();
+    });
+    connect(&m_record, &OpenRecord::gone, this, &Desk::closeRecord);
+    connect(&m_record, &RecordWork::settingsRequested, this, [this] { showSettings(u"correction"_s); });
+}
+
+void Desk::followQueue(TranscriptionService &transcriber)
+{
+    connect(&m_queue, &FileQueue::transcribed, this, [this](const QUuid &id) {
+        // The one result that somebody waits for; of several each is opened from the queue.
+        if (m_page == "file"_L1 && m_queue.count() == 1)
+            openRecord(id.toString());
+    });
+    const auto showProgress = [this, &transcriber] {
+        m_queue.setProgress(transcriber.statusText(), transcriber.progress(), transcriber.remainingMs());
+    };
+    connect(&transcriber, &TranscriptionService::progressChanged, this, showProgress);
+    connect(&transcriber, &TranscriptionService::statusTextChanged, this, showProgress);
+}
+
+FileQueue::Transcriber Desk::transcriberOf(TranscriptionService &transcriber, FileChooser &files) const
+{
+    const auto choose = [this, &transcriber, &files] {
+        if (const auto request = m_recognition.request({}))
+            transcriber.prewarm(request->model.path); // while the user looks for the file
+        return files.media();
+    };
+    return {.transcribe =
+                [this, &transcriber](const QString &path) {
+                    return orvane::transcribed(&transcriber, m_recognition.request(path));
+                },
+            .cancel = [&transcriber] { transcriber.cancel(); },
+            .choose = choose};
+}
+
+void Desk::setPage(const QString &page)
+{
+    if (std::exchange(m_page, page) != page)
+        Q_EMIT pageChanged();
+}
+
+void Desk::setSettingsPage(const QString &page)
+{
+    if (std::exchange(m_settingsPage, page) != page)
+        Q_EMIT settingsPageChanged();
+}
+
+QObject *Desk::settings() const
+{
+    return &m_settings;
+}
+
+void Desk::openRecord(const QString &id)
+{
+    m_record.open(QUuid(id), {});
+    setPage(u"record"_s);
+}
+
+void Desk::closeRecord()
+{
+    m_record.open({}, {});
+    if (m_page == "record"_L1)
+        setPage(u"file"_s);
+}
+
+void Desk::showSettings(const QString &page)
+{
+    if (!page.isEmpty())
+        setSettingsPage(page);
+    Q_EMIT settingsRequested();
+}
+
+void Desk::open(const QList<QUrl> &files)
+{
+    setPage(u"file"_s);
+    m_queue.add(files);
+}
+
+} // namespace orvane

@@ -1,0 +1,165 @@
+#include "ui/presentation/FileQueue.h"
+
+#include "base/Async.h"
+#include "base/localization/Localization.h"
+#include "ui/presentation/Spans.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+FileQueue::FileQueue(Transcriber transcriber, QObject *parent)
+    : RowModel({"key", "name", "state", "detail", "progress", "recordId", "canRise", "canSink"}, parent),
+      m_transcriber(std::move(transcriber))
+{}
+
+FileQueue::~FileQueue()
+{
+    m_scope.end();
+}
+
+void FileQueue::add(const QList<QUrl> &urls)
+{
+    for (const QUrl &url : urls) {
+        const QString path = url.toLocalFile();
+        if (!path.isEmpty() && !QFileInfo(path).isDir())
+            m_entries.append({.key = ++m_lastKey, .path = path});
+    }
+    show();
+    if (!m_isWorking)
+        spawn(work());
+}
+
+bool FileQueue::hasWaiting() const
+{
+    return std::ranges::find(m_entries, State::Waiting, &Entry::state) != m_entries.end();
+}
+
+void FileQueue::choose()
+{
+    spawn(add());
+}
+
+QCoro::Task<> FileQueue::add()
+{
+    add(co_await m_scope(m_transcriber.choose()));
+}
+
+QCoro::Task<> FileQueue::work()
+{
+    m_isWorking = true;
+    Q_EMIT workingChanged();
+    while (true) {
+        const auto next = std::ranges::find(m_entries, State::Waiting, &Entry::state);
+        if (next == m_entries.end())
+            break;
+        const int key = next->key;
+        const QString path = next->path;
+        next->state = State::Working;
+        m_elapsed.start();
+        std::optional<QUuid> record;
+        QString failure;
+        show();
+        try {
+            record = co_await m_scope(m_transcriber.transcribe(path));
+        } catch (const Gone &) {
+            throw;
+        } catch (const Cancelled &) {
+            failure = Localization::text(u"Отменено");
+        } catch (const std::exception &error) {
+            failure = descriptionOf(error);
+        }
+        if (Entry *entry = find(key)) { // it may have been taken out meanwhile
+            entry->state = failure.isEmpty() ? State::Done : State::Failed;
+            entry->record = record.value_or(QUuid());
+            entry->detail = !failure.isEmpty() ? failure
+                            : record           ? Localization::text(u"Готово")
+                                               : Localization::text(u"речь не найдена");
+        }
+        show();
+        if (record)
+            Q_EMIT transcribed(*record);
+    }
+    m_isWorking = false;
+    Q_EMIT workingChanged();
+}
+
+bool FileQueue::waits(qsizetype index) const
+{
+    return index >= 0 && index < m_entries.size() && m_entries.at(index).state == State::Waiting;
+}
+
+void FileQueue::move(int from, int to)
+{
+    if (!waits(from) || !waits(to))
+        return;
+    m_entries.move(from, to);
+    show();
+}
+
+void FileQueue::removeAt(int index)
+{
+    if (index < 0 || index >= m_entries.size())
+        return;
+    const bool isWorking = m_entries.at(index).state == State::Working;
+    m_entries.removeAt(index);
+    show();
+    if (isWorking)
+        m_transcriber.cancel();
+}
+
+void FileQueue::retry(int index)
+{
+    if (index < 0 || index >= m_entries.size() || m_entries.at(index).state != State::Failed)
+        return;
+    const QString path = m_entries.takeAt(index).path;
+    add({QUrl::fromLocalFile(path)});
+}
+
+void FileQueue::setProgress(const QString &stage, double fraction, qint64 remainingMs)
+{
+    Entry *entry = working();
+    if (!entry)
+        return;
+    entry->progress = fraction;
+    QStringList parts = {stage, Spans::clock(m_elapsed.elapsed()), Spans::remaining(remainingMs)};
+    parts.removeAll(QString());
+    entry->detail = parts.join(u" · "_s);
+    show();
+}
+
+FileQueue::Entry *FileQueue::find(int key)
+{
+    const auto found = std::ranges::find(m_entries, key, &Entry::key);
+    return found == m_entries.end() ? nullptr : &*found;
+}
+
+FileQueue::Entry *FileQueue::working()
+{
+    const auto found = std::ranges::find(m_entries, State::Working, &Entry::state);
+    return found == m_entries.end() ? nullptr : &*found;
+}
+
+void FileQueue::show()
+{
+    static const QStringList states = {u"waiting"_s, u"working"_s, u"done"_s, u"failed"_s};
+    QList<QVariantMap> rows;
+    for (qsizetype i = 0; i < m_entries.size(); ++i) {
+        const Entry &entry = m_entries.at(i);
+        rows.append({{u"key"_s, entry.key},
+                     {u"name"_s, QFileInfo(entry.path).fileName()},
+                     {u"state"_s, states.at(int(entry.state))},
+                     {u"detail"_s, waits(i) ? Localization::text(u"Ждёт очереди") : entry.detail},
+                     {u"progress"_s, entry.progress},
+                     {u"recordId"_s, entry.record.isNull() ? QString() : entry.record.toString()},
+                     {u"canRise"_s, waits(i) && waits(i - 1)},
+                     {u"canSink"_s, waits(i) && waits(i + 1)}});
+    }
+    setRows(rows);
+}
+
+} // namespace orvane

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "base/Operation.h"
+#include "base/Scope.h"
+#include "ui/presentation/RowModel.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QUrl>
+#include <QUuid>
+
+#include <functional>
+#include <optional>
+
+namespace orvane {
+
+/// Files to transcribe, one after the other in their order; one that fails does not stop those behind it.
+/// Main thread.
+class FileQueue : public RowModel
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isWorking READ isWorking NOTIFY workingChanged)
+
+public:
+    /// How a file is transcribed and saved: the record's id, or none when there was no speech.
+    struct Transcriber
+    {
+        std::function<QCoro::Task<std::optional<QUuid>>(QString path)> transcribe;
+        /// Ends the one that runs.
+        std::function<void()> cancel;
+        /// Asks the user for files; empty when none were chosen.
+        std::function<QCoro::Task<QList<QUrl>>()> choose;
+    };
+
+    explicit FileQueue(Transcriber transcriber, QObject *parent = nullptr);
+    ~FileQueue() override;
+
+    [[nodiscard]] bool isWorking() const { return m_isWorking; }
+    [[nodiscard]] bool hasWaiting() const;
+
+    /// Local files; a folder stands for nothing. Begins with the first when none is being transcribed.
+    Q_INVOKABLE void add(const QList<QUrl> &urls);
+    Q_INVOKABLE void choose();
+    /// Only among those that wait.
+    Q_INVOKABLE void move(int from, int to);
+    /// Also ends the one that is being transcribed.
+    Q_INVOKABLE void removeAt(int index);
+    /// One that failed goes to the end.
+    Q_INVOKABLE void retry(int index);
+    /// What is known of the file that is being transcribed.
+    void setProgress(const QString &stage, double fraction, qint64 remainingMs);
+
+Q_SIGNALS:
+    void workingChanged();
+    /// A file has become a record.
+    void transcribed(const QUuid &record);
+
+private:
+    enum class State { Waiting, Working, Done, Failed };
+    struct Entry
+    {
+        int key;
+        QString path;
+        State state = State::Waiting;
+        QString detail = {};
+        double progress = 0;
+        QUuid record = {};
+    };
+
+    QCoro::Task<> work();
+    QCoro::Task<> add();
+    [[nodiscard]] bool waits(qsizetype index) const;
+    [[nodiscard]] Entry *find(int key);
+    [[nodiscard]] Entry *working();
+    void show();
+
+    const Transcriber m_transcriber;
+    QList<Entry> m_entries;
+    int m_lastKey = 0;
+    bool m_isWorking = false;
+    QElapsedTimer m_elapsed;
+    Scope m_scope;
+};
+
+} // namespace orvane

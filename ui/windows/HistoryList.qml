@@ -1,0 +1,126 @@
+import QtQuick
+import QtQuick.Templates as T
+import Orvane.Windows
+
+/// The records by day, newest first. Several can be chosen with Ctrl and Shift.
+ListView {
+    id: list
+
+    required property QtObject desk
+    readonly property QtObject history: desk.history
+
+    function chosen() {
+        return history.selection.length ? history.selection : currentItem ? [currentItem.recordId] : [];
+    }
+    function askToRemove() {
+        const records = chosen();
+        if (records.length === 0)
+            return;
+        removal.records = records;
+        removal.open();
+    }
+
+    clip: true
+    model: history
+    currentIndex: -1
+    keyNavigationEnabled: true
+    activeFocusOnTab: true
+    boundsBehavior: Flickable.StopAtBounds
+    Accessible.role: Accessible.List
+    Accessible.name: Texts.of("История")
+    Keys.onReturnPressed: if (currentItem) history.open(currentItem.recordId)
+    Keys.onDeletePressed: askToRemove()
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F2 && currentItem) {
+            currentItem.beginRename();
+            event.accepted = true;
+        }
+    }
+    T.ScrollBar.vertical: Scroll {}
+
+    section.property: "day"
+    section.delegate: Words {
+        required property string section
+        width: ListView.view.width
+        height: 38
+        leftPadding: 20
+        topPadding: 14
+        role: Words.Small
+        text: section
+    }
+    delegate: HistoryRow {
+        width: ListView.view.width
+        history: list.history
+        isCurrent: ListView.isCurrentItem
+        isOpen: list.desk.page === "record" && list.desk.record.recordId === recordId
+        onMenuRequested: at => {
+            menu.row = this;
+            menu.popup(this, at.x, at.y);
+        }
+        onRemovalRequested: list.askToRemove()
+    }
+
+    footer: Words {
+        width: ListView.view.width
+        leftPadding: 20
+        rightPadding: 20
+        topPadding: 12
+        role: Words.Small
+        color: Theme.accent
+        wrapMode: Text.Wrap
+        visible: text !== ""
+        text: list.history.error
+    }
+
+    Empty {
+        anchors.centerIn: parent
+        width: parent.width - 48
+        visible: list.count === 0 && list.history.isLoaded
+        text: list.history.search === "" ? Texts.of("Здесь появятся расшифровки файлов и совещаний.") : Texts.of("Ничего не найдено.")
+    }
+
+    ContextMenu {
+        id: menu
+
+        property Item row: null
+
+        ContextEntry {
+            text: Texts.of("Переименовать…")
+            iconName: "pencil"
+            keys: "F2"
+            onTriggered: menu.row.beginRename()
+        }
+        ContextEntry {
+            text: Texts.of("Сохранить как .txt")
+            iconName: "save"
+            onTriggered: list.history.save(list.chosen(), "txt")
+        }
+        ContextEntry {
+            text: Texts.of("Сохранить как .md (Markdown)")
+            iconName: "save"
+            onTriggered: list.history.save(list.chosen(), "md")
+        }
+        ContextEntry {
+            text: Texts.of("Сохранить как .srt")
+            iconName: "save"
+            onTriggered: list.history.save(list.chosen(), "srt")
+        }
+        ContextEntry {
+            text: Texts.of("Удалить расшифровку")
+            help: Texts.of("Удалить расшифровку из истории (аудиофайл записи останется на диске)")
+            iconName: "trash"
+            keys: "Del"
+            onTriggered: list.askToRemove()
+        }
+    }
+    Confirm {
+        id: removal
+
+        property var records: []
+
+        title: list.history.removalTitle(records)
+        text: list.history.removalText(records)
+        yes: Texts.of("Удалить")
+        onAccepted: list.history.remove(records)
+    }
+}

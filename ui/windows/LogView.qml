@@ -1,0 +1,62 @@
+import QtQuick
+import QtQuick.Templates as T
+import Orvane.Windows
+
+/// What was done with the record, newest last.
+ListView {
+    id: view
+
+    required property QtObject record
+
+    clip: true
+    topMargin: 16
+    bottomMargin: 16
+    spacing: 12
+    model: record.log
+    activeFocusOnTab: true
+    boundsBehavior: Flickable.StopAtBounds
+    Accessible.role: Accessible.List
+    Accessible.name: Texts.of("Журнал")
+    T.ScrollBar.vertical: Scroll {}
+    delegate: Item {
+        id: entry
+
+        required property string time
+        required property string what
+        required property string text
+
+        width: ListView.view.width
+        height: column.implicitHeight
+        Accessible.role: Accessible.ListItem
+        Accessible.name: time + " " + what
+        Words {
+            x: Theme.margin
+            width: 130
+            role: Words.Small
+            text: entry.time
+            Accessible.ignored: true
+        }
+        Column {
+            id: column
+            x: Theme.margin + 138
+            width: parent.width - x - Theme.margin
+            spacing: 2
+            Words {
+                width: parent.width
+                text: entry.what
+                font.weight: Font.Medium
+                Accessible.ignored: true
+            }
+            Words {
+                width: parent.width
+                color: Theme.secondary
+                text: entry.text
+                wrapMode: Text.Wrap
+                maximumLineCount: 3
+                elide: Text.ElideRight
+                visible: text !== ""
+                Accessible.ignored: true
+            }
+        }
+    }
+}

@@ -1,0 +1,62 @@
+import QtQuick
+import QtQuick.Templates as T
+import Orvane.Windows
+
+/// The protocol of a meeting, or of any record.
+Item {
+    id: view
+
+    required property QtObject record
+
+    Flickable {
+        anchors.fill: parent
+        visible: view.record.summary !== ""
+        clip: true
+        contentHeight: words.implicitHeight + buttons.height + 48
+        boundsBehavior: Flickable.StopAtBounds
+        T.ScrollBar.vertical: Scroll {}
+        Row {
+            id: buttons
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.margin
+            y: 12
+            spacing: 8
+            PushButton {
+                iconName: "copy"
+                text: Texts.of("Скопировать")
+                onClicked: view.record.copySummary()
+            }
+            PushButton {
+                iconName: "save"
+                text: Texts.of("Сохранить")
+                onClicked: view.record.saveSummary()
+            }
+            PushButton {
+                iconName: "refresh"
+                hint: Texts.of("Составить заново")
+                enabled: view.record.canProcess
+                onClicked: view.record.summarize()
+            }
+        }
+        ReadingText {
+            id: words
+            x: Theme.margin
+            y: buttons.height + 20
+            width: Math.min(parent.width - 2 * Theme.margin, 720)
+            textFormat: TextEdit.MarkdownText
+            text: view.record.summary
+            label: Texts.of("Протокол")
+        }
+    }
+    Offer {
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 80, 460)
+        visible: view.record.summary === "" && !view.record.isBusy
+        record: view.record
+        iconName: "file"
+        title: Texts.of("Протокола ещё нет")
+        text: Texts.of("Языковая модель составит его по расшифровке: кратко суть и список задач.")
+        action: Texts.of("Составить протокол")
+        onAccepted: view.record.summarize()
+    }
+}

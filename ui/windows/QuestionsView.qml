@@ -1,0 +1,95 @@
+import QtQuick
+import QtQuick.Templates as T
+import Orvane.Windows
+
+/// Questions about the text, and what the model answered.
+Item {
+    id: view
+
+    required property QtObject record
+
+    ListView {
+        anchors.top: parent.top
+        anchors.bottom: asking.top
+        width: parent.width
+        clip: true
+        topMargin: 16
+        bottomMargin: 16
+        spacing: 16
+        model: view.record.questions
+        activeFocusOnTab: true
+        boundsBehavior: Flickable.StopAtBounds
+        Accessible.role: Accessible.List
+        Accessible.name: Texts.of("Вопросы")
+        T.ScrollBar.vertical: Scroll {}
+        delegate: Column {
+            id: exchange
+
+            required property string question
+            required property string answer
+            required property string time
+
+            x: Theme.margin
+            width: ListView.view.width - 2 * Theme.margin
+            spacing: 4
+            Accessible.role: Accessible.ListItem
+            Accessible.name: question
+            Words {
+                width: parent.width
+                text: exchange.question
+                font.weight: Font.Medium
+                wrapMode: Text.Wrap
+            }
+            ReadingText {
+                width: parent.width
+                textFormat: TextEdit.MarkdownText
+                text: exchange.answer
+                label: exchange.question
+            }
+            Words {
+                role: Words.Small
+                text: exchange.time
+            }
+        }
+        Empty {
+            anchors.centerIn: parent
+            width: parent.width - 120
+            visible: parent.count === 0
+            iconName: "question"
+            title: Texts.of("Спросите о тексте")
+            text: Texts.of("Например: «Кто за что отвечает?» или «Какие решения приняты?»")
+        }
+    }
+    Item {
+        id: asking
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: 66
+        Line {
+            width: parent.width
+        }
+        Field {
+            id: field
+            x: Theme.margin
+            anchors.verticalCenter: parent.verticalCenter
+            width: parent.width - 2 * Theme.margin - send.width - 8
+            focus: true
+            enabled: view.record.canProcess
+            placeholderText: view.record.canProcess ? Texts.of("Вопрос по тексту") : view.record.processingRefusal
+            Keys.onReturnPressed: send.click()
+        }
+        PushButton {
+            id: send
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.margin
+            anchors.verticalCenter: parent.verticalCenter
+            accented: true
+            text: Texts.of("Спросить")
+            enabled: view.record.canProcess && !view.record.isBusy && field.text.trim() !== ""
+            onClicked: {
+                view.record.ask(field.text);
+                field.clear();
+            }
+        }
+    }
+}

@@ -1,0 +1,38 @@
+import QtQuick
+import Orvane.Windows
+
+/// Has the record's audio recognised again, in another way.
+Sheet {
+    id: sheet
+
+    required property QtObject desk
+    required property QtObject record
+
+    title: Texts.of("Расшифровать заново")
+    width: Math.min(520, parent.width - 64)
+    onAccepted: record.transcribeAgain()
+    contentItem: Column {
+        spacing: 16
+        Words {
+            width: parent.width
+            color: Theme.secondary
+            wrapMode: Text.Wrap
+            text: Texts.of("Текст записи будет заменён; исправления и протокол к нему удалятся. В журнале останется и прежний текст.")
+        }
+        RecognitionChoices {
+            recognition: sheet.desk.recognition
+        }
+    }
+    actions: [
+        PushButton {
+            text: Texts.of("Отмена")
+            onClicked: sheet.reject()
+        },
+        PushButton {
+            accented: true
+            text: Texts.of("Расшифровать")
+            enabled: sheet.desk.recognition.hasModel
+            onClicked: sheet.accept()
+        }
+    ]
+}

@@ -1,0 +1,26 @@
+import QtQuick
+import QtQuick.Templates as T
+import Orvane.Windows
+
+/// A menu that opens at what it is about.
+T.Menu {
+    id: menu
+
+    margins: 8
+    padding: 6
+    implicitWidth: 240
+    implicitHeight: contentItem.implicitHeight + 2 * padding
+    delegate: ContextEntry {}
+    background: Rectangle {
+        radius: Theme.radius + 2
+        color: Theme.surface
+        border.width: 1
+        border.color: Theme.line
+    }
+    contentItem: ListView {
+        implicitHeight: contentHeight
+        interactive: false
+        model: menu.contentModel
+        currentIndex: menu.currentIndex
+    }
+}
