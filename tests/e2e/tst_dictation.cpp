@@ -174,11 +174,12 @@ private Q_SLOTS:
         FocusedEditor focused(Kind::Terminal);
         beginDictation();
         m_sound.speak(microphone, m_speech);
+        QTRY_COMPARE_WITH_TIMEOUT(m_program.enginesOf(*m_application).size(), 1, patience);
+        const auto engine = static_cast<pid_t>(m_program.enginesOf(*m_application).constFirst());
+        ::kill(engine, SIGSTOP); // else it could be done before it is killed
         endDictation();
         QTRY_COMPARE_WITH_TIMEOUT(status(), "transcribing", patience);
-        const QList<qint64> engines = m_program.enginesOf(*m_application);
-        QCOMPARE(engines.size(), 1);
-        ::kill(static_cast<pid_t>(engines.constFirst()), SIGKILL);
+        ::kill(engine, SIGKILL);
         QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
         QCOMPARE(focused.text(), QString());
 
