@@ -2,7 +2,6 @@
 
 #include <QList>
 
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -175,20 +174,23 @@ void HistorySearch::noteResidue()
 // The index keeps what was deleted beside what deletes it until both meet in a merge of all its parts.
 bool HistorySearch::eraseResidue()
 {
-    const auto number = [this](const char *sql) -> std::optional<qint64> {
-        SqliteDatabase::Statement row = m_database.prepare(sql);
-        return row.step() ? std::optional(row.integer(0)) : std::nullopt;
-    };
-    const std::optional<qint64> isBeingErased = number("SELECT isBeingErased FROM residue");
-    if (!isBeingErased)
+    SqliteDatabase::Statement residue = m_database.prepare("SELECT isBeingErased FROM residue");
+    if (!residue.step())
         return false;
+    const bool isBeingErased = residue.integer(0) != 0;
+    residue.step(); // to its end, or the checkpoint would find the file in use
+    const auto changes = [this] {
+        SqliteDatabase::Statement row = m_database.prepare("SELECT total_changes()");
+        row.step();
+        return row.integer(0);
+    };
     SqliteTransaction transaction(m_database);
-    const std::optional<qint64> before = number("SELECT total_changes()");
+    const qint64 before = changes();
     // A negative number makes one part of all, of which positive ones then do so many pages each.
     m_database.prepare("INSERT INTO trigram (trigram, rank) VALUES ('merge', ?)")
-        .bind(1, *isBeingErased != 0 ? pagesMergedAtOnce : -pagesMergedAtOnce)
+        .bind(1, isBeingErased ? pagesMergedAtOnce : -pagesMergedAtOnce)
         .run();
-    const bool isDone = *number("SELECT total_changes()") - *before < 2;
+    const bool isDone = changes() - before < 2;
     m_database.run(isDone ? "DELETE FROM residue" : "UPDATE residue SET isBeingErased = 1");
     transaction.commit();
     if (isDone)
