@@ -38,7 +38,7 @@ AppDelegate::AppDelegate(AppServices &services, ControlService &control,
                          const std::optional<Desktop> &desktop, QObject *parent)
     : QObject(parent),
       m_services(services),
-      m_desktop(desktop),
+      m_desktop(desktop ? std::make_unique<const Desktop>(*desktop) : nullptr),
       m_trigger(uptime)
 {
     m_sinceLaunch.start();

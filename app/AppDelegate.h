@@ -79,7 +79,7 @@ private:
     [[nodiscard]] bool sessionMayEndIt() const;
 
     AppServices &m_services;
-    const std::optional<Desktop> m_desktop;
+    const std::unique_ptr<const Desktop> m_desktop; ///< null without a display
     QElapsedTimer m_sinceLaunch;
     bool m_isQuitting = false;
     DictationTrigger m_trigger;

@@ -1,3 +1,4 @@
+#include "audio/SampleRate.h"
 #include "tests/audio/MediaMaker.h"
 #include "tests/support/Rows.h"
 
@@ -76,8 +77,9 @@ private Q_SLOTS:
                          {u"-f"_s, u"lavfi"_s, u"-i"_s,
                           u"aevalsrc=0.4*sin(2*PI*300*t)|0.2*sin(2*PI*500*t)|0.3*sin(2*PI*700*t)|"
                           "0.9*sin(2*PI*60*t)|0.1*sin(2*PI*900*t)|0.5*sin(2*PI*1100*t):s=44100:d=3:c=5.1"_s});
-        const QByteArray mixed = contentOf(m_media.make(
-            u"mix.raw"_s, {u"-i"_s, path, u"-ac"_s, u"1"_s, u"-ar"_s, u"16000"_s, u"-f"_s, u"s16le"_s}));
+        const QByteArray mixed =
+            contentOf(m_media.make(u"mix.raw"_s, {u"-i"_s, path, u"-ac"_s, u"1"_s, u"-ar"_s,
+                                                  QString::number(sampleRate), u"-f"_s, u"s16le"_s}));
         const std::vector<float> samples = m_media.decoder().decode(path).samples;
         QCOMPARE(qsizetype(samples.size()), mixed.size() / 2);
         float furthest = 0;

@@ -1,3 +1,4 @@
+#include "audio/SampleRate.h"
 #include "audio/WavFileWriter.h"
 #include "base/files/FileError.h"
 #include "tests/support/Files.h"
@@ -99,7 +100,7 @@ private Q_SLOTS:
         const std::vector<float> samples = {1.5F,  1.0F,     0.5F,      -0.5F,    -1.0F,     -2.0F,
                                             0.0F,  -0.0F,    NAN,       infinity, -infinity, -NAN,
                                             1e-9F, 0.99999F, -0.99999F, 0.00003F, -0.00004F};
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         writer.append(samples);
         writer.finalize();
         const QByteArray bytes = contentOf(path());
@@ -111,7 +112,7 @@ private Q_SLOTS:
 
     void headerComesLast()
     {
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         writer.append(std::vector<float>(100, 0.25F));
         const QByteArray open = contentOf(path());
         QCOMPARE(open.size(), headerBytes + 200); // nothing waits in a buffer
@@ -130,13 +131,14 @@ private Q_SLOTS:
 
     void cannotBeCreated()
     {
-        QVERIFY_THROWS_EXCEPTION(FileError, WavFileWriter(m_folder.filePath(u"none/a.wav"_s), 16000));
-        QVERIFY_THROWS_EXCEPTION(FileError, WavFileWriter(u"/dev/full"_s, 16000)); // no room for the header
+        QVERIFY_THROWS_EXCEPTION(FileError, WavFileWriter(m_folder.filePath(u"none/a.wav"_s), sampleRate));
+        QVERIFY_THROWS_EXCEPTION(FileError,
+                                 WavFileWriter(u"/dev/full"_s, sampleRate)); // no room for the header
     }
 
     void fullDisk()
     {
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         writer.append(std::vector<float>(100, 0.25F));
         {
             const auto full = limitFileSize(headerBytes + 200 + 101); // amid a sample of the next block
@@ -153,7 +155,7 @@ private Q_SLOTS:
 
     void failedSyncIsALoss()
     {
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         writer.append(std::vector<float>(100, 0.25F));
         s_syncFails = true;
         writer.sync();
@@ -168,7 +170,7 @@ private Q_SLOTS:
     {
         constexpr quint32 most = WavFileWriter::maxDataBytes / 2 * 2;
         const std::vector<float> block(1 << 21);
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         s_writesHoles = true;
         for (size_t left = most / 2; left > 0; left -= std::min(left, block.size()))
             writer.append(std::span(block).first(std::min(left, block.size())));
@@ -181,7 +183,7 @@ private Q_SLOTS:
         const QByteArray bytes = file.read(headerBytes);
         QCOMPARE(number(bytes, 40), most);
         QCOMPARE(number(bytes, 4), 36 + most);
-        QCOMPARE(WavFileWriter::repair(path(), 16000), quint64(most));
+        QCOMPARE(WavFileWriter::repair(path(), sampleRate), quint64(most));
         QVERIFY(file.remove());
     }
 
@@ -190,10 +192,10 @@ private Q_SLOTS:
         std::vector<float> samples(1'000'003);
         for (size_t index = 0; index < samples.size(); ++index)
             samples[index] = float(index % 2000) / 1000.0F - 1.0F;
-        WavFileWriter whole(path(), 16000);
+        WavFileWriter whole(path(), sampleRate);
         whole.append(samples);
         const QString other = m_folder.filePath(u"pieces.wav"_s);
-        WavFileWriter pieces(other, 16000);
+        WavFileWriter pieces(other, sampleRate);
         appendInPieces(pieces, samples);
         QCOMPARE(contentOf(path()).size(), headerBytes + 2'000'006);
         QVERIFY(contentOf(other) == contentOf(path()));
@@ -204,7 +206,7 @@ private Q_SLOTS:
         constexpr int threadCount = 4;
         constexpr int blocks = 200;
         constexpr int blockSize = 160;
-        WavFileWriter writer(path(), 16000);
+        WavFileWriter writer(path(), sampleRate);
         {
             std::vector<std::jthread> threads;
             for (int thread = 1; thread <= threadCount; ++thread) {

@@ -160,7 +160,7 @@ private Q_SLOTS:
         auto going = std::make_unique<Scope>();
         std::stop_source stop;
         std::array<End, 5> ends{};
-        spawn(note(staying(until(event)), &ends[0]));
+        spawn(note(staying(until(event)), ends.data()));
         spawn(note(staying(failAfter(event)), &ends[1]));
         spawn(note((*going)(failAfter(event)), &ends[2]));
         spawn(note(staying(until(event), stop.get_token()), &ends[3]));
@@ -253,7 +253,7 @@ private Q_SLOTS:
                 firstStop = std::move(stop);
                 return answerAfter(first, progress);
             },
-            &results[0], &ended[0]));
+            results.data(), ended.data()));
         operation.cancel();
         QVERIFY(firstStop.stop_requested());
         QVERIFY(!operation.isRunning());

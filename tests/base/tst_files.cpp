@@ -121,13 +121,15 @@ private Q_SLOTS:
     void lockKeepsOthersOut()
     {
         const QString file = path(u"lock"_s);
-        auto lock = FileLock::tryLock(file);
-        QVERIFY(lock);
+        std::optional<FileLock> kept;
+        {
+            auto lock = FileLock::tryLock(file);
+            QVERIFY(lock);
+            QVERIFY(!FileLock::tryLock(file));
+            kept = std::move(lock);
+        }
         QVERIFY(!FileLock::tryLock(file));
-        std::optional<FileLock> moved = std::move(lock);
-        lock.reset();
-        QVERIFY(!FileLock::tryLock(file));
-        moved.reset();
+        kept.reset();
         QVERIFY(FileLock::tryLock(file));
         QCOMPARE(failureOf([&] { static_cast<void>(FileLock::tryLock(path(u"no/folder"_s))); }),
                  u"Не удалось записать файл «folder»: файл не найден"_s);

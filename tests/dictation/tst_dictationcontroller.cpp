@@ -1,3 +1,4 @@
+#include "audio/SampleRate.h"
 #include "dictation/DictationController.h"
 #include "engine/PortReservation.h"
 #include "tests/support/FakeEngineHome.h"
@@ -287,7 +288,7 @@ private Q_SLOTS:
     {
         m_engines->behave(answering({.body = recognised.body, .delayMs = 1000}));
         const TaskResult file(
-            m_services->whisperEngine().transcribe(std::vector<float>(16'000), model(), u"ru"_s));
+            m_services->whisperEngine().transcribe(std::vector<float>(sampleRate), model(), u"ru"_s));
         QTRY_COMPARE(m_engines->requests(inference).size(), 1);
         record();
         dictation().stop();

@@ -1,3 +1,4 @@
+#include "audio/SampleRate.h"
 #include "tests/meeting/MeetingHome.h"
 #include "tests/support/FakeEngineHome.h"
 #include "tests/support/FullDisk.h"
@@ -140,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(meeting().errorText(), QString());
         QVERIFY(m_home->history.records().isEmpty());
         QTRY_COMPARE(m_home->markers(), QStringList());
-        QCOMPARE(m_home->heardIn(m_home->audio().value(0)), qint64(seconds * 16'000));
+        QCOMPARE(m_home->heardIn(m_home->audio().value(0)), qint64(seconds * sampleRate));
     }
 
     void doesNotStart()
@@ -182,7 +183,7 @@ private Q_SLOTS:
             QCOMPARE(meeting().errorText(), error(hasModel));
             QCOMPARE(meeting().statusText(),
                      u"Ошибка расшифровки (запись сохранена: %1)"_s.arg(names.last()));
-            QCOMPARE(m_home->heardIn(names.last()), 16'000);
+            QCOMPARE(m_home->heardIn(names.last()), sampleRate);
         }
         QVERIFY(!wasOfferedTooEarly);
         QCOMPARE(m_home->markers().size(), 2);
@@ -264,7 +265,7 @@ private Q_SLOTS:
             QTRY_COMPARE(size(), 44 + 32'000 + 20'000);
             QVERIFY(meeting().isRunning());
             meeting().stop();
-            QTRY_VERIFY(m_home->heardIn(name) >= 16'000);
+            QTRY_VERIFY(m_home->heardIn(name) >= sampleRate);
         }
         QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
         QCOMPARE(meeting().statusText(), saved);
@@ -303,7 +304,7 @@ private Q_SLOTS:
         refusedFrom = SIZE_MAX;
         QTRY_COMPARE(meeting().outcome(), Outcome::Partial);
         QCOMPARE(meeting().errorText(), u"Не хватило памяти."_s);
-        QCOMPARE(m_home->heardIn(name), 16'000);
+        QCOMPARE(m_home->heardIn(name), sampleRate);
     }
 
     /// The program ends without a word.

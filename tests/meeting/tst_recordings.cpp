@@ -105,7 +105,7 @@ private Q_SLOTS:
     {
         auto recording = std::make_unique<RecordingsFolder>(dir().path());
         const QString name = recording->create(m_meeting).audioFileName;
-        WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(16'000, 0.25F));
+        WavFileWriter(dir().filePath(name), sampleRate).append(std::vector<float>(sampleRate, 0.25F));
         const QByteArray before = content(name);
         RecordingsFolder other(dir().path());
         QVERIFY(other.leftovers().meetings.isEmpty());

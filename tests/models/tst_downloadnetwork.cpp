@@ -1,10 +1,8 @@
 #include "tests/models/DownloadOutcome.h"
+#include "tests/support/Certificate.h"
 #include "tests/support/FaultServer.h"
 #include "tests/support/Rows.h"
 
-#include <QProcess>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -18,20 +16,6 @@ class TestDownloadNetwork : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QProcess openssl;
-        openssl.setWorkingDirectory(m_keys.path());
-        openssl.start(u"openssl"_s,
-                      {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-keyout"_s,
-                       u"key.pem"_s, u"-out"_s, u"cert.pem"_s, u"-days"_s, u"2"_s, u"-subj"_s,
-                       u"/CN=127.0.0.1"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s});
-        QVERIFY(openssl.waitForFinished());
-        m_tls.setLocalCertificate(QSslCertificate(contentOf(m_keys.filePath(u"cert.pem"_s))));
-        m_tls.setPrivateKey(QSslKey(contentOf(m_keys.filePath(u"key.pem"_s)), QSsl::Rsa));
-        QVERIFY(!m_tls.privateKey().isNull());
-    }
-
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
 
     void redirects_data()
@@ -50,14 +34,15 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<FaultServer>> servers;
         for (const bool isSecure : secure)
             servers.push_back(std::make_unique<FaultServer>(modelContent(34 * mebibyte, "GGUF"),
-                                                            isSecure ? std::optional(m_tls) : std::nullopt));
+                                                            isSecure ? std::optional(m_certificate.server())
+                                                                     : std::nullopt));
         for (size_t i = 0; i + 1 < servers.size(); ++i) {
-            const FaultServer::Answer moved{
-                .status = 302, .location = servers[i + 1]->url().toEncoded(), .body = "moved"};
-            servers[i]->setRule([moved](const FaultServer::Request &) { return moved; });
+            servers[i]->setRule([location = servers[i + 1]->url().toEncoded()](const FaultServer::Request &) {
+                return FaultServer::Answer{.status = 302, .location = location, .body = "moved"};
+            });
         }
 
-        qputenv("SSL_CERT_FILE", m_keys.filePath(u"cert.pem"_s).toUtf8());
+        qputenv("SSL_CERT_FILE", m_certificate.file().toUtf8());
         const auto outcome = fetch(servers.front()->url());
         qunsetenv("SSL_CERT_FILE");
         if (allowed) {
@@ -72,7 +57,7 @@ private Q_SLOTS:
 
     void noConnection()
     {
-        const FaultServer untrusted("GGUF", m_tls);
+        const FaultServer untrusted("GGUF", m_certificate.server());
         const auto refused = fetch(untrusted.url());
         QCOMPARE(refused.failure, Kind::ConnectionFailed);
         QVERIFY2(refused.description.contains(u"защищённое"), qPrintable(refused.description));
@@ -114,8 +99,7 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    QTemporaryDir m_keys;
-    QSslConfiguration m_tls;
+    const Certificate m_certificate;
 };
 
 QTEST_GUILESS_MAIN(TestDownloadNetwork)

@@ -138,7 +138,7 @@ qint64 FaultServer::sendBody(QTcpSocket &socket, const QByteArray &body, const A
 {
     const qint64 size = body.size();
     const qint64 end = std::min(answer.dropAfter.value_or(size), answer.stallAfter.value_or(size));
-    const double rate = static_cast<double>(answer.bytesPerSecond);
+    const auto rate = static_cast<double>(answer.bytesPerSecond);
     qint64 sent = 0;
     while (sent < end && !m_isStopping) {
         const qint64 count = std::min(chunkSize, end - sent);

@@ -1,5 +1,7 @@
 #include "tests/support/Tone.h"
 
+#include "audio/SampleRate.h"
+
 #include <cmath>
 #include <complex>
 #include <numbers>
@@ -8,7 +10,7 @@ namespace orvane {
 
 double amplitudeAt(double frequency, std::span<const float> samples)
 {
-    const double step = 2 * std::numbers::pi * frequency / 16000;
+    const double step = 2 * std::numbers::pi * frequency / sampleRate;
     std::complex<double> sum = 0;
     for (size_t index = 0; index < samples.size(); ++index)
         sum += double(samples[index]) * std::polar(1.0, -step * double(index));

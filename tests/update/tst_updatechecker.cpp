@@ -136,11 +136,11 @@ private Q_SLOTS:
         QVERIFY(!checker->available() && m_presenter->offers.isEmpty());
     }
 
-    void toldOncePerVersion()
+    void offersEachVersionOnce()
     {
         publish(manifest(entry("1.5")));
         auto checker = makeChecker();
-        check(*checker, Mode::Interactive); // asked, so it does not count as told
+        check(*checker, Mode::Interactive); // asked for, so it does not count
         check(*checker, Mode::Scheduled);
         QCOMPARE(m_presenter->offers.size(), 2);
         QCOMPARE(m_presenter->offers.first().title, u"Доступно обновление 1.5"_s);

@@ -1,5 +1,6 @@
 #include "base/Async.h"
 #include "settings/UserDefaults.h"
+#include "tests/support/Certificate.h"
 #include "tests/support/Files.h"
 #include "tests/support/FullDisk.h"
 #include "tests/support/Rows.h"
@@ -9,10 +10,6 @@
 
 #include <QDir>
 #include <QHttpServer>
-#include <QProcess>
-#include <QSslCertificate>
-#include <QSslConfiguration>
-#include <QSslKey>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -183,21 +180,13 @@ private Q_SLOTS:
 
     void neverFromSafeToUnsafe()
     {
-        QProcess openssl;
-        openssl.start(u"openssl"_s,
-                      {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-subj"_s,
-                       u"/CN=test"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s, u"-keyout"_s,
-                       file(u"key.pem"_s), u"-out"_s, file(u"certificate.pem"_s)});
-        if (!openssl.waitForFinished() || openssl.exitCode() != 0)
-            QSKIP("openssl, which makes the certificate of a safe server, cannot be run");
-
-        const QSslCertificate certificate(contentOf(file(u"certificate.pem"_s)));
+        const Certificate certificate;
         QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
         const QSslConfiguration before = trusting;
-        trusting.addCaCertificate(certificate);
+        trusting.addCaCertificate(certificate.server().localCertificate());
 
         QHttpServer safe;
-        safe.sslSetup(certificate, QSslKey(contentOf(file(u"key.pem"_s)), QSsl::Rsa));
+        safe.sslSetup(certificate.server().localCertificate(), certificate.server().privateKey());
         m_server->answer = RawServer::message(200, "unsafe");
         const QByteArray unsafe = m_server->url(u"/b.deb"_s).toEncoded();
         safe.route(u"/moved.deb"_s, [unsafe] {
