@@ -3,6 +3,7 @@
 // it first. Prints one line of JSON: milliseconds, and MiB of private memory.
 
 #include "tools/benchmarks/Measurement.h"
+#include "tools/benchmarks/ProcessMemory.h"
 
 #include "history/HistoryStore.h"
 
@@ -15,8 +16,6 @@
 #include <cstdio>
 #include <limits>
 #include <random>
-
-#include <malloc.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -87,20 +86,6 @@ void makeRecords(const HistoryFolder &history, int count)
         history.save(meeting(speech, i));
 }
 
-double privateMemory()
-{
-    malloc_trim(0);
-    QFile status(u"/proc/self/smaps_rollup"_s);
-    if (!status.open(QFile::ReadOnly))
-        return 0;
-    double kibibytes = 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("Private_"))
-            kibibytes += line.simplified().split(' ').value(1).toDouble();
-    }
-    return kibibytes / 1024;
-}
-
 double milliseconds(const QElapsedTimer &timer)
 {
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
@@ -152,18 +137,18 @@ QCoro::Task<> measure(QStringList arguments)
         makeRecords(files, arguments[2].toInt());
     const bool isIndexed = QFileInfo::exists(folders.historyIndex());
 
-    const double memoryBefore = privateMemory();
+    const double memoryBefore = ProcessMemory::ofThisOne();
     HistoryStore tray(folders);
     tray.watch();
     co_await tray.flush();
-    const double watchMemory = privateMemory() - memoryBefore;
+    const double watchMemory = ProcessMemory::ofThisOne() - memoryBefore;
 
     HistoryStore history(folders);
     QElapsedTimer timer;
     timer.start();
     co_await history.whenLoaded();
     const double listed = milliseconds(timer);
-    const double listMemory = privateMemory() - memoryBefore - watchMemory;
+    const double listMemory = ProcessMemory::ofThisOne() - memoryBefore - watchMemory;
 
     const Speech speech;
     const QString rare = QString(2, QChar(0x430 + letters - 1));

@@ -26,6 +26,7 @@ Item {
 
     ListView {
         id: list
+        objectName: "segments"
         anchors.fill: parent
         visible: !view.record.asText
         clip: true
