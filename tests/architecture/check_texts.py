@@ -58,7 +58,7 @@ def main(source):
     listed = subprocess.run(["git", "-C", source, "ls-files", "-co", "--exclude-standard"],
                             check=True, capture_output=True, text=True).stdout.splitlines()
     files = [name for name in listed if name.endswith((".cpp", ".h", ".mm", ".qml"))
-             and not name.startswith("tests/") and name not in (TABLE, SCENE_TABLE) and Path(source, name).exists()]
+             and not name.startswith(("tests/", "tools/")) and name not in (TABLE, SCENE_TABLE) and Path(source, name).exists()]
     table, scene_table = ([text for _, text in texts_of(Path(source, name))] for name in (TABLE, SCENE_TABLE))
     russian, awaiting = TextList("texts_that_stay_russian.txt"), TextList("texts_awaiting_their_code.txt")
     used, faults = set(), []
