@@ -135,13 +135,15 @@ private Q_SLOTS:
         spawn(m_services->meeting().findLeftovers());
         QTRY_COMPARE(m_services->meeting().leftovers().size(), 1);
 
+        m_services->dictation()->start(); // fails; what becomes of a meeting after it stands first
+        QTRY_VERIFY(!m_services->dictation()->lastError().isEmpty());
         const QString title = u"Нерасшифрованные записи"_s;
         QMenu *recordings = entry(opened(), title)->menu();
         QCOMPARE(recordings->actions().size(), 1);
         QMenu *actions = recordings->actions().constFirst()->menu();
         entry(*actions, u"Расшифровать"_s)->trigger(); // there is no model
         QTRY_VERIFY(!m_services->meeting().errorText().isEmpty());
-        QTRY_VERIFY(texts(opened()).constFirst().contains(m_services->meeting().errorText().left(40)));
+        QTRY_VERIFY(texts(opened()).constFirst().startsWith(m_services->meeting().errorText().left(40)));
 
         actions = entry(opened(), title)->menu()->actions().constFirst()->menu();
         entry(*actions, u"Больше не предлагать"_s)->trigger();
