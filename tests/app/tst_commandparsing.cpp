@@ -124,6 +124,7 @@ private Q_SLOTS:
         row({u"correct"_s, u"a.txt"_s, u"--record"_s, u"1"_s}, u"a.txt"_s);
         row({u"correct"_s, u"--record="_s}, u"Параметру нужно значение: --record"_s);
         row({u"models"_s, u"download"_s}, u"Укажите модель"_s);
+        row({u"check"_s, u"all"_s}, u"all"_s);
         row({u"toggle"_s, u"now"_s}, u"now"_s);
         row({u"meeting"_s, u"adjourn"_s}, u"adjourn"_s);
     }
