@@ -21,4 +21,7 @@ struct CheckResult
     bool operator==(const CheckResult &) const = default;
 };
 
+/// "unknown", "good" or "bad": what scripts and scenes know it by.
+[[nodiscard]] QString nameOf(CheckResult::State state);
+
 } // namespace orvane

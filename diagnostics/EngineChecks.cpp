@@ -16,6 +16,11 @@ using State = CheckResult::State;
 
 namespace {
 
+CheckResult answering(const QString &model)
+{
+    return {.state = State::Good, .text = text(u"Отвечает с моделью %1.").arg(model)};
+}
+
 CheckResult failureWith(const QString &model, const EngineServer::EngineError &error)
 {
     const QString sentence =
@@ -51,24 +56,20 @@ QCoro::Task<CheckResult> speech(Speech services, std::stop_token stop)
     } catch (const EngineServer::EngineError &error) {
         co_return failureWith(model->displayName, error);
     }
-    co_return CheckResult{.state = State::Good,
-                          .text = text(u"Отвечает с моделью %1.").arg(model->displayName)};
+    co_return answering(model->displayName);
 }
 
 QCoro::Task<CheckResult> language(Language services, std::stop_token stop)
 {
     TextCorrectionService &corrector = *services.corrector;
     LocalLLMEngine &engine = corrector.local();
-    const ModelAvailability availability = corrector.status();
     if (!services.settings->textCorrectionEnabled())
-        co_return CheckResult{.text = availability.message};
-    if (corrector.effectiveEngine() == CorrectionEngine::BuiltIn) {
-        co_return CheckResult{.state = availability.isReady ? State::Good : State::Unknown,
-                              .text = availability.message};
-    }
+        co_return CheckResult{.text = corrector.status().message};
+    if (corrector.effectiveEngine() == CorrectionEngine::BuiltIn && corrector.builtInAvailability().isReady)
+        co_return answering(title(CorrectionEngine::BuiltIn));
     const std::optional<CorrectionModel> model = corrector.resolvedLocalModel();
     if (!model)
-        co_return CheckResult{.text = availability.message};
+        co_return CheckResult{.text = text(u"Скачайте модель коррекции в настройках (вкладка «Коррекция»).")};
     if (engine.findBinary().isEmpty()) {
         co_return CheckResult{.state = State::Bad,
                               .text = text(u"Движок не найден: установите llama.cpp так, чтобы программа "
@@ -84,8 +85,7 @@ QCoro::Task<CheckResult> language(Language services, std::stop_token stop)
     }
     if (!wasRunning && !corrector.isCorrecting())
         engine.stop();
-    co_return CheckResult{.state = State::Good,
-                          .text = text(u"Отвечает с моделью %1.").arg(model->displayName)};
+    co_return answering(model->displayName);
 }
 
 } // namespace orvane::EngineChecks

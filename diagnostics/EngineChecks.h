@@ -16,7 +16,7 @@ class TextCorrectionService;
 class WhisperServerEngine;
 
 /// Whether the engines answer with the models that are chosen. Whoever uses one is not disturbed: it is not
-/// found out then. What is pointed to outlives the check's caller; await through a scope that ends before.
+/// found out then. The services outlive whoever awaits a check.
 namespace EngineChecks {
 
 struct Speech

@@ -32,7 +32,7 @@ QList<FileChecks::Model> modelsOf(const SystemCheck::Collaborators &services)
 
 QList<FileChecks::Folder> foldersOf(const StandardFolders &folders)
 {
-    return {{.path = folders.orvane(), .isPrivate = true},
+    return {{.path = folders.orvane()},
             {.path = folders.history(), .isPrivate = true},
             {.path = folders.recordings(), .isPrivate = true},
             {.path = folders.models()},

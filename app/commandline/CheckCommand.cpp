@@ -16,19 +16,6 @@ namespace {
 
 using State = CheckResult::State;
 
-QString nameOf(State state)
-{
-    switch (state) {
-    case State::Unknown:
-        return u"unknown"_s;
-    case State::Good:
-        return u"good"_s;
-    case State::Bad:
-        return u"bad"_s;
-    }
-    Q_UNREACHABLE();
-}
-
 QChar markOf(State state)
 {
     switch (state) {

@@ -70,21 +70,6 @@ void Activity::cancel(int index)
         cancel();
 }
 
-QString Activity::textOf(const DownloadProgress &progress)
-{
-    if (progress.isWaitingForNetwork)
-        return text(u"жду подключения к сети");
-    if (progress.totalBytes <= 0)
-        return text(u"Подключение…");
-    const QString reached =
-        text(u"%1 из %2").arg(Spans::bytes(progress.receivedBytes), Spans::bytes(progress.totalBytes));
-    constexpr double mega = 1e6;
-    const double rate = progress.bytesPerSecond / mega;
-    const QString shownRate =
-        rate > 0 ? u"%1 %2"_s.arg(rate, 0, 'f', rate < 10 ? 1 : 0).arg(text(u"МБ/с")) : QString();
-    return joined({reached, shownRate, Spans::remaining(progress.remainingMs)});
-}
-
 void Activity::show()
 {
     m_entries.clear();
@@ -153,7 +138,7 @@ void Activity::addDownloads(ModelCatalogManager &models)
         const DownloadProgress reached = models.downloadProgress(id);
         m_entries.append({.key = u"download "_s + id,
                           .title = text(u"Загрузка %1").arg(models.displayName(id)),
-                          .detail = textOf(reached),
+                          .detail = Spans::download(reached),
                           .progress = reached.totalBytes > 0 ? reached.fraction() : -1,
                           .cancelText = text(u"Отменить загрузку и удалить скачанное"),
                           .cancel = [&models, id] { models.cancelDownload(id); }});
@@ -170,7 +155,7 @@ void Activity::addLeftovers()
         const QString name = leftover.audioFileName;
         m_entries.append(
             {.key = u"leftover "_s + name,
-             .title = text(u"Запись совещания не расшифрована"),
+             .title = text(u"Нерасшифрованная запись"),
              .detail = joined({meetingTitle(leftover.startedAt), Spans::clock(leftover.durationMs)}),
              .cancelText = text(u"Больше не предлагать — аудиозапись останется на диске"),
              .cancel = [&meeting, name] { meeting.dismissLeftover(name); }});

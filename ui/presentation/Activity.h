@@ -15,7 +15,6 @@ class ModelCatalogManager;
 class ModelManager;
 class RecordProcessor;
 class TranscriptionService;
-struct DownloadProgress;
 
 /// What the program is doing now, whoever began it, and recordings that wait to be transcribed. Main thread.
 class Activity : public RowModel
@@ -39,9 +38,6 @@ public:
     explicit Activity(const Collaborators &services, QObject *parent = nullptr);
 
     Q_INVOKABLE void cancel(int index);
-
-    /// Such as "960 МБ из 1,5 ГБ · 24 МБ/с · осталось 23 с".
-    [[nodiscard]] static QString textOf(const DownloadProgress &progress);
 
 private:
     struct Entry

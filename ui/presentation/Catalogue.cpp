@@ -130,16 +130,7 @@ QString Catalogue::progressText(const QString &id, const QString &state) const
         return Localization::text(u"Скачана не полностью: загрузку можно продолжить.");
     if (state != u"loading")
         return {};
-    const DownloadProgress reached = m_manager.downloadProgress(id);
-    if (reached.isWaitingForNetwork)
-        return Localization::text(u"Жду подключения к сети…");
-    if (reached.totalBytes == 0)
-        return Localization::text(u"Соединяюсь…");
-    QStringList parts = {Spans::bytes(reached.receivedBytes) + Localization::text(u" из ") +
-                             Spans::bytes(reached.totalBytes),
-                         Spans::rate(reached.bytesPerSecond), Spans::remaining(reached.remainingMs)};
-    parts.removeAll(QString());
-    return parts.join(u" · "_s);
+    return Spans::download(m_manager.downloadProgress(id));
 }
 
 } // namespace orvane

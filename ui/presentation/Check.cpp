@@ -8,29 +8,10 @@ using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-namespace {
-
 using State = CheckResult::State;
 
-QString nameOf(const std::optional<CheckResult> &result)
-{
-    if (!result)
-        return u"waiting"_s;
-    switch (result->state) {
-    case State::Unknown:
-        return u"unknown"_s;
-    case State::Good:
-        return u"good"_s;
-    case State::Bad:
-        return u"bad"_s;
-    }
-    Q_UNREACHABLE();
-}
-
-} // namespace
-
 Check::Check(SystemCheck &check, QObject *parent)
-    : RowModel({"id", "name", "state", "text"}, parent),
+    : RowModel({"checkId", "name", "state", "text"}, parent),
       m_check(check)
 {
     connect(&check, &SystemCheck::resultsChanged, this, &Check::show);
@@ -90,9 +71,9 @@ void Check::show()
     for (qsizetype i = 0; i < m_check.count(); ++i) {
         const SystemCheck::Check &check = m_check.check(i);
         const std::optional<CheckResult> result = m_check.result(i);
-        rows.append({{u"id"_s, check.id},
+        rows.append({{u"checkId"_s, check.id},
                      {u"name"_s, check.name.toString()},
-                     {u"state"_s, nameOf(result)},
+                     {u"state"_s, result ? nameOf(result->state) : u"waiting"_s},
                      {u"text"_s, result ? result->text : QString()}});
     }
     setRows(rows);

@@ -7,6 +7,7 @@
 #include "ui/presentation/FileChooser.h"
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orvane {
 
@@ -68,7 +69,8 @@ Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObjec
                      .corrector = services.corrector(),
                      .turns = services.turns(),
                      .folders = services.folders(),
-                     .keys = &keys}),
+                     .keys = &keys,
+                     .listeningTime = 4s}),
       m_check(m_systemCheck),
       m_firstStart({.settings = services.settings(),
                     .models = services.models(),
@@ -79,6 +81,10 @@ Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObjec
     m_page = m_firstStart.isDue() ? u"first"_s : u"file"_s;
     connect(&m_firstStart, &FirstStart::finished, this, [this] { setPage(u"file"_s); });
     connect(&m_meeting, &MeetingDesk::refused, &m_notices, &Notices::show);
+    connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_history, &HistoryList::relabel);
+    connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_record, &OpenRecord::relabel);
+    connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_queue, &FileQueue::relabel);
+    connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_meeting, &MeetingDesk::relabel);
     followRecord();
     followQueue(services.transcriber());
 }

@@ -76,9 +76,7 @@ QCoro::Task<> FileQueue::work()
         if (Entry *entry = find(key)) { // it may have been taken out meanwhile
             entry->state = failure.isEmpty() ? State::Done : State::Failed;
             entry->record = record.value_or(QUuid());
-            entry->detail = !failure.isEmpty() ? failure
-                            : record           ? Localization::text(u"Готово")
-                                               : Localization::text(u"речь не найдена");
+            entry->detail = failure;
         }
         show();
         if (record)
@@ -144,6 +142,15 @@ FileQueue::Entry *FileQueue::working()
     return found == m_entries.end() ? nullptr : &*found;
 }
 
+QString FileQueue::detailOf(const Entry &entry)
+{
+    if (entry.state == State::Waiting)
+        return Localization::text(u"Ждёт очереди");
+    if (entry.state == State::Done)
+        return entry.record.isNull() ? Localization::text(u"речь не найдена") : Localization::text(u"Готово");
+    return entry.detail;
+}
+
 void FileQueue::show()
 {
     static const QStringList states = {u"waiting"_s, u"working"_s, u"done"_s, u"failed"_s};
@@ -153,7 +160,7 @@ void FileQueue::show()
         rows.append({{u"key"_s, entry.key},
                      {u"name"_s, QFileInfo(entry.path).fileName()},
                      {u"state"_s, states.at(int(entry.state))},
-                     {u"detail"_s, waits(i) ? Localization::text(u"Ждёт очереди") : entry.detail},
+                     {u"detail"_s, detailOf(entry)},
                      {u"progress"_s, entry.progress},
                      {u"recordId"_s, entry.record.isNull() ? QString() : entry.record.toString()},
                      {u"canRise"_s, waits(i) && waits(i - 1)},

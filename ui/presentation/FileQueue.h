@@ -41,6 +41,8 @@ public:
     /// Local files; a folder stands for nothing. Begins with the first when none is being transcribed.
     Q_INVOKABLE void add(const QList<QUrl> &urls);
     Q_INVOKABLE void choose();
+    /// The interface language is another.
+    void relabel() { show(); }
     /// Only among those that wait.
     Q_INVOKABLE void move(int from, int to);
     /// Also ends the one that is being transcribed.
@@ -72,6 +74,7 @@ private:
     [[nodiscard]] bool waits(qsizetype index) const;
     [[nodiscard]] Entry *find(int key);
     [[nodiscard]] Entry *working();
+    [[nodiscard]] static QString detailOf(const Entry &entry);
     void show();
 
     const Transcriber m_transcriber;

@@ -217,6 +217,17 @@ void HistoryList::save(const QStringList &ids, const QString &format)
     m_saver.save(records, format);
 }
 
+QString HistoryList::dayName(const QString &day) const
+{
+    return Spans::day(QDate::fromString(day, Qt::ISODate), QDate::currentDate());
+}
+
+void HistoryList::relabel()
+{
+    if (count() > 0)
+        Q_EMIT dataChanged(index(0), index(count() - 1), {DetailRole, KindNameRole});
+}
+
 QVariant HistoryList::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= count())
@@ -236,7 +247,7 @@ QVariant HistoryList::data(const QModelIndex &index, int role) const
     case KindNameRole:
         return orvane::title(record.kind);
     case DayRole:
-        return Spans::day(record.createdAt.toLocalTime().date(), QDate::currentDate());
+        return record.createdAt.toLocalTime().date().toString(Qt::ISODate);
     case SelectedRole:
         return m_selected.contains(record.id);
     default:

@@ -51,7 +51,12 @@ public:
     Q_INVOKABLE void remove(const QStringList &ids);
     /// As "txt", "md" or "srt", where the user says.
     Q_INVOKABLE void save(const QStringList &ids, const QString &format);
+    /// Of a "day" of the rows, in the interface language.
+    [[nodiscard]] Q_INVOKABLE QString dayName(const QString &day) const;
     Q_INVOKABLE void open(const QString &id) { Q_EMIT opened(QUuid(id)); }
+
+    /// The interface language, or the day, is another.
+    void relabel();
 
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;

@@ -213,4 +213,12 @@ void MeetingDesk::dismissLeftover(int index)
     m_meeting.dismissLeftover(leftoverAt(index));
 }
 
+void MeetingDesk::relabel()
+{
+    showLeftovers();
+    Q_EMIT changed();
+    Q_EMIT progressChanged();
+    Q_EMIT surroundingsChanged();
+}
+
 } // namespace orvane

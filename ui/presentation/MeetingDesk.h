@@ -84,6 +84,9 @@ public:
     Q_INVOKABLE void transcribeLeftover(int index);
     Q_INVOKABLE void dismissLeftover(int index);
 
+    /// The interface language is another.
+    void relabel();
+
 Q_SIGNALS:
     void shownChanged();
     void changed();

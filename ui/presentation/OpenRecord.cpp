@@ -6,6 +6,7 @@
 #include "models/WhisperModel.h"
 #include "settings/TranscriptionLanguage.h"
 #include "ui/presentation/Differences.h"
+#include "ui/presentation/Markdown.h"
 #include "ui/presentation/Notices.h"
 #include "ui/presentation/RecordSaver.h"
 #include "ui/presentation/Spans.h"
@@ -126,7 +127,7 @@ void OpenRecord::showEvents()
         if (event.prompt)
             questions.append({{u"key"_s, key},
                               {u"question"_s, *event.prompt},
-                              {u"answer"_s, event.text},
+                              {u"answer"_s, htmlOfMarkdown(event.text)},
                               {u"time"_s, time}});
     }
     m_questions.setRows(questions);
@@ -175,6 +176,19 @@ QString OpenRecord::detail() const
                          TranscriptionLanguage::withCode(m_record.languageCode).displayName()};
     parts.removeAll(QString());
     return parts.join(u" · "_s);
+}
+
+QString OpenRecord::summaryHtml() const
+{
+    return htmlOfMarkdown(summary());
+}
+
+void OpenRecord::relabel()
+{
+    showEvents();
+    m_segments.relabel();
+    Q_EMIT changed();
+    Q_EMIT findChanged();
 }
 
 void OpenRecord::setAsText(bool asText)

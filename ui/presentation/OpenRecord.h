@@ -24,6 +24,7 @@ class OpenRecord : public RecordWork
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString corrected READ corrected NOTIFY changed)
     Q_PROPERTY(QString summary READ summary NOTIFY changed)
+    Q_PROPERTY(QString summaryHtml READ summaryHtml NOTIFY changed)
     Q_PROPERTY(bool hasAudio READ hasAudio NOTIFY audioChanged)
     Q_PROPERTY(QUrl audioUrl READ audioUrl NOTIFY audioChanged)
     Q_PROPERTY(bool hasSpeakers READ hasSpeakers NOTIFY changed)
@@ -59,6 +60,7 @@ public:
     [[nodiscard]] QString text() const { return m_record.text; }
     [[nodiscard]] QString corrected() const { return m_record.corrected.value_or(QString()); }
     [[nodiscard]] QString summary() const { return m_record.summary.value_or(QString()); }
+    [[nodiscard]] QString summaryHtml() const;
     [[nodiscard]] bool hasAudio() const { return !m_audio.isEmpty(); }
     [[nodiscard]] QUrl audioUrl() const { return m_audio; }
     [[nodiscard]] bool hasSpeakers() const { return m_segments.hasSpeakers(); }
@@ -71,6 +73,9 @@ public:
     [[nodiscard]] QString findText() const { return m_findText; }
     void setFindText(const QString &words);
     [[nodiscard]] QString hitText() const;
+
+    /// The interface language is another.
+    void relabel();
 
     /// The row of the next hit (1), the one before (−1) or the first (0); −1 without any.
     Q_INVOKABLE int nextHit(int step);

@@ -14,8 +14,8 @@ SegmentList::SegmentList(QObject *parent) : CountedModel(parent) {}
 void SegmentList::setSegments(const QList<TranscriptRecord::Segment> &segments, const SpeakerNames &names)
 {
     if (m_segments == segments) {
-        if (std::exchange(m_names, names) != names && !m_segments.isEmpty())
-            Q_EMIT dataChanged(index(0), index(count() - 1), {SpeakerNameRole});
+        if (std::exchange(m_names, names) != names)
+            relabel();
         return;
     }
     beginResetModel();
@@ -26,6 +26,12 @@ void SegmentList::setSegments(const QList<TranscriptRecord::Segment> &segments, 
     findHits();
     endResetModel();
     Q_EMIT countChanged();
+}
+
+void SegmentList::relabel()
+{
+    if (!m_segments.isEmpty())
+        Q_EMIT dataChanged(index(0), index(count() - 1), {SpeakerNameRole});
 }
 
 void SegmentList::find(const QString &words)

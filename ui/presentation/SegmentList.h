@@ -15,6 +15,8 @@ public:
     explicit SegmentList(QObject *parent = nullptr);
 
     void setSegments(const QList<TranscriptRecord::Segment> &segments, const SpeakerNames &names);
+    /// The interface language is another.
+    void relabel();
     [[nodiscard]] bool hasSpeakers() const { return m_hasSpeakers; }
     /// What the speaker with that number is called.
     [[nodiscard]] QString speakerName(qint64 number) const;

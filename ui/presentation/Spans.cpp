@@ -1,6 +1,7 @@
 #include "ui/presentation/Spans.h"
 
 #include "base/localization/Localization.h"
+#include "models/DownloadProgress.h"
 
 #include <QLocale>
 
@@ -79,6 +80,19 @@ QString rate(double bytesPerSecond)
     const double megabytes = bytesPerSecond / mega;
     return u"%1 %2"_s.arg(locale().toString(megabytes, 'f', megabytes < exact ? 1 : 0),
                           Localization::text(u"МБ/с"));
+}
+
+QString download(const DownloadProgress &progress)
+{
+    if (progress.isWaitingForNetwork)
+        return Localization::text(u"Жду подключения к сети…");
+    if (progress.totalBytes <= 0)
+        return Localization::text(u"Соединяюсь…");
+    QStringList parts = {
+        Localization::text(u"%1 из %2").arg(bytes(progress.receivedBytes), bytes(progress.totalBytes)),
+        rate(progress.bytesPerSecond), remaining(progress.remainingMs)};
+    parts.removeAll(QString());
+    return parts.join(u" · "_s);
 }
 
 } // namespace orvane::Spans

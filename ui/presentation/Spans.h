@@ -3,6 +3,10 @@
 #include <QDateTime>
 #include <QString>
 
+namespace orvane {
+struct DownloadProgress;
+}
+
 /// Times and sizes as the windows show them, in the interface language.
 namespace orvane::Spans {
 
@@ -26,5 +30,8 @@ namespace orvane::Spans {
 
 /// "24 МБ/с", "1,5 МБ/с"; empty while unknown (0).
 [[nodiscard]] QString rate(double bytesPerSecond);
+
+/// "960 МБ из 1,5 ГБ · 24 МБ/с · осталось 23 с", or what a download waits for.
+[[nodiscard]] QString download(const DownloadProgress &progress);
 
 } // namespace orvane::Spans

@@ -25,14 +25,11 @@ FocusScope {
             onActivated: index => page.desk.settings.interfaceLanguage = index === 1 ? "en" : "ru"
         }
     }
-    Flickable {
+    Scrolled {
         anchors.top: head.bottom
         anchors.bottom: foot.top
         width: parent.width
-        clip: true
         contentHeight: steps.implicitHeight + 24
-        boundsBehavior: Flickable.StopAtBounds
-        T.ScrollBar.vertical: Scroll {}
         Column {
             id: steps
             x: Theme.margin
@@ -52,9 +49,17 @@ FocusScope {
                     model: page.first.suggestedModels
                     leads: !page.desk.recognition.hasModel
                 }
-                PushButton {
-                    text: Texts.of("Все модели…")
-                    onClicked: page.desk.showSettings("models")
+                Flow {
+                    width: parent.width
+                    spacing: 8
+                    PushButton {
+                        text: Texts.of("Все модели…")
+                        onClicked: page.desk.showSettings("models")
+                    }
+                    PushButton {
+                        text: Texts.of("Добавить из файла…")
+                        onClicked: page.desk.speechModels.importFile()
+                    }
                 }
             }
             Step {

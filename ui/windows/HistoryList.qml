@@ -8,6 +8,11 @@ ListView {
 
     required property QtObject desk
     readonly property QtObject history: desk.history
+    /// Of a day what heads it. A view keeps the texts of its sections: this one follows the language.
+    readonly property var heading: {
+        const language = desk.settings.interfaceLanguage;
+        return day => history.dayName(day);
+    }
 
     function chosen() {
         return history.selection.length ? history.selection : currentItem ? [currentItem.recordId] : [];
@@ -46,7 +51,7 @@ ListView {
         leftPadding: 20
         topPadding: 14
         role: Words.Small
-        text: section
+        text: list.heading(section)
     }
     delegate: HistoryRow {
         width: ListView.view.width

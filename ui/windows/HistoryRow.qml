@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Orvane.Windows
 
 /// One record: its title, which can be changed in place, and what there is of it.
-T.AbstractButton {
+T.ItemDelegate {
     id: row
 
     required property QtObject history
@@ -21,15 +21,20 @@ T.AbstractButton {
     signal menuRequested(point at)
     signal removalRequested
 
+    function open() {
+        row.ListView.view.currentIndex = row.index;
+        row.history.clearSelection();
+        row.history.open(row.recordId);
+    }
     function beginRename() {
         editor.active = true;
     }
 
     height: 54
     focusPolicy: Qt.NoFocus
-    Accessible.role: Accessible.ListItem
     Accessible.name: title
     Accessible.description: kindName + " · " + time + " · " + detail
+    Accessible.onPressAction: open()
 
     background: Rectangle {
         anchors.fill: parent
@@ -102,11 +107,7 @@ T.AbstractButton {
     }
     TapHandler {
         acceptedModifiers: Qt.NoModifier
-        onTapped: {
-            row.ListView.view.currentIndex = row.index;
-            row.history.clearSelection();
-            row.history.open(row.recordId);
-        }
+        onTapped: row.open()
     }
     TapHandler {
         acceptedModifiers: Qt.ControlModifier

@@ -1,24 +1,34 @@
 import QtQuick
+import QtQuick.Templates as T
 import Orvane.Windows
 
-/// Recordings that a crash or a cancelled transcription left.
-Column {
+/// Recordings that a crash or a cancelled transcription left; they scroll when there is no room for all.
+FocusScope {
     id: list
 
     required property QtObject meeting
     readonly property int count: rows.count
 
-    spacing: 8
-    Accessible.role: Accessible.List
-    Accessible.name: Texts.of("Записи без расшифровки")
+    implicitHeight: heading.height + rows.anchors.topMargin + rows.contentHeight
     Words {
+        id: heading
         width: parent.width
         role: Words.Small
         text: Texts.of("Записи без расшифровки")
     }
-    Repeater {
+    ListView {
         id: rows
+        anchors.top: heading.bottom
+        anchors.topMargin: 8
+        anchors.bottom: parent.bottom
+        width: parent.width
+        clip: true
+        spacing: 8
+        boundsBehavior: Flickable.StopAtBounds
         model: list.meeting.leftovers
+        Accessible.role: Accessible.List
+        Accessible.name: heading.text
+        T.ScrollBar.vertical: Scroll {}
         delegate: Card {
             id: card
 
@@ -26,11 +36,13 @@ Column {
             required property string title
             required property string detail
 
-            width: list.width
-            height: 60
+            width: rows.width - (rows.contentHeight > rows.height ? 14 : 0) // for the scroll bar
+            height: words.implicitHeight + 20
             Accessible.role: Accessible.ListItem
             Accessible.name: title
+            Accessible.description: detail
             Column {
+                id: words
                 x: 16
                 anchors.verticalCenter: parent.verticalCenter
                 width: parent.width - buttons.width - 44
@@ -38,6 +50,7 @@ Column {
                     width: parent.width
                     text: card.title
                     font.weight: Font.Medium
+                    wrapMode: Text.Wrap
                 }
                 Words {
                     width: parent.width
@@ -57,7 +70,6 @@ Column {
                     onClicked: list.meeting.playLeftover(card.index)
                 }
                 PushButton {
-                    accented: true
                     text: Texts.of("Расшифровать")
                     enabled: !list.meeting.isTranscribing
                     onClicked: list.meeting.transcribeLeftover(card.index)

@@ -110,7 +110,7 @@ FocusScope {
         x: Theme.margin
         width: parent.width - 2 * Theme.margin
         visible: count > 0 && !page.isRecording
-        height: visible ? implicitHeight : 0
+        height: visible ? Math.min(implicitHeight, Math.max(110, page.height - head.height - middle.height - 2 * Theme.margin)) : 0
         meeting: page.meeting
     }
 }

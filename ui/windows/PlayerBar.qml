@@ -37,7 +37,8 @@ Rectangle {
         width: 36
         height: 36
         Accessible.name: bar.isPlaying ? Texts.of("Пауза") : Texts.of("Слушать")
-        Keys.onReturnPressed: click()
+        Accessible.onPressAction: if (enabled) clicked()
+        Keys.onReturnPressed: clicked()
         onClicked: bar.toggle()
         background: Rectangle {
             radius: 18

@@ -43,8 +43,8 @@ Item {
             x: Theme.margin
             y: buttons.height + 20
             width: Math.min(parent.width - 2 * Theme.margin, 720)
-            textFormat: TextEdit.MarkdownText
-            text: view.record.summary
+            textFormat: TextEdit.RichText
+            text: view.record.summaryHtml
             label: Texts.of("Протокол")
         }
     }

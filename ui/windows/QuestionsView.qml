@@ -42,7 +42,7 @@ Item {
             }
             ReadingText {
                 width: parent.width
-                textFormat: TextEdit.MarkdownText
+                textFormat: TextEdit.RichText
                 text: exchange.answer
                 label: exchange.question
             }
@@ -76,7 +76,7 @@ Item {
             focus: true
             enabled: view.record.canProcess
             placeholderText: view.record.canProcess ? Texts.of("Вопрос по тексту") : view.record.processingRefusal
-            Keys.onReturnPressed: send.click()
+            Keys.onReturnPressed: send.activate()
         }
         PushButton {
             id: send

@@ -13,7 +13,8 @@ T.AbstractButton {
     opacity: enabled ? 1 : 0.4
     Accessible.role: Accessible.Button
     Accessible.name: isRecording ? Texts.of("Завершить запись") : Texts.of("Начать запись")
-    Keys.onReturnPressed: click()
+    Accessible.onPressAction: if (enabled) clicked()
+    Keys.onReturnPressed: clicked()
     background: Rectangle {
         radius: width / 2
         color: Theme.soft

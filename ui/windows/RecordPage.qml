@@ -93,6 +93,7 @@ FocusScope {
     }
     Tabs {
         id: tabs
+        objectName: "recordTabs"
         anchors.top: head.bottom
         x: Theme.margin
         width: parent.width - 2 * Theme.margin - 160

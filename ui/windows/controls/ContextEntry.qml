@@ -15,6 +15,7 @@ T.MenuItem {
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
     Accessible.description: help
+    Accessible.onPressAction: if (enabled) clicked()
     background: Rectangle {
         radius: 6
         color: entry.highlighted ? Theme.selection : "transparent"

@@ -16,6 +16,7 @@ T.ComboBox {
     opacity: enabled ? 1 : 0.45
     Accessible.name: label
     Accessible.description: displayText
+    Accessible.onPressAction: popup.open()
     Keys.onReturnPressed: popup.open()
     background: Rectangle {
         radius: Theme.radius
@@ -51,6 +52,7 @@ T.ComboBox {
         text: picker.textAt(index)
         highlighted: picker.highlightedIndex === index
         Accessible.name: text
+        Accessible.onPressAction: if (enabled) clicked()
         background: Rectangle {
             radius: 6
             color: choice.highlighted ? Theme.selection : "transparent"

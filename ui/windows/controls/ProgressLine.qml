@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Orvane.Windows
 
-/// How far something is, from 0 to 1.
+/// How far something is, from 0 to 1. A bit moves along it as long as that is not known.
 T.ProgressBar {
     id: bar
 
@@ -14,6 +14,22 @@ T.ProgressBar {
         color: Theme.line
     }
     contentItem: Item {
+        clip: true
+        Rectangle {
+            id: bit
+            visible: bar.value <= 0
+            width: parent.width / 6
+            height: parent.height
+            radius: 2
+            color: Theme.accent
+            XAnimator on x {
+                running: bit.visible && bar.visible && Theme.animated
+                loops: Animation.Infinite
+                from: -bit.width
+                to: bar.width
+                duration: 1800
+            }
+        }
         Rectangle {
             width: bar.visualPosition * parent.width
             height: parent.height

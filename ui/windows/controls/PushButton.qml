@@ -13,6 +13,12 @@ T.Button {
     property string keys: ""
     readonly property color ink: accented ? Theme.overAccent : Theme.text
 
+    /// As a press of the user does.
+    function activate() {
+        if (enabled)
+            clicked();
+    }
+
     implicitHeight: Theme.control
     implicitWidth: Math.max(implicitHeight, row.implicitWidth + leftPadding + rightPadding)
     leftPadding: text === "" ? 7 : 13
@@ -21,8 +27,9 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     Accessible.name: text !== "" ? text : hint
     Accessible.description: keys
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Accessible.onPressAction: activate()
+    Keys.onReturnPressed: activate()
+    Keys.onEnterPressed: activate()
 
     background: Rectangle {
         radius: Theme.radius

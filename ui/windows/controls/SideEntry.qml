@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Orvane.Windows
 
 /// A page to go to, in the sidebar.
-T.AbstractButton {
+T.TabButton {
     id: entry
 
     property string iconName
@@ -11,11 +11,9 @@ T.AbstractButton {
 
     implicitHeight: Math.max(36, words.implicitHeight + 12)
     implicitWidth: 200
-    checkable: true
-    autoExclusive: true
-    Accessible.role: Accessible.PageTab
     Accessible.name: text
-    Keys.onReturnPressed: click()
+    Accessible.onPressAction: if (enabled) clicked()
+    Keys.onReturnPressed: clicked()
     background: Rectangle {
         radius: Theme.radius
         color: entry.checked ? Theme.selection : entry.hovered ? Theme.hover : "transparent"

@@ -9,6 +9,7 @@ T.TabButton {
     implicitHeight: 42
     width: words.implicitWidth
     Accessible.name: text
+    Accessible.onPressAction: checked = true
     background: Item {
         Rectangle {
             visible: tab.checked

@@ -6,12 +6,20 @@ import Orvane.Windows
 T.CheckBox {
     id: tick
 
+    /// As the user does it.
+    function flip() {
+        toggle();
+        toggled();
+    }
+
     implicitHeight: Math.max(24, words.implicitHeight)
     implicitWidth: 30 + words.implicitWidth
     spacing: 10
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
-    Keys.onReturnPressed: click()
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
+    Keys.onReturnPressed: flip()
     indicator: Rectangle {
         anchors.verticalCenter: parent.verticalCenter
         width: 18

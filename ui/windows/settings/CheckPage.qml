@@ -21,6 +21,7 @@ SettingsPage {
         delegate: Item {
             id: row
 
+            required property string checkId
             required property string name
             required property string state
             required property string text
@@ -31,7 +32,12 @@ SettingsPage {
             Accessible.name: name + ": " + text
             Icon {
                 y: 10
-                name: row.state === "good" ? "check" : row.state === "bad" ? "warning" : "refresh"
+                name: ({
+                        "good": "check",
+                        "bad": "warning",
+                        "unknown": "question",
+                        "waiting": "more"
+                    })[row.state]
                 color: row.state === "good" ? Theme.good : row.state === "bad" ? Theme.accent : Theme.secondary
             }
             Column {
@@ -52,24 +58,25 @@ SettingsPage {
                     wrapMode: Text.Wrap
                     visible: text !== ""
                 }
+                Row {
+                    topPadding: 4
+                    spacing: 16
+                    visible: row.checkId === "microphone" && page.check.isListening
+                    Words {
+                        text: Texts.of("Скажите что-нибудь:")
+                        color: Theme.secondary
+                    }
+                    Waveform {
+                        width: 380
+                        height: 20
+                        levels: page.check.waveform
+                    }
+                }
             }
             Line {
                 anchors.bottom: parent.bottom
                 width: parent.width
             }
-        }
-    }
-    Row {
-        topPadding: 12
-        spacing: 12
-        visible: page.check.isListening
-        Words {
-            text: Texts.of("Скажите что-нибудь:")
-        }
-        Waveform {
-            width: 380
-            height: 24
-            levels: page.check.waveform
         }
     }
 }

@@ -100,7 +100,7 @@ Card {
         PushButton {
             visible: card.state === "absent"
             enabled: card.catalogue.canDownload
-            accented: card.isNext
+            accented: card.isNext && enabled
             text: Texts.of("Скачать")
             onClicked: card.catalogue.download(card.modelId)
         }

@@ -25,8 +25,8 @@ Column {
             placeholderText: "https://"
             label: Texts.of("Адрес хранилища моделей")
             text: place.repository.address
-            Keys.onReturnPressed: check.click()
-            Keys.onEnterPressed: check.click()
+            Keys.onReturnPressed: check.activate()
+            Keys.onEnterPressed: check.activate()
         }
         PushButton {
             id: check

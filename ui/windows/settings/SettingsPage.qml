@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Orvane.Windows
 
 /// A page of the settings: a head and a column that scrolls.
@@ -19,14 +18,11 @@ FocusScope {
         id: head
         width: parent.width
     }
-    Flickable {
+    Scrolled {
         anchors.top: head.bottom
         anchors.bottom: parent.bottom
         width: parent.width
-        clip: true
         contentHeight: column.implicitHeight + Theme.margin + 8
-        boundsBehavior: Flickable.StopAtBounds
-        T.ScrollBar.vertical: Scroll {}
         Column {
             id: column
             x: Theme.margin

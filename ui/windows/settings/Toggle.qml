@@ -8,11 +8,19 @@ T.Switch {
 
     property string label
 
+    /// As the user does it.
+    function flip() {
+        toggle();
+        toggled();
+    }
+
     implicitWidth: 40
     implicitHeight: 24
     Accessible.role: Accessible.CheckBox
     Accessible.name: label
-    Keys.onReturnPressed: click()
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
+    Keys.onReturnPressed: flip()
     indicator: Rectangle {
         width: 40
         height: 24
