@@ -166,15 +166,16 @@ private:
     /// What a request begins with and an earlier one had brought is fetched twice.
     void account(const FaultServer::Served &one)
     {
-        if (one.status != 206 || one.request.isProbe() || !one.isTrue)
+        const std::optional<ByteRange> &range = one.request.range;
+        if (one.status != 206 || !range || one.request.isProbe() || !one.isTrue)
             return;
-        const qint64 segment = one.request.range->start / (m_server.content().size() / 2);
+        const qint64 segment = range->start / (m_server.content().size() / 2);
         qint64 &reached = m_reached[segment];
-        const qint64 twice = reached - one.request.range->start;
+        const qint64 twice = reached - range->start;
         m_maxFetchedTwice = std::max(m_maxFetchedTwice, twice);
         if (twice > bytesPerSecond + underWay)
             fail(u"%1 bytes of segment %2 fetched twice"_s.arg(twice).arg(segment));
-        reached = one.request.range->start + one.sent;
+        reached = range->start + one.sent;
     }
 
     [[nodiscard]] QString destination() const { return m_folder.filePath(u"model.gguf"_s); }
