@@ -61,7 +61,7 @@ void X11KeyTap::install()
 {
     if (m_installation)
         return;
-    m_installation.emplace();
+    m_installation = std::make_unique<Scope>();
     spawn(connectToDisplay());
 }
 

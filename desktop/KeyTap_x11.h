@@ -66,7 +66,7 @@ private:
     bool m_mapIsStale = false;
     bool m_mapIsBeingRead = false;
     QTimer m_retry;
-    std::optional<Scope> m_installation;
+    std::unique_ptr<Scope> m_installation; ///< null while not installed
 };
 
 } // namespace orvane
