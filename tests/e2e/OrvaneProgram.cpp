@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <filesystem>
+#include <utility>
 
 #include <unistd.h>
 
@@ -81,13 +82,23 @@ void OrvaneProgram::installLanguageModel() const
 
 void OrvaneProgram::placeEngine(const QString &name, const QString &executable)
 {
+    if (!std::exchange(m_isPlaced, true))
+        place();
+    require(QFile::link(executable, path(u"lib/orvane/engine/"_s + name)), "cannot place the engine");
+}
+
+void OrvaneProgram::place()
+{
     m_program = path(u"bin/orvane"_s);
     QDir(m_home.path()).mkpath(u"bin"_s);
     QDir(m_home.path()).mkpath(u"lib/orvane/engine"_s);
     std::error_code error;
     std::filesystem::create_hard_link(ORVANE_PROGRAM, m_program.toStdString(), error);
     require(!error || QFile::copy(QStringLiteral(ORVANE_PROGRAM), m_program), "cannot place the program");
-    require(QFile::link(executable, path(u"lib/orvane/engine/"_s + name)), "cannot place the engine");
+    const QDir modules(QFileInfo(QStringLiteral(ORVANE_PROGRAM)).path() + u"/../lib/orvane"_s);
+    for (const QFileInfo &module : modules.entryInfoList({u"*.so"_s}, QDir::Files))
+        require(QFile::link(module.absoluteFilePath(), path(u"lib/orvane/"_s + module.fileName())),
+                "cannot place a module");
 }
 
 void OrvaneProgram::addRecord(const QString &id, const QByteArray &json) const

@@ -38,7 +38,7 @@ public:
     void install(const QString &model) const;
     /// Puts the small language model into its folder, under the name of the catalogue's first.
     void installLanguageModel() const;
-    /// From now on the program runs from this home with this engine ("llama-server") alone.
+    /// From now on the program runs from this home, with such engines ("llama-server") alone.
     void placeEngine(const QString &name, const QString &executable);
     /// Adds a record file to the history.
     void addRecord(const QString &id, const QByteArray &json) const;
@@ -56,8 +56,11 @@ public:
     [[nodiscard]] QList<qint64> enginesOf(const QProcess &program) const;
 
 private:
+    void place();
+
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
+    bool m_isPlaced = false;
     QString m_program = QStringLiteral(ORVANE_PROGRAM);
 };
 

@@ -24,6 +24,7 @@ public:
     }
 
     [[nodiscard]] SoundServer &sound() { return m_sound; }
+    [[nodiscard]] QString bus() const { return m_bus.address(); }
 
 private:
     SoundServer m_sound;

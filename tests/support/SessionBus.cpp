@@ -15,6 +15,10 @@ constexpr int patience = 30'000; // ms
 
 SessionBus::SessionBus()
 {
+    // What the bus starts keeps its sockets there.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_RUNTIME_DIR"_s, m_folder.path());
+    m_daemon.setProcessEnvironment(environment);
     m_daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
     while (!m_daemon.canReadLine()) {

@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QString>
+#include <QTemporaryDir>
 
 namespace orvane::test {
 
@@ -18,6 +19,7 @@ public:
     [[nodiscard]] QString address() const { return m_address; }
 
 private:
+    QTemporaryDir m_folder;
     QProcess m_daemon;
     QString m_address;
 };
