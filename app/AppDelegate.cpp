@@ -58,7 +58,7 @@ AppDelegate::AppDelegate(AppServices &services, ControlService &control,
     connect(&control, &ControlService::actionActivated, this,
             [this](const QString &name, const QString &token) {
                 if (name == "settings"_L1 && m_windows)
-                    m_windows->showSettings();
+                    m_windows->showSettings({}, token);
                 else
                     spawn(reopen({}, token));
             });

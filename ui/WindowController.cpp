@@ -93,7 +93,7 @@ void WindowController::showMain(const QString &activationToken)
         Q_EMIT mainAppeared();
 }
 
-void WindowController::showSettings(const QString &page)
+void WindowController::showSettings(const QString &page, const QString &activationToken)
 {
     if (!prepare())
         return;
@@ -102,7 +102,7 @@ void WindowController::showSettings(const QString &page)
     if (!m_settingsWindow)
         make(m_settingsWindow, Windows::Which::Settings);
     if (m_settingsWindow)
-        bringForward(*m_settingsWindow, {});
+        bringForward(*m_settingsWindow, activationToken);
 }
 
 void WindowController::openFiles(const QList<QUrl> &files, const QString &activationToken)

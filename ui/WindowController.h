@@ -42,7 +42,7 @@ public:
     /// launcher, gave for that; empty without one.
     void showMain(const QString &activationToken = {});
     /// With the page that was open last when none is named, see Desk::settingsPage().
-    void showSettings(const QString &page = {});
+    void showSettings(const QString &page = {}, const QString &activationToken = {});
     /// With files to transcribe.
     void openFiles(const QList<QUrl> &files, const QString &activationToken = {});
 

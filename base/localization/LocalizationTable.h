@@ -748,6 +748,8 @@ Exit status: 0 done, 1 failed, 2 wrong command, 130 interrupted.
     {u"Модели", u"Models"},
     {u"Сохранить", u"Save"},
     {u"Выберите папку", u"Choose a folder"},
+    {u"Это не файл на этом компьютере. Сначала скопируйте его сюда.",
+     u"This is not a file on this computer. Copy it here first."},
 };
 
 } // namespace orvane::Localization

@@ -13,12 +13,15 @@ namespace orvane {
 
 namespace {
 
-/// What the queue needs of the services, without knowing them.
-QCoro::Task<std::optional<QUuid>> transcribed(TranscriptionService *transcriber,
-                                              std::optional<TranscriptPipeline::Request> request)
+/// Waits for the engine's turn first: a queue goes on behind a meeting.
+QCoro::Task<std::optional<QUuid>> transcribed(TranscriptionService *transcriber, const EngineTurns *turns,
+                                              std::optional<TranscriptPipeline::Request> request,
+                                              std::stop_token stop)
 {
     if (!request)
         throw Error(Localization::text(u"Нет скачанных моделей"));
+    static_cast<void>(co_await turns->wait(stop)); // let go of at once: the service takes it itself
+    const std::stop_callback cancel(stop, [transcriber] { transcriber->cancel(); });
     const auto result = co_await transcriber->transcribe({.audioPath = request->audioPath,
                                                           .model = request->model,
                                                           .language = request->language,
@@ -42,7 +45,7 @@ Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObjec
                 .work = {.processor = services.recordProcessor(),
                          .corrector = services.corrector(),
                          .recognition = m_recognition}}),
-      m_queue(transcriberOf(services.transcriber(), files)),
+      m_queue(transcriberOf(services.transcriber(), services.turns(), files)),
       m_meeting(services.meeting(),
                 MeetingDesk::Machine::ofUser(services.folders().resources, services.folders().recordings())),
       m_activity({.settings = services.settings(),
@@ -85,6 +88,11 @@ Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObjec
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_record, &OpenRecord::relabel);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_queue, &FileQueue::relabel);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_meeting, &MeetingDesk::relabel);
+    HistoryStore &history = services.history();
+    connect(&history, &HistoryStore::lastErrorChanged, &m_notices, [this, &history] {
+        if (!history.lastError().isEmpty())
+            m_notices.show(history.lastError());
+    });
     followRecord();
     followQueue(services.transcriber());
 }
@@ -99,16 +107,20 @@ void Desk::followRecord()
         if (QUuid(m_record.recordId()) == id)
             closeRecord();
     });
-    connect(&m_record, &OpenRecord::gone, this, &Desk::closeRecord);
+    connect(&m_record, &OpenRecord::gone, this, [this](const QString &reason) {
+        closeRecord();
+        if (!reason.isEmpty())
+            m_notices.show(reason);
+    });
     connect(&m_record, &RecordWork::settingsRequested, this, [this] { showSettings(u"correction"_s); });
 }
 
 void Desk::followQueue(TranscriptionService &transcriber)
 {
-    connect(&m_queue, &FileQueue::transcribed, this, [this](const QUuid &id) {
+    connect(&m_queue, &FileQueue::finished, this, [this](const QUuid &onlyRecord) {
         // The one result that somebody waits for; of several each is opened from the queue.
-        if (m_page == "file"_L1 && m_queue.count() == 1)
-            openRecord(id.toString());
+        if (m_page == "file"_L1 && !onlyRecord.isNull())
+            openRecord(onlyRecord.toString());
     });
     const auto showProgress = [this, &transcriber] {
         m_queue.setProgress(transcriber.statusText(), transcriber.progress(), transcriber.remainingMs());
@@ -117,7 +129,8 @@ void Desk::followQueue(TranscriptionService &transcriber)
     connect(&transcriber, &TranscriptionService::statusTextChanged, this, showProgress);
 }
 
-FileQueue::Transcriber Desk::transcriberOf(TranscriptionService &transcriber, FileChooser &files) const
+FileQueue::Transcriber Desk::transcriberOf(TranscriptionService &transcriber, const EngineTurns &turns,
+                                           FileChooser &files) const
 {
     const auto choose = [this, &transcriber, &files] {
         if (const auto request = m_recognition.request({}))
@@ -125,10 +138,9 @@ FileQueue::Transcriber Desk::transcriberOf(TranscriptionService &transcriber, Fi
         return files.media();
     };
     return {.transcribe =
-                [this, &transcriber](const QString &path) {
-                    return orvane::transcribed(&transcriber, m_recognition.request(path));
+                [this, &transcriber, &turns](const QString &path, std::stop_token stop) {
+                    return orvane::transcribed(&transcriber, &turns, m_recognition.request(path), stop);
                 },
-            .cancel = [&transcriber] { transcriber.cancel(); },
             .choose = choose};
 }
 

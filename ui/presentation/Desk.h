@@ -88,7 +88,7 @@ private:
     void followRecord();
     void followQueue(TranscriptionService &transcriber);
     [[nodiscard]] FileQueue::Transcriber transcriberOf(TranscriptionService &transcriber,
-                                                       FileChooser &files) const;
+                                                       const EngineTurns &turns, FileChooser &files) const;
     void closeRecord();
 
     AppSettings &m_settings;

@@ -11,10 +11,12 @@ namespace orvane {
 
 namespace {
 
-/// Beyond so many edits in a row the texts are taken for different there.
-constexpr int maxEdits = 2000;
+/// After so many edits the way found so far is kept: what is looked for grows with their square.
+constexpr int maxEdits = 400;
 /// A piece ends at the first sentence that both texts end alike after so many words.
 constexpr int wordsInPiece = 24;
+/// And where there is none, after so many.
+constexpr int maxWordsInPiece = 120;
 
 enum class Side { Both, Before, After };
 
@@ -30,58 +32,101 @@ QStringList wordsOf(const QString &text)
     return text.split(blanks, Qt::SkipEmptyParts);
 }
 
-/// E. Myers, An O(ND) Difference Algorithm and Its Variations, 1986: the greedy form, with the way back kept.
-QList<Word> aligned(const QStringList &before, const QStringList &after)
+/// How two lists of words become each other, found piece by piece.
+class Alignment
 {
-    const int n = int(before.size());
-    const int m = int(after.size());
-    const int limit = std::min(n + m, maxEdits);
-    std::vector<int> furthest(size_t(2 * limit + 3), 0);
-    std::vector<std::vector<int>> history;
-    const auto at = [limit](std::vector<int> &line, int k) -> int & { return line[size_t(k + limit + 1)]; };
-    int edits = 0;
-    bool isDone = false;
-    for (; edits <= limit && !isDone; ++edits) {
-        history.push_back(furthest);
-        for (int k = -edits; k <= edits && !isDone; k += 2) {
-            const bool down = k == -edits || (k != edits && at(furthest, k - 1) < at(furthest, k + 1));
-            int x = down ? at(furthest, k + 1) : at(furthest, k - 1) + 1;
-            while (x < n && x - k < m && before.at(x) == after.at(x - k))
-                ++x;
-            at(furthest, k) = x;
-            isDone = x >= n && x - k >= m;
+public:
+    Alignment(QStringList before, QStringList after) : m_before(std::move(before)), m_after(std::move(after))
+    {}
+
+    [[nodiscard]] QList<Word> words()
+    {
+        while (m_x < m_before.size() || m_y < m_after.size())
+            align();
+        return m_words;
+    }
+
+private:
+    using Line = std::vector<int>;
+
+    /// E. Myers, An O(ND) Difference Algorithm and Its Variations, 1986: the greedy form, with the way back
+    /// kept, from where the last piece ended to the end or as far as so many edits lead.
+    void align()
+    {
+        const int n = int(m_before.size()) - m_x;
+        const int m = int(m_after.size()) - m_y;
+        const int limit = std::min(n + m, maxEdits);
+        Line furthest(size_t(2 * limit + 3), 0);
+        std::vector<Line> history;
+        int bestX = 0;
+        int bestY = 0;
+        int bestEdits = 0;
+        for (int edits = 0; edits <= limit; ++edits) {
+            history.push_back(furthest);
+            for (int k = -edits; k <= edits; k += 2) {
+                const bool down = isDown(furthest, k, edits);
+                int x = down ? at(furthest, k + 1) : at(furthest, k - 1) + 1;
+                while (x < n && x - k < m && m_before.at(m_x + x) == m_after.at(m_y + x - k))
+                    ++x;
+                at(furthest, k) = x;
+                const int y = x - k;
+                if (x > n || y > m)
+                    continue;
+                if (x + y > bestX + bestY) {
+                    bestX = x;
+                    bestY = y;
+                    bestEdits = edits;
+                }
+                if (x == n && y == m) {
+                    goBack(history, n, m, edits);
+                    return;
+                }
+            }
         }
+        goBack(history, bestX, bestY, bestEdits);
     }
-    QList<Word> words;
-    if (!isDone) {
-        for (const QString &word : before)
-            words.append({word, Side::Before});
-        for (const QString &word : after)
-            words.append({word, Side::After});
-        return words;
+
+    static int &at(Line &line, int k) { return line[line.size() / 2 + size_t(k)]; }
+    static bool isDown(Line &line, int k, int edits)
+    {
+        return k == -edits || (k != edits && at(line, k - 1) < at(line, k + 1));
     }
-    int x = n;
-    int y = m;
-    for (int d = edits - 1; d >= 0; --d) {
-        std::vector<int> &line = history[size_t(d)];
-        const int k = x - y;
-        const bool down = k == -d || (k != d && at(line, k - 1) < at(line, k + 1));
-        const int fromK = down ? k + 1 : k - 1;
-        const int fromX = d == 0 ? 0 : at(line, fromK);
-        const int fromY = d == 0 ? 0 : fromX - fromK;
-        while (x > fromX && y > fromY) {
-            words.append({after.at(y - 1), Side::Both});
-            --x;
-            --y;
+
+    void goBack(std::vector<Line> &history, int toX, int toY, int edits)
+    {
+        QList<Word> piece;
+        int x = toX;
+        int y = toY;
+        for (int d = edits; d >= 0; --d) {
+            Line &line = history[size_t(d)];
+            const int k = x - y;
+            const bool down = isDown(line, k, d);
+            const int fromK = down ? k + 1 : k - 1;
+            const int fromX = d == 0 ? 0 : at(line, fromK);
+            const int fromY = d == 0 ? 0 : fromX - fromK;
+            while (x > fromX && y > fromY) {
+                piece.append({m_after.at(m_y + y - 1), Side::Both});
+                --x;
+                --y;
+            }
+            if (d > 0)
+                piece.append(down ? Word{m_after.at(m_y + y - 1), Side::After}
+                                  : Word{m_before.at(m_x + x - 1), Side::Before});
+            x = fromX;
+            y = fromY;
         }
-        if (d > 0)
-            words.append(down ? Word{after.at(y - 1), Side::After} : Word{before.at(x - 1), Side::Before});
-        x = fromX;
-        y = fromY;
+        std::ranges::reverse(piece);
+        m_words += piece;
+        m_x += toX;
+        m_y += toY;
     }
-    std::ranges::reverse(words);
-    return words;
-}
+
+    const QStringList m_before;
+    const QStringList m_after;
+    int m_x = 0;
+    int m_y = 0;
+    QList<Word> m_words;
+};
 
 bool endsSentence(const QString &word)
 {
@@ -103,12 +148,14 @@ QList<Difference> differencesOf(const QString &before, const QString &after)
     QList<Difference> pieces;
     Difference piece;
     int count = 0;
-    for (const Word &word : aligned(wordsOf(before), wordsOf(after))) {
+    for (const Word &word : Alignment(wordsOf(before), wordsOf(after)).words()) {
         if (word.side != Side::After)
             append(piece.before, word.text, word.side == Side::Before, "s"_L1);
         if (word.side != Side::Before)
             append(piece.after, word.text, word.side == Side::After, "b"_L1);
-        if (++count >= wordsInPiece && word.side != Side::Before && endsSentence(word.text)) {
+        ++count;
+        const bool endsWell = word.side != Side::Before && endsSentence(word.text);
+        if ((count >= wordsInPiece && endsWell) || count >= maxWordsInPiece) {
             pieces.append(std::exchange(piece, {}));
             count = 0;
         }

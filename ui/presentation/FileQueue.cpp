@@ -9,6 +9,7 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orvane {
 
@@ -25,9 +26,15 @@ FileQueue::~FileQueue()
 void FileQueue::add(const QList<QUrl> &urls)
 {
     for (const QUrl &url : urls) {
-        const QString path = url.toLocalFile();
-        if (!path.isEmpty() && !QFileInfo(path).isDir())
-            m_entries.append({.key = ++m_lastKey, .path = path});
+        if (url.isLocalFile()) {
+            m_entries.append({.key = ++m_lastKey, .path = url.toLocalFile()});
+            continue;
+        }
+        m_entries.append(
+            {.key = ++m_lastKey,
+             .path = url.toDisplayString(),
+             .state = State::Failed,
+             .detail = Localization::text(u"Это не файл на этом компьютере. Сначала скопируйте его сюда.")});
     }
     show();
     if (!m_isWorking)
@@ -53,7 +60,11 @@ QCoro::Task<> FileQueue::work()
 {
     m_isWorking = true;
     Q_EMIT workingChanged();
+    int count = 0;
+    QUuid onlyRecord;
     while (true) {
+        if (count > 0)
+            co_await m_scope(sleepFor(0ms)); // who waits for the engine, such as a meeting, comes first
         const auto next = std::ranges::find(m_entries, State::Waiting, &Entry::state);
         if (next == m_entries.end())
             break;
@@ -61,11 +72,13 @@ QCoro::Task<> FileQueue::work()
         const QString path = next->path;
         next->state = State::Working;
         m_elapsed.start();
+        m_stop = std::stop_source();
+        ++count;
         std::optional<QUuid> record;
         QString failure;
         show();
         try {
-            record = co_await m_scope(m_transcriber.transcribe(path));
+            record = co_await m_scope(m_transcriber.transcribe(path, m_stop.get_token()));
         } catch (const Gone &) {
             throw;
         } catch (const Cancelled &) {
@@ -81,9 +94,11 @@ QCoro::Task<> FileQueue::work()
         show();
         if (record)
             Q_EMIT transcribed(*record);
+        onlyRecord = count == 1 ? record.value_or(QUuid()) : QUuid();
     }
     m_isWorking = false;
     Q_EMIT workingChanged();
+    Q_EMIT finished(onlyRecord);
 }
 
 bool FileQueue::waits(qsizetype index) const
@@ -107,7 +122,7 @@ void FileQueue::removeAt(int index)
     m_entries.removeAt(index);
     show();
     if (isWorking)
-        m_transcriber.cancel();
+        m_stop.request_stop();
 }
 
 void FileQueue::retry(int index)

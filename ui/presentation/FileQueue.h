@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <optional>
+#include <stop_token>
 
 namespace orvane {
 
@@ -25,9 +26,8 @@ public:
     /// How a file is transcribed and saved: the record's id, or none when there was no speech.
     struct Transcriber
     {
-        std::function<QCoro::Task<std::optional<QUuid>>(QString path)> transcribe;
-        /// Ends the one that runs.
-        std::function<void()> cancel;
+        /// Waits until the engine is free.
+        std::function<QCoro::Task<std::optional<QUuid>>(QString path, std::stop_token stop)> transcribe;
         /// Asks the user for files; empty when none were chosen.
         std::function<QCoro::Task<QList<QUrl>>()> choose;
     };
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] bool isWorking() const { return m_isWorking; }
     [[nodiscard]] bool hasWaiting() const;
 
-    /// Local files; a folder stands for nothing. Begins with the first when none is being transcribed.
+    /// Begins with the first when none is being transcribed.
     Q_INVOKABLE void add(const QList<QUrl> &urls);
     Q_INVOKABLE void choose();
     /// The interface language is another.
@@ -56,6 +56,8 @@ Q_SIGNALS:
     void workingChanged();
     /// A file has become a record.
     void transcribed(const QUuid &record);
+    /// The queue is at its end: with that record if it was of one file.
+    void finished(const QUuid &onlyRecord);
 
 private:
     enum class State { Waiting, Working, Done, Failed };
@@ -82,6 +84,8 @@ private:
     int m_lastKey = 0;
     bool m_isWorking = false;
     QElapsedTimer m_elapsed;
+    /// Of the file that is being transcribed.
+    std::stop_source m_stop;
     Scope m_scope;
 };
 

@@ -82,7 +82,7 @@ QCoro::Task<> HistoryList::find()
         const QString words = m_search.trimmed();
         std::optional<QSet<QUuid>> found;
         if (!words.isEmpty())
-            found = co_await m_scope(m_history.search(words));
+            found = co_await m_scope(search(words));
         if (m_mustSearchAgain)
             continue;
         m_found = found;
@@ -91,8 +91,25 @@ QCoro::Task<> HistoryList::find()
     m_isSearching = false;
 }
 
+/// Nothing is found by a search that fails, and why is said.
+QCoro::Task<QSet<QUuid>> HistoryList::search(QString words)
+{
+    QString failure;
+    try {
+        co_return co_await m_scope(m_history.search(words));
+    } catch (const Cancelled &) {
+        throw;
+    } catch (const std::exception &error) {
+        failure = descriptionOf(error);
+    }
+    m_notices.show(failure);
+    co_return {};
+}
+
 void HistoryList::show()
 {
+    if (m_isRemoving)
+        return;
     QList<RecordSummary> rows;
     rows.reserve(m_history.records().size());
     for (const RecordSummary &record : m_history.records()) {
@@ -205,8 +222,10 @@ void HistoryList::remove(const QStringList &ids)
 
 void HistoryList::removeForGood()
 {
+    m_isRemoving = true; // the list is without them already
     for (const QUuid &id : std::exchange(m_removing, {}))
         m_history.remove(id);
+    m_isRemoving = false;
 }
 
 void HistoryList::save(const QStringList &ids, const QString &format)

@@ -91,6 +91,7 @@ private:
     void show();
     void searchAnew();
     QCoro::Task<> find();
+    QCoro::Task<QSet<QUuid>> search(QString words);
     void removeForGood();
     [[nodiscard]] const RecordSummary *record(const QString &id) const;
     void setSelected(const QSet<QUuid> &ids);
@@ -106,6 +107,7 @@ private:
     QSet<QUuid> m_selected;
     int m_selectedLast = -1;
     QSet<QUuid> m_removing;
+    bool m_isRemoving = false;
     Scope m_scope;
 };
 

@@ -59,6 +59,11 @@ OpenRecord::OpenRecord(Collaborators collaborators, QObject *parent)
         if (id == record())
             spawn(load());
     });
+    connect(&m_history, &HistoryStore::recordsChanged, this, [this] {
+        const auto isThis = [this](const RecordSummary &summary) { return summary.id == record(); };
+        if (m_isLoaded && m_history.isLoaded() && std::ranges::none_of(m_history.records(), isThis))
+            Q_EMIT gone({});
+    });
 }
 
 OpenRecord::~OpenRecord()
@@ -84,21 +89,24 @@ QCoro::Task<> OpenRecord::load()
 {
     const QUuid id = record();
     std::optional<TranscriptRecord> loaded;
+    QString failure;
     try {
         loaded = co_await m_scope(m_history.record(id));
     } catch (const Cancelled &) {
         throw;
-    } catch (const std::exception &) {
-        // another program has deleted it
+    } catch (const std::exception &error) {
+        failure = descriptionOf(error);
     }
     if (id != record())
         co_return;
     if (!loaded) {
-        Q_EMIT gone();
+        Q_EMIT gone(failure);
         co_return;
     }
-    m_isLoaded = true;
+    const bool isNew = !std::exchange(m_isLoaded, true);
     show(*loaded);
+    if (const int row = isNew ? nextHit(0) : -1; row >= 0)
+        Q_EMIT foundAt(row);
 }
 
 void OpenRecord::show(const TranscriptRecord &record)
@@ -109,8 +117,10 @@ void OpenRecord::show(const TranscriptRecord &record)
     showEvents();
     Q_EMIT changed();
     Q_EMIT findChanged();
-    if (hasOtherTexts)
+    if (hasOtherTexts) {
+        m_differences.setRows({});
         spawn(compare());
+    }
     if (m_isLoaded)
         spawn(findAudio());
 }
@@ -156,9 +166,9 @@ QCoro::Task<> OpenRecord::compare()
     const auto compare = [before = m_record.text, after = corrected()] {
         return after.isEmpty() ? QList<Difference>() : differencesOf(before, after);
     };
-    const QUuid id = record();
-    const QList<Difference> differences = co_await m_scope(offMainThread(&longWorkPool(), compare));
-    if (id != record())
+    const int comparison = ++m_comparison;
+    const QList<Difference> differences = co_await m_scope(offMainThread(compare));
+    if (comparison != m_comparison)
         co_return;
     QList<QVariantMap> rows;
     for (const Difference &difference : differences)

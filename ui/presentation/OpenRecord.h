@@ -97,8 +97,10 @@ Q_SIGNALS:
     void audioChanged();
     void asTextChanged();
     void findChanged();
-    /// There is no such record any more.
-    void gone();
+    /// There is no such record any more; the reason is empty when it was deleted.
+    void gone(const QString &reason);
+    /// The words that the record was opened with stand in that row first.
+    void foundAt(int row);
 
 private:
     QCoro::Task<> load();
@@ -123,6 +125,7 @@ private:
     bool m_asText = false;
     QString m_findText;
     int m_hit = -1;
+    int m_comparison = 0;
     Scope m_scope;
 };
 

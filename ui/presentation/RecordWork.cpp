@@ -32,7 +32,7 @@ RecordWork::~RecordWork()
 void RecordWork::setRecord(const QUuid &id)
 {
     m_record = id;
-    clearError();
+    Q_EMIT busyChanged();
     Q_EMIT processingChanged();
     Q_EMIT progressChanged();
 }
@@ -65,17 +65,20 @@ double RecordWork::progress() const
 
 void RecordWork::correct()
 {
-    begin(Localization::text(u"Исправляю…"), m_services.processor.correct(m_record));
+    begin(Localization::text(u"Исправляю…"),
+          [id = m_record](RecordProcessor &processor) { return processor.correct(id); });
 }
 
 void RecordWork::summarize()
 {
-    begin(Localization::text(u"Составляю протокол…"), m_services.processor.summarize(m_record));
+    begin(Localization::text(u"Составляю протокол…"),
+          [id = m_record](RecordProcessor &processor) { return processor.summarize(id); });
 }
 
 void RecordWork::ask(const QString &question)
 {
-    begin(Localization::text(u"Ищу ответ…"), m_services.processor.ask(m_record, question));
+    begin(Localization::text(u"Ищу ответ…"),
+          [id = m_record, question](RecordProcessor &processor) { return processor.ask(id, question); });
 }
 
 void RecordWork::transcribeAgain()
@@ -83,19 +86,22 @@ void RecordWork::transcribeAgain()
     const auto request = m_services.recognition.request({});
     if (!request)
         return;
-    begin(Localization::text(u"Расшифровываю заново…"),
-          m_services.processor.transcribeAnew(
-              m_record,
-              {.model = request->model, .language = request->language, .speakers = request->speakers}));
+    begin(Localization::text(u"Расшифровываю заново…"), [id = m_record, request](RecordProcessor &processor) {
+        return processor.transcribeAnew(
+            id, {.model = request->model, .language = request->language, .speakers = request->speakers});
+    });
 }
 
-void RecordWork::begin(const QString &what, QCoro::Task<QString> work)
+void RecordWork::begin(const QString &what,
+                       const std::function<QCoro::Task<QString>(RecordProcessor &)> &work)
 {
+    if (!m_services.processor.record().isNull())
+        return;
     m_what = what;
-    m_error.clear();
+    m_errors.remove(m_record);
+    spawn(follow(work(m_services.processor)));
     Q_EMIT busyChanged();
     Q_EMIT progressChanged();
-    spawn(follow(std::move(work)));
 }
 
 QCoro::Task<> RecordWork::follow(QCoro::Task<QString> work)
@@ -104,14 +110,16 @@ QCoro::Task<> RecordWork::follow(QCoro::Task<QString> work)
     QString failure;
     try {
         co_await m_scope(std::move(work));
+        failure = m_services.processor.error(); // damaged audio
     } catch (const Cancelled &) {
         throw;
     } catch (const std::exception &error) {
         failure = descriptionOf(error);
     }
-    if (id != m_record)
-        co_return;
-    m_error = failure.isEmpty() ? m_services.processor.error() : failure; // it may have found damaged audio
+    if (failure.isEmpty())
+        m_errors.remove(id);
+    else
+        m_errors.insert(id, failure);
     Q_EMIT busyChanged();
 }
 
@@ -123,7 +131,7 @@ void RecordWork::cancel()
 
 void RecordWork::clearError()
 {
-    m_error.clear();
+    m_errors.remove(m_record);
     Q_EMIT busyChanged();
 }
 

@@ -2,10 +2,13 @@
 
 #include "base/Scope.h"
 
+#include <QHash>
 #include <QObject>
 #include <QUuid>
 
 #include <QCoroTask>
+
+#include <functional>
 
 namespace orvane {
 
@@ -45,7 +48,7 @@ public:
     [[nodiscard]] QString busyText() const;
     [[nodiscard]] double progress() const;
     /// Why the last attempt failed, one sentence.
-    [[nodiscard]] QString error() const { return m_error; }
+    [[nodiscard]] QString error() const { return m_errors.value(m_record); }
 
     Q_INVOKABLE void correct();
     Q_INVOKABLE void summarize();
@@ -68,13 +71,15 @@ protected:
     void setRecord(const QUuid &id);
 
 private:
-    void begin(const QString &what, QCoro::Task<QString> work);
+    /// Nothing while something is made of a record.
+    void begin(const QString &what, const std::function<QCoro::Task<QString>(RecordProcessor &)> &work);
     QCoro::Task<> follow(QCoro::Task<QString> work);
 
     const Collaborators m_services;
     QUuid m_record;
     QString m_what;
-    QString m_error;
+    /// By record, until the user has seen it.
+    QHash<QUuid, QString> m_errors;
     Scope m_scope;
 };
 

@@ -14,6 +14,7 @@ Repository::Repository(AppSettings &settings, const ModelManager &models, QObjec
 {
     connect(&models, &ModelManager::repositoryChanged, this, &Repository::changed);
     connect(&settings, &AppSettings::modelRepositoryChanged, this, &Repository::changed);
+    connect(&settings, &AppSettings::modelRepositoryChanged, this, &Repository::addressChanged);
     connect(&settings, &AppSettings::interfaceLanguageChanged, this, &Repository::changed);
 }
 

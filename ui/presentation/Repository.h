@@ -15,7 +15,7 @@ class Repository : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool isAsked READ isAsked NOTIFY changed)
-    Q_PROPERTY(QString address READ address NOTIFY changed)
+    Q_PROPERTY(QString address READ address NOTIFY addressChanged)
     Q_PROPERTY(bool isChecking READ isChecking NOTIFY changed)
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString error READ error NOTIFY changed)
@@ -40,6 +40,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// Only then: a field that shows it must keep what is being typed.
+    void addressChanged();
 
 private:
     QCoro::Task<> checkAndStore(QString address);

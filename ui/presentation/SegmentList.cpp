@@ -36,7 +36,7 @@ void SegmentList::relabel()
 
 void SegmentList::find(const QString &words)
 {
-    m_words = words.trimmed();
+    m_wanted = words.simplified();
     findHits();
     if (!m_segments.isEmpty())
         Q_EMIT dataChanged(index(0), index(count() - 1), {MarkedRole});
@@ -44,9 +44,19 @@ void SegmentList::find(const QString &words)
 
 void SegmentList::findHits()
 {
+    findHits(m_wanted.isEmpty() ? QStringList() : QStringList(m_wanted));
+    if (m_hits.isEmpty() && m_wanted.contains(u' '))
+        findHits(m_wanted.split(u' '));
+}
+
+void SegmentList::findHits(const QStringList &words)
+{
+    m_words = words;
     m_hits.clear();
-    for (int i = 0; i < m_segments.size() && !m_words.isEmpty(); ++i) {
-        if (m_segments.at(i).text.contains(m_words, Qt::CaseInsensitive))
+    for (int i = 0; i < m_segments.size() && !words.isEmpty(); ++i) {
+        const QString &text = m_segments.at(i).text;
+        if (std::ranges::any_of(
+                words, [&](const QString &word) { return text.contains(word, Qt::CaseInsensitive); }))
             m_hits.append(i);
     }
 }
@@ -97,19 +107,26 @@ QHash<int, QByteArray> SegmentList::roleNames() const
             {TextRole, "text"}, {MarkedRole, "marked"},   {StartRole, "startMs"}};
 }
 
-QString SegmentList::marked(const QString &text, const QString &words)
+QString SegmentList::marked(const QString &text, const QStringList &words)
 {
-    if (words.isEmpty())
-        return {};
     QString html;
     qsizetype from = 0;
-    for (qsizetype hit = text.indexOf(words, 0, Qt::CaseInsensitive); hit >= 0;
-         hit = text.indexOf(words, from, Qt::CaseInsensitive)) {
-        html += text.sliced(from, hit - from).toHtmlEscaped() + u"<b>"_s +
-                text.sliced(hit, words.size()).toHtmlEscaped() + u"</b>"_s;
-        from = hit + words.size();
+    while (true) {
+        qsizetype first = -1;
+        qsizetype length = 0;
+        for (const QString &word : words) {
+            const qsizetype hit = text.indexOf(word, from, Qt::CaseInsensitive);
+            if (hit >= 0 && (first < 0 || hit < first)) {
+                first = hit;
+                length = word.size();
+            }
+        }
+        if (first < 0)
+            return from == 0 ? QString() : html + text.sliced(from).toHtmlEscaped();
+        html += text.sliced(from, first - from).toHtmlEscaped() + u"<b>"_s +
+                text.sliced(first, length).toHtmlEscaped() + u"</b>"_s;
+        from = first + length;
     }
-    return from == 0 ? QString() : html + text.sliced(from).toHtmlEscaped();
 }
 
 } // namespace orvane

@@ -21,7 +21,8 @@ public:
     /// What the speaker with that number is called.
     [[nodiscard]] QString speakerName(qint64 number) const;
 
-    /// Marks the words wherever they stand, in whatever case; empty ends it.
+    /// Marks the words wherever they stand, in whatever case: together, or each of them where they never
+    /// stand together. Empty ends it.
     void find(const QString &words);
     /// The rows that hold them, in order.
     [[nodiscard]] const QList<int> &hits() const { return m_hits; }
@@ -33,17 +34,19 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     /// A text as HTML with the words in bold; empty when they are not in it.
-    [[nodiscard]] static QString marked(const QString &text, const QString &words);
+    [[nodiscard]] static QString marked(const QString &text, const QStringList &words);
 
 private:
     void findHits();
+    void findHits(const QStringList &words);
 
     enum Role { TimeRole = Qt::UserRole, SpeakerRole, SpeakerNameRole, TextRole, MarkedRole, StartRole };
 
     QList<TranscriptRecord::Segment> m_segments;
     SpeakerNames m_names;
     bool m_hasSpeakers = false;
-    QString m_words;
+    QString m_wanted;
+    QStringList m_words;
     QList<int> m_hits;
 };
 

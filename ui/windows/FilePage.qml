@@ -15,14 +15,15 @@ FocusScope {
         title: Texts.of("Расшифровка файла")
         text: Texts.of("Всё остаётся на этом компьютере")
     }
-    Flow {
+    Item {
         id: choices
         anchors.top: head.bottom
         anchors.topMargin: 6
         x: Theme.margin
         width: parent.width - 2 * Theme.margin
-        spacing: 8
+        height: recognition.height
         RecognitionChoices {
+            id: recognition
             recognition: page.desk.recognition
         }
     }

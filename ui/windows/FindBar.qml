@@ -14,7 +14,6 @@ Rectangle {
     function show() {
         isOpen = true;
         field.text = record.findText;
-        next(0);
     }
     function open() {
         isOpen = true;
@@ -41,7 +40,7 @@ Rectangle {
         spacing: 8
         Field {
             id: field
-            width: 280
+            width: Math.max(140, Math.min(280, bar.width - 290))
             iconName: "search"
             placeholderText: Texts.of("Найти в тексте")
             onTextEdited: {

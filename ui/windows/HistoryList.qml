@@ -35,11 +35,26 @@ ListView {
     Accessible.name: Texts.of("История")
     Keys.onReturnPressed: if (currentItem) history.open(currentItem.recordId)
     Keys.onDeletePressed: askToRemove()
+    Keys.onUpPressed: event => {
+        history.clearSelection();
+        event.accepted = false;
+    }
+    Keys.onDownPressed: event => {
+        history.clearSelection();
+        event.accepted = false;
+    }
     Keys.onPressed: event => {
-        if (event.key === Qt.Key_F2 && currentItem) {
+        if (!currentItem)
+            return;
+        if (event.key === Qt.Key_F2)
             currentItem.beginRename();
-            event.accepted = true;
-        }
+        else if (event.key === Qt.Key_Menu)
+            currentItem.menuRequested(Qt.point(24, 24));
+        else if (event.key === Qt.Key_Space && event.modifiers & Qt.ControlModifier)
+            history.toggleSelected(currentIndex);
+        else
+            return;
+        event.accepted = true;
     }
     T.ScrollBar.vertical: Scroll {}
 
@@ -65,15 +80,16 @@ ListView {
         onRemovalRequested: list.askToRemove()
     }
 
-    footer: Words {
+    header: Words {
         width: ListView.view.width
         leftPadding: 20
         rightPadding: 20
-        topPadding: 12
+        bottomPadding: 8
         role: Words.Small
         color: Theme.accent
         wrapMode: Text.Wrap
         visible: text !== ""
+        height: visible ? implicitHeight : 0
         text: list.history.error
     }
 

@@ -21,8 +21,12 @@ T.ItemDelegate {
     signal menuRequested(point at)
     signal removalRequested
 
-    function open() {
+    function choose() {
+        row.ListView.view.forceActiveFocus();
         row.ListView.view.currentIndex = row.index;
+    }
+    function open() {
+        choose();
         row.history.clearSelection();
         row.history.open(row.recordId);
     }
@@ -111,16 +115,24 @@ T.ItemDelegate {
     }
     TapHandler {
         acceptedModifiers: Qt.ControlModifier
-        onTapped: row.history.toggleSelected(row.index)
+        onTapped: {
+            row.choose();
+            row.history.toggleSelected(row.index);
+        }
     }
     TapHandler {
         acceptedModifiers: Qt.ShiftModifier
-        onTapped: row.history.selectTo(row.index)
+        onTapped: {
+            row.choose();
+            row.history.selectTo(row.index);
+        }
     }
     TapHandler {
         acceptedButtons: Qt.RightButton
         onTapped: point => {
-            row.ListView.view.currentIndex = row.index;
+            row.choose();
+            if (!row.isSelected)
+                row.history.clearSelection();
             row.menuRequested(point.position);
         }
     }

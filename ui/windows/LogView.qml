@@ -17,6 +17,7 @@ ListView {
     boundsBehavior: Flickable.StopAtBounds
     Accessible.role: Accessible.List
     Accessible.name: Texts.of("Журнал")
+    Keys.onReturnPressed: if (currentItem) currentItem.isOpen = !currentItem.isOpen
     T.ScrollBar.vertical: Scroll {}
     delegate: Item {
         id: entry
@@ -25,10 +26,17 @@ ListView {
         required property string what
         required property string text
 
+        /// All of the text instead of its beginning.
+        property bool isOpen: false
+
         width: ListView.view.width
         height: column.implicitHeight
         Accessible.role: Accessible.ListItem
         Accessible.name: time + " " + what
+        Accessible.description: text
+        TapHandler {
+            onTapped: entry.isOpen = !entry.isOpen
+        }
         Words {
             x: Theme.margin
             width: 130
@@ -47,6 +55,12 @@ ListView {
                 font.weight: Font.Medium
                 Accessible.ignored: true
             }
+            ReadingText {
+                width: parent.width
+                visible: entry.isOpen
+                text: entry.isOpen ? entry.text : ""
+                label: entry.what
+            }
             Words {
                 width: parent.width
                 color: Theme.secondary
@@ -54,7 +68,7 @@ ListView {
                 wrapMode: Text.Wrap
                 maximumLineCount: 3
                 elide: Text.ElideRight
-                visible: text !== ""
+                visible: text !== "" && !entry.isOpen
                 Accessible.ignored: true
             }
         }

@@ -8,7 +8,7 @@ Rectangle {
     required property QtObject notices
 
     implicitWidth: row.implicitWidth + 32
-    implicitHeight: 44
+    implicitHeight: Math.max(44, row.implicitHeight + 20)
     radius: Theme.radius
     color: Theme.text
     visible: opacity > 0
@@ -28,7 +28,8 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             text: notice.notices.text
             color: Theme.window
-            width: Math.min(implicitWidth, 460)
+            width: Math.min(implicitWidth, notice.Window.width - Theme.sidebarWidth - 210)
+            wrapMode: Text.Wrap
         }
         PushButton {
             anchors.verticalCenter: parent.verticalCenter
@@ -36,5 +37,10 @@ Rectangle {
             text: notice.notices.action
             onClicked: notice.notices.act()
         }
+    }
+    Shortcut {
+        sequences: [StandardKey.Undo]
+        enabled: notice.notices.action !== "" && !(notice.Window.activeFocusItem instanceof TextInput) && !(notice.Window.activeFocusItem instanceof TextEdit)
+        onActivated: notice.notices.act()
     }
 }

@@ -43,6 +43,8 @@ Item {
     Loader {
         id: page
         anchors.fill: parent
+        focus: true
+        onLoaded: item.forceActiveFocus()
         sourceComponent: ({
                 "file": filePage,
                 "meeting": meetingPage,

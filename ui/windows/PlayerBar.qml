@@ -129,7 +129,10 @@ Rectangle {
     }
     Shortcut {
         sequence: "Space"
-        enabled: bar.Window.activeFocusItem === null || !(bar.Window.activeFocusItem instanceof TextInput) && !(bar.Window.activeFocusItem instanceof TextEdit) && !(bar.Window.activeFocusItem instanceof T.AbstractButton)
+        enabled: {
+            const item = bar.Window.activeFocusItem;
+            return item === null || !(item instanceof TextInput) && !(item instanceof TextEdit && !item.readOnly) && !(item instanceof T.AbstractButton) && !(item instanceof T.ComboBox);
+        }
         onActivated: bar.toggle()
     }
 }

@@ -60,6 +60,12 @@ Item {
             text: Texts.of("Например: «Кто за что отвечает?» или «Какие решения приняты?»")
         }
     }
+    Connections {
+        target: view.record.questions
+        function onRowsInserted() {
+            field.clear(); // what was asked has its answer
+        }
+    }
     Item {
         id: asking
         anchors.bottom: parent.bottom
@@ -86,10 +92,7 @@ Item {
             accented: true
             text: Texts.of("Спросить")
             enabled: view.record.canProcess && !view.record.isBusy && field.text.trim() !== ""
-            onClicked: {
-                view.record.ask(field.text);
-                field.clear();
-            }
+            onClicked: view.record.ask(field.text)
         }
     }
 }

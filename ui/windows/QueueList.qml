@@ -21,15 +21,15 @@ ListView {
     Accessible.name: Texts.of("Очередь файлов")
     Keys.onDeletePressed: if (currentItem) queue.removeAt(currentIndex)
     Keys.onPressed: event => {
-        if (!(event.modifiers & Qt.AltModifier))
-            return;
-        if (event.key === Qt.Key_Up)
-            queue.move(currentIndex, currentIndex - 1);
-        else if (event.key === Qt.Key_Down)
-            queue.move(currentIndex, currentIndex + 1);
-        else
+        const isUp = event.key === Qt.Key_Up;
+        if (!(event.modifiers & Qt.AltModifier) || !currentItem || !isUp && event.key !== Qt.Key_Down)
             return;
         event.accepted = true;
+        if (!(isUp ? currentItem.canRise : currentItem.canSink))
+            return;
+        const to = currentIndex + (isUp ? -1 : 1);
+        queue.move(currentIndex, to);
+        currentIndex = to;
     }
     T.ScrollBar.vertical: Scroll {}
     move: Transition {

@@ -2,11 +2,12 @@ import QtQuick
 import Orvane.Windows
 
 /// With which model, in which language and whether with speakers something is recognised.
-Row {
+Flow {
     id: choices
 
     required property QtObject recognition
 
+    width: parent ? parent.width : 0
     spacing: 8
     Picker {
         label: Texts.of("Модель")
@@ -26,7 +27,7 @@ Row {
         onActivated: index => choices.recognition.languageIndex = index
     }
     Tick {
-        anchors.verticalCenter: parent.verticalCenter
+        height: Theme.control
         leftPadding: 4
         text: Texts.of("Размечать спикеров")
         checked: choices.recognition.detectSpeakers

@@ -11,6 +11,7 @@ FocusScope {
     function find() {
         finder.open();
     }
+    Component.onCompleted: if (record.findText !== "") finder.show()
 
     PageHead {
         id: head
@@ -20,7 +21,7 @@ FocusScope {
         PushButton {
             iconName: "wand"
             text: Texts.of("Исправить")
-            enabled: page.record.canProcess
+            enabled: page.record.canProcess && !page.record.isBusy
             hint: page.record.canProcess ? Texts.of("Исправить пунктуацию и ошибки распознавания языковой моделью") : page.record.processingRefusal
             onClicked: {
                 tabs.currentIndex = 1;
@@ -96,7 +97,7 @@ FocusScope {
         objectName: "recordTabs"
         anchors.top: head.bottom
         x: Theme.margin
-        width: parent.width - 2 * Theme.margin - 160
+        width: parent.width - 2 * Theme.margin - (page.width > 660 ? 160 : 44)
         Tab {
             text: Texts.of("Расшифровка")
         }
@@ -119,7 +120,9 @@ FocusScope {
         anchors.verticalCenter: tabs.verticalCenter
         flat: true
         visible: tabs.currentIndex === 0
-        text: Texts.of("Найти в тексте")
+        text: page.width > 660 ? Texts.of("Найти в тексте") : ""
+        iconName: page.width > 660 ? "" : "search"
+        hint: page.width > 660 ? "" : Texts.of("Найти в тексте")
         keys: "Ctrl+F"
         onClicked: finder.open()
     }
@@ -133,7 +136,11 @@ FocusScope {
         anchors.top: below.bottom
         width: parent.width
         record: page.record
-        onGoTo: row => transcript.goTo(row)
+        onGoTo: row => {
+            tabs.currentIndex = 0;
+            page.record.asText = false;
+            transcript.goTo(row);
+        }
     }
     BusyBar {
         id: busy
@@ -200,8 +207,10 @@ FocusScope {
     }
     Confirm {
         id: removal
-        title: page.desk.history.removalTitle([page.record.recordId])
-        text: page.desk.history.removalText([page.record.recordId])
+        onAboutToShow: {
+            title = page.desk.history.removalTitle([page.record.recordId]);
+            text = page.desk.history.removalText([page.record.recordId]);
+        }
         yes: Texts.of("Удалить")
         onAccepted: page.desk.history.remove([page.record.recordId])
     }
@@ -210,6 +219,9 @@ FocusScope {
         function onRecordIdChanged() {
             tabs.currentIndex = 0;
             finder.close();
+        }
+        function onFoundAt(row) {
+            transcript.goTo(row);
         }
         function onFindChanged() {
             if (page.record.findText !== "" && !finder.isOpen)

@@ -10,6 +10,14 @@ Sheet {
 
     title: Texts.of("Расшифровать заново")
     width: Math.min(520, parent.width - 64)
+    // The choices are everyone's: they hold for this once if it is not done.
+    property var before: []
+    onAboutToShow: before = [desk.recognition.modelIndex, desk.recognition.languageIndex, desk.recognition.detectSpeakers]
+    onRejected: {
+        desk.recognition.modelIndex = before[0];
+        desk.recognition.languageIndex = before[1];
+        desk.recognition.detectSpeakers = before[2];
+    }
     onAccepted: record.transcribeAgain()
     contentItem: Column {
         spacing: 16

@@ -42,6 +42,7 @@ Item {
         Accessible.ignored: true
     }
     Words {
+        id: who
         x: Theme.margin + 64
         y: 9
         width: 96
@@ -50,10 +51,6 @@ Item {
         text: row.speakerName
         visible: row.hasSpeakers
         Accessible.ignored: true
-        TapHandler {
-            enabled: row.speaker > 0
-            onTapped: row.speakerActivated()
-        }
         HoverHandler {
             enabled: row.speaker > 0
             cursorShape: Qt.PointingHandCursor
@@ -73,10 +70,14 @@ Item {
         id: pointer
     }
     TapHandler {
-        enabled: row.isPlayable
-        onTapped: {
+        onTapped: point => {
+            const x = point.position.x;
+            row.ListView.view.forceActiveFocus();
             row.ListView.view.currentIndex = row.index;
-            row.playRequested();
+            if (who.visible && row.speaker > 0 && x >= who.x && x < who.x + who.width)
+                row.speakerActivated();
+            else if (row.isPlayable)
+                row.playRequested();
         }
     }
 }

@@ -62,13 +62,18 @@ Rectangle {
         width: parent.width - 24
         iconName: "search"
         placeholderText: Texts.of("Поиск в истории")
+        Component.onCompleted: text = sidebar.desk.history.search
         onTextEdited: sidebar.desk.history.search = text
         Keys.onEscapePressed: event => {
             event.accepted = text !== "";
             clear();
             sidebar.desk.history.search = "";
         }
-        Keys.onDownPressed: list.forceActiveFocus()
+        Keys.onDownPressed: {
+            list.forceActiveFocus();
+            if (list.currentIndex < 0)
+                list.currentIndex = 0;
+        }
     }
     HistoryList {
         id: list

@@ -39,6 +39,12 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: Texts.of("Расшифровка")
         Keys.onReturnPressed: if (view.player && currentItem) view.player.playFrom(currentItem.startMs)
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_F2 && currentItem && currentItem.speaker > 0) {
+                currentItem.speakerActivated();
+                event.accepted = true;
+            }
+        }
         Keys.onSpacePressed: if (view.player) view.player.toggle()
         T.ScrollBar.vertical: Scroll {}
         delegate: SegmentRow {

@@ -2,7 +2,6 @@
 #include "ui/presentation/FileQueue.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -28,11 +27,11 @@ private:
     /// Ends the file that is transcribed: with that failure, or well when it is empty.
     void end(const QString &failure = {});
 
-    static QCoro::Task<std::optional<QUuid>> transcribe(TestFileQueue *test, QString path);
+    static QCoro::Task<std::optional<QUuid>> transcribe(TestFileQueue *test, QString path,
+                                                        std::stop_token stop);
 
     std::shared_ptr<OneTimeEvent> m_end;
     QString m_failure;
-    bool m_isCancelled = false;
     QStringList m_transcribed;
     std::unique_ptr<FileQueue> m_queue;
 };
@@ -40,24 +39,18 @@ private:
 void TestFileQueue::init()
 {
     m_transcribed.clear();
-    m_queue = std::make_unique<FileQueue>(
-        FileQueue::Transcriber{.transcribe = [this](const QString &path) { return transcribe(this, path); },
-                               .cancel =
-                                   [this] {
-                                       m_isCancelled = true;
-                                       m_end->happen();
-                                   },
-                               .choose = {}});
+    m_queue = std::make_unique<FileQueue>(FileQueue::Transcriber{
+        .transcribe = [this](const QString &path,
+                             std::stop_token stop) { return transcribe(this, path, stop); },
+        .choose = {}});
 }
 
-QCoro::Task<std::optional<QUuid>> TestFileQueue::transcribe(TestFileQueue *test, QString path)
+QCoro::Task<std::optional<QUuid>> TestFileQueue::transcribe(TestFileQueue *test, QString path,
+                                                            std::stop_token stop)
 {
     test->m_end = OneTimeEvent::create();
-    test->m_isCancelled = false;
     test->m_transcribed.append(path.section(u'/', -1));
-    co_await test->m_end->wait();
-    if (test->m_isCancelled)
-        throw Cancelled();
+    co_await test->m_end->wait(stop);
     if (!test->m_failure.isEmpty())
         throw Error(test->m_failure);
     co_return QUuid::createUuid();
@@ -88,9 +81,10 @@ void TestFileQueue::end(const QString &failure)
 void TestFileQueue::goesOnAfterABadFile()
 {
     const QSignalSpy transcribed(m_queue.get(), &FileQueue::transcribed);
-    const QTemporaryDir folder;
-    m_queue->add({QUrl::fromLocalFile(folder.path()), QUrl(u"https://example.org/a.mp3"_s)});
-    QCOMPARE(m_queue->count(), 0);
+    const QSignalSpy finished(m_queue.get(), &FileQueue::finished);
+    m_queue->add({QUrl(u"https://example.org/a.mp3"_s)});
+    QCOMPARE(shown(), QStringList({u"a.mp3:failed"_s}));
+    m_queue->removeAt(0);
 
     add({u"bad"_s, u"good"_s});
     QVERIFY(m_queue->isWorking());
@@ -102,7 +96,10 @@ void TestFileQueue::goesOnAfterABadFile()
     end();
     QTRY_COMPARE(shown(), QStringList({u"bad:failed"_s, u"good:done"_s}));
     QCOMPARE(transcribed.count(), 1);
-    QVERIFY(!m_queue->isWorking());
+    QTRY_VERIFY(!m_queue->isWorking());
+
+    QTRY_COMPARE(finished.size(), 2);
+    QVERIFY(finished.last().first().toUuid().isNull()); // it was not one file
 
     m_queue->retry(1); // it did not fail
     m_queue->retry(0);

@@ -67,7 +67,7 @@ SettingsPage {
                         color: Theme.secondary
                     }
                     Waveform {
-                        width: 380
+                        width: Math.min(380, page.width - 2 * Theme.margin - 190)
                         height: 20
                         levels: page.check.waveform
                     }
