@@ -181,12 +181,15 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(status(), "transcribing", patience);
         ::kill(engine, SIGKILL);
         QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
-        QCOMPARE(focused.text(), QString());
+        // One that was still loading is started anew.
+        const QString pasted = focused.text();
+        QVERIFY(pasted.isEmpty() || wordError(pasted, sentence) <= maxWordError);
 
         beginDictation();
         m_sound.speak(microphone, m_speech);
         endDictation();
-        QTRY_VERIFY_WITH_TIMEOUT(wordError(focused.text(), sentence) <= maxWordError, patience);
+        QTRY_VERIFY_WITH_TIMEOUT(wordError(focused.text().mid(pasted.size()), sentence) <= maxWordError,
+                                 patience);
     }
 
     void isControlledByCommands()
@@ -207,13 +210,6 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
         QCOMPARE(m_program.run({u"cancel"_s}).exitCode, 0);
         QCOMPARE(status(), "idle");
-    }
-
-    void oneInstance()
-    {
-        const auto second = m_program.run({});
-        QCOMPARE(second.exitCode, 0);
-        QCOMPARE(second.complaints, u"Orvane уже работает.\n"_s.toUtf8());
     }
 
     /// Some are given up at a random moment. ORVANE_SOAK_COUNT says how many, ORVANE_SOAK_SEED which moments.
@@ -259,6 +255,14 @@ private Q_SLOTS:
               static_cast<long long>(last.residentKiB), static_cast<long long>(last.openFiles));
         QVERIFY(last.residentKiB <= settled.residentKiB + maxGrowthKiB);
         QVERIFY(last.openFiles <= settled.openFiles + fewFiles);
+    }
+
+    /// The last one: it brings the window forward.
+    void oneInstance()
+    {
+        const auto second = m_program.run({});
+        QCOMPARE(second.exitCode, 0);
+        QCOMPARE(second.complaints, u"Orvane уже работает.\n"_s.toUtf8());
     }
 
 private:
