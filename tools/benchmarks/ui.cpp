@@ -78,6 +78,7 @@ public:
     {
         AppServices::Environment environment = m_home.onDesktop(QStringLiteral(ORVANE_RESOURCES));
         environment.folders.applicationSupport = folder;
+        environment.folders.caches = folder + u"/caches"_s;
         m_services = std::make_unique<AppServices>(environment);
         m_windows = std::make_unique<WindowController>(
             WindowController::Services{.settings = m_services->settings(),

@@ -1,11 +1,17 @@
 import QtQuick
 import Orvane.Windows
 
-/// The page that is open, made when it is.
+/// The page that is open, loaded when it is.
 Item {
     id: stack
 
     required property QtObject desk
+    readonly property string scene: ({
+            "file": "FilePage.qml",
+            "meeting": "MeetingPage.qml",
+            "record": "RecordPage.qml",
+            "first": "FirstStart.qml"
+        })[desk.page]
 
     function focusPage() {
         if (page.item)
@@ -15,41 +21,18 @@ Item {
         if (page.item && page.item.find)
             page.item.find();
     }
+    function load() {
+        page.setSource(scene, {
+            "desk": desk
+        });
+    }
 
-    Component {
-        id: filePage
-        FilePage {
-            desk: stack.desk
-        }
-    }
-    Component {
-        id: meetingPage
-        MeetingPage {
-            desk: stack.desk
-        }
-    }
-    Component {
-        id: recordPage
-        RecordPage {
-            desk: stack.desk
-        }
-    }
-    Component {
-        id: firstStart
-        FirstStart {
-            desk: stack.desk
-        }
-    }
+    onSceneChanged: load()
+    Component.onCompleted: if (page.status === Loader.Null) load()
     Loader {
         id: page
         anchors.fill: parent
         focus: true
         onLoaded: item.forceActiveFocus()
-        sourceComponent: ({
-                "file": filePage,
-                "meeting": meetingPage,
-                "record": recordPage,
-                "first": firstStart
-            })[stack.desk.page]
     }
 }
