@@ -10,7 +10,7 @@ T.MenuItem {
     property string iconName: ""
     property string help: ""
 
-    implicitWidth: 228
+    implicitWidth: 256
     implicitHeight: visible ? 32 : 0
     opacity: enabled ? 1 : 0.45
     Accessible.name: text

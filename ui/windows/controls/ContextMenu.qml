@@ -8,7 +8,7 @@ T.Menu {
 
     margins: 8
     padding: 6
-    implicitWidth: 240
+    implicitWidth: 268
     implicitHeight: contentItem.implicitHeight + 2 * padding
     delegate: ContextEntry {}
     background: Rectangle {

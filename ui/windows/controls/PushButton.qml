@@ -11,6 +11,8 @@ T.Button {
     /// For a tooltip, and the keys that do the same.
     property string hint: ""
     property string keys: ""
+    /// Whoever has pressed it knows.
+    property bool isHintSpent: false
     readonly property color ink: accented ? Theme.overAccent : Theme.text
 
     /// As a press of the user does.
@@ -30,6 +32,10 @@ T.Button {
     Accessible.onPressAction: activate()
     Keys.onReturnPressed: activate()
     Keys.onEnterPressed: activate()
+
+    onClicked: isHintSpent = true
+    onHoveredChanged: if (!hovered)
+        isHintSpent = false
 
     background: Rectangle {
         radius: Theme.radius
@@ -71,7 +77,7 @@ T.Button {
         }
     }
     Hint {
-        visible: button.hovered && (button.hint !== "" || button.keys !== "")
+        visible: button.hovered && !button.isHintSpent && (button.hint !== "" || button.keys !== "")
         text: button.hint
         keys: button.keys
     }
