@@ -114,7 +114,6 @@ void WindowsTest::initTestCase()
     m_program.setEnvironment(u"ORVANE_TEST_ANSWER_TOKENS"_s, u"8"_s);
     m_program.setEnvironment(u"LLAMA_ARG_THREADS"_s, u"1"_s);
     m_program.setEnvironment(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
-    m_program.setEnvironment(u"QT_QUICK_BACKEND"_s, u"software"_s);
 }
 
 void WindowsTest::init()

@@ -1,5 +1,6 @@
 #include "ui/windows/WindowsModule.h"
 
+#include "ui/indicator/DrawnByProcessor.h"
 #include "ui/windows/IconProvider.h"
 
 #include <QFontInfo>
@@ -73,5 +74,6 @@ private:
 
 extern "C" Q_DECL_EXPORT orvane::Windows *orvaneMakeWindows1(QObject *desk, QObject *texts)
 {
+    orvane::drawWithTheProcessor();
     return new orvane::QuickWindows(desk, texts);
 }
