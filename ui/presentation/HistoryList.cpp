@@ -34,8 +34,12 @@ HistoryList::HistoryList(HistoryStore &history, RecordSaver &saver, Notices &not
       m_notices(notices)
 {
     connect(&history, &HistoryStore::recordsChanged, this, &HistoryList::show);
-    connect(&history, &HistoryStore::recordsChanged, this, &HistoryList::searchAnew);
-    connect(&history, &HistoryStore::recordChanged, this, &HistoryList::searchAnew);
+    const auto searchAmongThem = [this] {
+        if (!m_search.trimmed().isEmpty())
+            searchAnew();
+    };
+    connect(&history, &HistoryStore::recordsChanged, this, searchAmongThem);
+    connect(&history, &HistoryStore::recordChanged, this, searchAmongThem);
     connect(&history, &HistoryStore::loadedChanged, this, &HistoryList::loadedChanged);
     connect(&history, &HistoryStore::lastErrorChanged, this, &HistoryList::errorChanged);
     spawn(history.whenLoaded());
