@@ -1,9 +1,9 @@
 #include "diagnostics/FileChecks.h"
 
+#include "base/files/ExistingFolder.h"
 #include "base/files/FileError.h"
 #include "base/localization/Localization.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -38,15 +38,6 @@ QString shownSize(qint64 bytes)
     return u"%1 %2"_s.arg(double(bytes) / bytesPerGigabyte, 0, 'f', 1).arg(text(u"ГБ"));
 }
 
-/// The folder itself, or the one in which it would be made.
-QString existing(const QString &folder)
-{
-    QString path = folder;
-    while (!QFileInfo::exists(path) && !QDir(path).isRoot())
-        path = QFileInfo(path).path();
-    return path;
-}
-
 /// Why no file can be made there, as an errno; 0 when one can.
 int refusal(const QString &folder)
 {
@@ -59,7 +50,7 @@ int refusal(const QString &folder)
 
 QString faultOf(const Folder &folder)
 {
-    const QString path = existing(folder.path);
+    const QString path = existingFolder(folder.path);
     switch (const int error = refusal(path)) {
     case 0:
         break;
@@ -101,7 +92,7 @@ CheckResult models(const QList<Model> &models)
 
 CheckResult disk(const QString &folder)
 {
-    const qint64 available = QStorageInfo(existing(folder)).bytesAvailable();
+    const qint64 available = QStorageInfo(existingFolder(folder)).bytesAvailable();
     if (available < 0)
         return {.text = text(u"Свободное место неизвестно.")};
     if (available < leastSpace) {

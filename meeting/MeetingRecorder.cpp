@@ -2,10 +2,9 @@
 
 #include "audio/SampleRate.h"
 #include "base/Async.h"
+#include "base/files/ExistingFolder.h"
 #include "base/localization/Localization.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QStorageInfo>
 
 #include <new>
@@ -102,10 +101,7 @@ QCoro::Task<QString> MeetingRecorder::finish()
 
 qint64 MeetingRecorder::freeSpaceOfDisk(const QString &folder)
 {
-    QString existing = folder; // before the first recording there is none
-    while (!QFileInfo::exists(existing) && !QDir(existing).isRoot())
-        existing = QFileInfo(existing).path();
-    const QStorageInfo disk(existing);
+    const QStorageInfo disk(existingFolder(folder));           // before the first recording there is none
     return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1; // some file systems do not know
 }
 

@@ -4,10 +4,10 @@
 #include "desktop/WindowBlending.h"
 #include "ui/DictationHUDModel.h"
 #include "ui/HUDPlacement.h"
+#include "ui/QuickModule.h"
 
 #include <QCursor>
 #include <QGuiApplication>
-#include <QLibrary>
 #include <QPainterPath>
 #include <QScreen>
 #include <QToolTip>
@@ -30,16 +30,6 @@ constexpr int cornerRadius = 28; // pixels
 constexpr Qt::WindowFlags windowFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                                         Qt::BypassWindowManagerHint | Qt::WindowDoesNotAcceptFocus |
                                         Qt::NoDropShadowWindowHint;
-
-IndicatorWindowMaker *loadedMaker(const QString &moduleFile)
-{
-    QLibrary library(moduleFile);
-    library.setLoadHints(QLibrary::PreventUnloadHint); // Qt's own libraries do not survive that
-    const auto maker = reinterpret_cast<IndicatorWindowMaker *>(library.resolve(indicatorWindowMakerName));
-    if (!maker)
-        qWarning("The dictation indicator could not be loaded: %s", qUtf8Printable(library.errorString()));
-    return maker;
-}
 
 QRegion capsuleShape(QSize size)
 {
@@ -125,8 +115,10 @@ void HUDController::appear()
 
 QCoro::Task<> HUDController::makeWindow()
 {
-    const auto load = [file = m_moduleFile] { return loadedMaker(file); };
-    IndicatorWindowMaker *maker = co_await m_scope(offMainThread(load));
+    const auto load = [file = m_moduleFile] {
+        return loadedFunction(file, indicatorWindowMakerName, "The dictation indicator");
+    };
+    const auto maker = reinterpret_cast<IndicatorWindowMaker *>(co_await m_scope(offMainThread(load)));
     if (!maker) {
         giveUp();
         co_return;

@@ -4,11 +4,11 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "ui/DesktopAppearance.h"
+#include "ui/QuickModule.h"
 #include "ui/presentation/Desk.h"
 #include "ui/presentation/TextTable.h"
 
 #include <QGuiApplication>
-#include <QLibrary>
 #include <QScreen>
 
 using namespace Qt::StringLiterals;
@@ -18,16 +18,6 @@ namespace orvane {
 namespace {
 
 constexpr auto placeKey = "mainWindowFrame"_L1;
-
-WindowsMaker *loadedMaker(const QString &moduleFile)
-{
-    QLibrary library(moduleFile);
-    library.setLoadHints(QLibrary::PreventUnloadHint); // Qt's own libraries do not survive that
-    const auto maker = reinterpret_cast<WindowsMaker *>(library.resolve(windowsMakerName));
-    if (!maker)
-        qWarning("The windows could not be loaded: %s", qUtf8Printable(library.errorString()));
-    return maker;
-}
 
 /// With the right to come forward that the token stands for: toolkits look for it in the environment.
 void bringForward(QWindow &window, const QString &activationToken)
@@ -70,7 +60,9 @@ bool WindowController::prepare()
         connect(m_appearance.get(), &DesktopAppearance::changed, this, &WindowController::showAppearance);
     }
     if (!m_windows) {
-        if (WindowsMaker *maker = loadedMaker(m_services.moduleFolder + u"/orvane-windows"_s))
+        const auto maker = reinterpret_cast<WindowsMaker *>(
+            loadedFunction(m_services.moduleFolder + u"/orvane-windows"_s, windowsMakerName, "The windows"));
+        if (maker)
             m_windows.reset(maker(m_desk.get(), m_texts.get()));
         showAppearance();
     }

@@ -70,14 +70,17 @@ QString text(Text text)
     return text.toString();
 }
 
-QString translated(const QString &russian)
+QString translated(const QString &russian, std::span<const TextPair> ownPairs)
 {
     if (!isEnglish())
         return russian;
     const std::u16string_view wanted(reinterpret_cast<const char16_t *>(russian.utf16()),
                                      size_t(russian.size()));
-    const auto found = std::ranges::find(table, wanted, &TextPair::russian);
-    return found == std::end(table) ? russian : stringOf(found->english);
+    for (const std::span<const TextPair> pairs : {ownPairs, std::span<const TextPair>(table)}) {
+        if (const auto found = std::ranges::find(pairs, wanted, &TextPair::russian); found != pairs.end())
+            return stringOf(found->english);
+    }
+    return russian;
 }
 
 } // namespace orvane::Localization

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 namespace orvane::Localization {
@@ -48,8 +49,8 @@ void setLanguage(const QString &code);
 
 /// The text in the interface language.
 [[nodiscard]] QString text(Text text);
-/// The same of a text that is known only when it is shown, as those of scenes are; as it stands when the
-/// table has no such text.
-[[nodiscard]] QString translated(const QString &russian);
+/// The same of a text that is known only when it is shown, as those of scenes are, whose own pairs are looked
+/// at first; as it stands when there is no such text.
+[[nodiscard]] QString translated(const QString &russian, std::span<const TextPair> ownPairs);
 
 } // namespace orvane::Localization

@@ -19,12 +19,6 @@ using Localization::text;
 
 namespace {
 
-QString joined(QStringList parts)
-{
-    parts.removeAll(QString());
-    return parts.join(u" · "_s);
-}
-
 /// The page of meetings shows all of them.
 constexpr qsizetype shownLeftovers = 2;
 
@@ -99,7 +93,7 @@ void Activity::addTranscription()
     m_entries.append(
         {.key = u"file"_s,
          .title = text(u"Расшифровка файла"),
-         .detail = joined({transcriber.statusText(), Spans::remaining(transcriber.remainingMs())}),
+         .detail = Spans::joined({transcriber.statusText(), Spans::remaining(transcriber.remainingMs())}),
          .progress = shown(transcriber.progress()),
          .cancelText = text(u"Отменить"),
          .cancel = [&transcriber] { transcriber.cancel(); }});
@@ -110,12 +104,13 @@ void Activity::addMeeting()
     MeetingTranscriber &meeting = m_services.meeting;
     if (!meeting.isTranscribing())
         return;
-    m_entries.append({.key = u"meeting"_s,
-                      .title = text(u"Расшифровка совещания"),
-                      .detail = joined({meeting.statusText(), Spans::remaining(meeting.remainingMs())}),
-                      .progress = shown(meeting.progress()),
-                      .cancelText = text(u"Прервать расшифровку — аудиозапись совещания останется на диске"),
-                      .cancel = [&meeting] { meeting.cancelTranscription(); }});
+    m_entries.append(
+        {.key = u"meeting"_s,
+         .title = text(u"Расшифровка совещания"),
+         .detail = Spans::joined({meeting.statusText(), Spans::remaining(meeting.remainingMs())}),
+         .progress = shown(meeting.progress()),
+         .cancelText = text(u"Прервать расшифровку — аудиозапись совещания останется на диске"),
+         .cancel = [&meeting] { meeting.cancelTranscription(); }});
 }
 
 void Activity::addProcessing()
@@ -156,7 +151,7 @@ void Activity::addLeftovers()
         m_entries.append(
             {.key = u"leftover "_s + name,
              .title = text(u"Нерасшифрованная запись"),
-             .detail = joined({meetingTitle(leftover.startedAt), Spans::clock(leftover.durationMs)}),
+             .detail = Spans::joined({meetingTitle(leftover.startedAt), Spans::clock(leftover.durationMs)}),
              .cancelText = text(u"Больше не предлагать — аудиозапись останется на диске"),
              .cancel = [&meeting, name] { meeting.dismissLeftover(name); }});
     }

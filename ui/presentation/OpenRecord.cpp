@@ -181,11 +181,9 @@ QString OpenRecord::detail() const
 {
     if (!m_isLoaded)
         return {};
-    QStringList parts = {Spans::moment(m_record.createdAt), Spans::clock(m_record.durationMs),
-                         modelName(m_record.modelID),
-                         TranscriptionLanguage::withCode(m_record.languageCode).displayName()};
-    parts.removeAll(QString());
-    return parts.join(u" · "_s);
+    return Spans::joined({Spans::moment(m_record.createdAt), Spans::clock(m_record.durationMs),
+                          modelName(m_record.modelID),
+                          TranscriptionLanguage::withCode(m_record.languageCode).displayName()});
 }
 
 QString OpenRecord::summaryHtml() const

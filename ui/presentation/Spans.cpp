@@ -2,8 +2,11 @@
 
 #include "base/localization/Localization.h"
 #include "models/DownloadProgress.h"
+#include "transcript/DisplaySegment.h"
 
 #include <QLocale>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -23,12 +26,13 @@ QLocale locale()
 
 QString clock(qint64 milliseconds)
 {
-    const qint64 seconds = std::max<qint64>(0, milliseconds) / 1000;
-    const auto two = [](qint64 number) { return u"%1"_s.arg(number, 2, 10, QChar(u'0')); };
-    const QString end = two(seconds % minute);
-    if (seconds < hour)
-        return u"%1:%2"_s.arg(seconds / minute).arg(end);
-    return u"%1:%2:%3"_s.arg(seconds / hour).arg(two(seconds % hour / minute), end);
+    return timecodeOf(std::max<qint64>(0, milliseconds));
+}
+
+QString joined(QStringList parts)
+{
+    parts.removeAll(QString());
+    return parts.join(u" · "_s);
 }
 
 QString time(const QDateTime &time)
@@ -88,11 +92,9 @@ QString download(const DownloadProgress &progress)
         return Localization::text(u"Жду подключения к сети…");
     if (progress.totalBytes <= 0)
         return Localization::text(u"Соединяюсь…");
-    QStringList parts = {
-        Localization::text(u"%1 из %2").arg(bytes(progress.receivedBytes), bytes(progress.totalBytes)),
-        rate(progress.bytesPerSecond), remaining(progress.remainingMs)};
-    parts.removeAll(QString());
-    return parts.join(u" · "_s);
+    return joined(
+        {Localization::text(u"%1 из %2").arg(bytes(progress.receivedBytes), bytes(progress.totalBytes)),
+         rate(progress.bytesPerSecond), remaining(progress.remainingMs)});
 }
 
 } // namespace orvane::Spans

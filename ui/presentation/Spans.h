@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace orvane {
 struct DownloadProgress;
@@ -12,6 +13,9 @@ namespace orvane::Spans {
 
 /// "0:07", "48:12", "1:31:07".
 [[nodiscard]] QString clock(qint64 milliseconds);
+
+/// Those that are not empty, in one line.
+[[nodiscard]] QString joined(QStringList parts);
 
 /// "14:05" in local time.
 [[nodiscard]] QString time(const QDateTime &time);
