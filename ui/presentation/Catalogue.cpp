@@ -63,11 +63,6 @@ void Catalogue::cancel(const QString &id)
     m_manager.cancelDownload(id);
 }
 
-void Catalogue::discard(const QString &id)
-{
-    m_manager.cancelDownload(id);
-}
-
 void Catalogue::remove(const QString &id)
 {
     m_manager.remove(id);

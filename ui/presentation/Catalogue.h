@@ -38,10 +38,8 @@ public:
     Q_INVOKABLE virtual void use(const QString &id) = 0;
     /// Also goes on with what was interrupted.
     Q_INVOKABLE void download(const QString &id);
-    /// Ends what brings the model, and keeps nothing of it.
+    /// Ends what brings the model, and keeps nothing of it, also when it was interrupted before.
     Q_INVOKABLE void cancel(const QString &id);
-    /// Throws away what an interrupted download has brought.
-    Q_INVOKABLE void discard(const QString &id);
     Q_INVOKABLE void remove(const QString &id);
     /// Asks for a file and copies it into the folder of the models.
     Q_INVOKABLE void importFile();

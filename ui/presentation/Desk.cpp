@@ -15,17 +15,14 @@ namespace {
 
 /// Waits for the engine's turn first: a queue goes on behind a meeting.
 QCoro::Task<std::optional<QUuid>> transcribed(TranscriptionService *transcriber, const EngineTurns *turns,
-                                              std::optional<TranscriptPipeline::Request> request,
+                                              std::optional<TranscriptionService::Request> request,
                                               std::stop_token stop)
 {
     if (!request)
         throw Error(Localization::text(u"Нет скачанных моделей"));
     static_cast<void>(co_await turns->wait(stop)); // let go of at once: the service takes it itself
     const std::stop_callback cancel(stop, [transcriber] { transcriber->cancel(); });
-    const auto result = co_await transcriber->transcribe({.audioPath = request->audioPath,
-                                                          .model = request->model,
-                                                          .language = request->language,
-                                                          .speakers = request->speakers});
+    const auto result = co_await transcriber->transcribe(*request);
     co_return result.savedID;
 }
 

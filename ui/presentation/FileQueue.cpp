@@ -41,11 +41,6 @@ void FileQueue::add(const QList<QUrl> &urls)
         spawn(work());
 }
 
-bool FileQueue::hasWaiting() const
-{
-    return std::ranges::find(m_entries, State::Waiting, &Entry::state) != m_entries.end();
-}
-
 void FileQueue::choose()
 {
     spawn(add());
@@ -59,7 +54,6 @@ QCoro::Task<> FileQueue::add()
 QCoro::Task<> FileQueue::work()
 {
     m_isWorking = true;
-    Q_EMIT workingChanged();
     int count = 0;
     QUuid onlyRecord;
     while (true) {
@@ -92,12 +86,9 @@ QCoro::Task<> FileQueue::work()
             entry->detail = failure;
         }
         show();
-        if (record)
-            Q_EMIT transcribed(*record);
         onlyRecord = count == 1 ? record.value_or(QUuid()) : QUuid();
     }
     m_isWorking = false;
-    Q_EMIT workingChanged();
     Q_EMIT finished(onlyRecord);
 }
 
@@ -139,9 +130,7 @@ void FileQueue::setProgress(const QString &stage, double fraction, qint64 remain
     if (!entry)
         return;
     entry->progress = fraction;
-    QStringList parts = {stage, Spans::clock(m_elapsed.elapsed()), Spans::remaining(remainingMs)};
-    parts.removeAll(QString());
-    entry->detail = parts.join(u" · "_s);
+    entry->detail = Spans::joined({stage, Spans::clock(m_elapsed.elapsed()), Spans::remaining(remainingMs)});
     show();
 }
 

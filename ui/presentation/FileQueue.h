@@ -20,8 +20,6 @@ namespace orvane {
 class FileQueue : public RowModel
 {
     Q_OBJECT
-    Q_PROPERTY(bool isWorking READ isWorking NOTIFY workingChanged)
-
 public:
     /// How a file is transcribed and saved: the record's id, or none when there was no speech.
     struct Transcriber
@@ -36,7 +34,6 @@ public:
     ~FileQueue() override;
 
     [[nodiscard]] bool isWorking() const { return m_isWorking; }
-    [[nodiscard]] bool hasWaiting() const;
 
     /// Begins with the first when none is being transcribed.
     Q_INVOKABLE void add(const QList<QUrl> &urls);
@@ -53,9 +50,6 @@ public:
     void setProgress(const QString &stage, double fraction, qint64 remainingMs);
 
 Q_SIGNALS:
-    void workingChanged();
-    /// A file has become a record.
-    void transcribed(const QUuid &record);
     /// The queue is at its end: with that record if it was of one file.
     void finished(const QUuid &onlyRecord);
 

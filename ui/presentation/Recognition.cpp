@@ -92,17 +92,17 @@ void Recognition::setDetectSpeakers(bool on)
     m_settings.setDetectSpeakers(on);
 }
 
-std::optional<TranscriptPipeline::Request> Recognition::request(const QString &audioPath) const
+std::optional<TranscriptionService::Request> Recognition::request(const QString &audioPath) const
 {
     const std::optional<WhisperModel> model = m_manager.resolved(m_settings.selectedModelID());
     if (!model)
         return std::nullopt;
-    using Speakers = TranscriptPipeline::SpeakerDetection;
-    return TranscriptPipeline::Request{.audioPath = audioPath,
-                                       .model = {.id = model->id, .path = m_manager.localPath(model->id)},
-                                       .language = m_settings.language().code,
-                                       .speakers =
-                                           m_settings.detectSpeakers() ? Speakers::On : Speakers::Off};
+    using Speakers = TranscriptionService::SpeakerDetection;
+    return TranscriptionService::Request{.audioPath = audioPath,
+                                         .model = {.id = model->id, .path = m_manager.localPath(model->id)},
+                                         .language = m_settings.language().code,
+                                         .speakers =
+                                             m_settings.detectSpeakers() ? Speakers::On : Speakers::Off};
 }
 
 } // namespace orvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recognition/TranscriptPipeline.h"
+#include "recognition/TranscriptionService.h"
 #include "ui/presentation/RowModel.h"
 
 #include <optional>
@@ -37,7 +37,7 @@ public:
     void setDetectSpeakers(bool on);
 
     /// For a file; none without a model.
-    [[nodiscard]] std::optional<TranscriptPipeline::Request> request(const QString &audioPath) const;
+    [[nodiscard]] std::optional<TranscriptionService::Request> request(const QString &audioPath) const;
 
 Q_SIGNALS:
     void modelsChanged();

@@ -77,7 +77,6 @@ ListView {
             menu.row = this;
             menu.popup(this, at.x, at.y);
         }
-        onRemovalRequested: list.askToRemove()
     }
 
     header: Words {

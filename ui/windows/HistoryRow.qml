@@ -19,7 +19,6 @@ T.ItemDelegate {
     property bool isOpen: false
 
     signal menuRequested(point at)
-    signal removalRequested
 
     function choose() {
         row.ListView.view.forceActiveFocus();

@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(of(u"small"_s, "state"), u"used"_s);
         QCOMPARE(of(u"base"_s, "state"), u"here"_s);
         m_catalogue->remove(u"small"_s);
-        m_catalogue->discard(u"medium"_s);
+        m_catalogue->cancel(u"medium"_s);
         QTRY_COMPARE(of(u"base"_s, "state"), u"used"_s);
         QTRY_COMPARE(of(u"medium"_s, "state"), u"absent"_s);
 

@@ -95,7 +95,7 @@ Card {
             visible: card.state === "partial"
             text: Texts.of("Сбросить")
             hint: Texts.of("Удалить скачанную часть")
-            onClicked: card.catalogue.discard(card.modelId)
+            onClicked: card.catalogue.cancel(card.modelId)
         }
         PushButton {
             visible: card.state === "absent"
