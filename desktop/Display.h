@@ -5,7 +5,7 @@
 namespace orvane {
 
 /// The platform of Qt's that can show windows here, as its option -platform takes it: of those that the
-/// environment asks for, else of Qt's own order. Empty when none can.
+/// environment asks for, else the one on which everything is as it should be. Empty when none can.
 [[nodiscard]] QString displayPlatform();
 
 } // namespace orvane

@@ -1,8 +1,8 @@
 #include "desktop/Display.h"
 
+#include "desktop/DesktopSession.h"
 #include "desktop/Xcb.h"
 
-#include <QByteArray>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -10,37 +10,12 @@
 #include <QPluginLoader>
 
 #include <algorithm>
-#include <cstring>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
 
 namespace {
-
-/// Whether somebody answers where the environment says that a Wayland compositor is.
-bool hasCompositor()
-{
-    QByteArray path = qgetenv("WAYLAND_DISPLAY");
-    if (path.isEmpty())
-        return false;
-    if (!path.startsWith('/'))
-        path = qgetenv("XDG_RUNTIME_DIR") + '/' + path;
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    if (size_t(path.size()) >= sizeof(address.sun_path))
-        return false;
-    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (socket < 0)
-        return false;
-    const bool answers =
-        ::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
-    ::close(socket);
-    return answers;
-}
 
 /// Whether Qt has a plugin for the platform.
 bool hasPlugin(const QString &platform)
@@ -67,7 +42,7 @@ bool works(const QString &platform)
     if (name == "xcb"_L1)
         return XcbConnection::open() && hasPlugin(name);
     if (name.startsWith("wayland"_L1))
-        return hasCompositor() && hasPlugin(name);
+        return DesktopSession::ofThisProcess().isWayland() && hasPlugin(name);
     return hasPlugin(name);
 }
 
@@ -77,14 +52,10 @@ QString displayPlatform()
 {
     // Qt takes the first that it has a plugin for, and ends the program when nobody answers there.
     QStringList platforms = qEnvironmentVariable("QT_QPA_PLATFORM").split(u';', Qt::SkipEmptyParts);
-    if (platforms.isEmpty()) {
-        const bool isGnome = qgetenv("XDG_CURRENT_DESKTOP").toLower().contains("gnome");
-        if (!isGnome)
-            platforms << u"wayland"_s;
-        platforms << u"xcb"_s;
-        if (isGnome)
-            platforms << u"wayland"_s;
-    }
+    // A Wayland compositor gives a plain window the focus and the place that it likes, so the dictation
+    // indicator is right only where its own X server shows it.
+    if (platforms.isEmpty())
+        platforms = {u"xcb"_s, u"wayland"_s};
     const auto working = std::ranges::find_if(platforms, works);
     return working == platforms.cend() ? QString() : *working;
 }

@@ -1,6 +1,7 @@
 #include "desktop/KeyTap_x11.h"
 
 #include "base/Async.h"
+#include "desktop/DesktopSession.h"
 
 #include <QGuiApplication>
 #include <QPointer>
@@ -40,7 +41,7 @@ std::unique_ptr<KeyTap> KeyTap::forDisplay()
     // In a Wayland session the X server hears only what is typed into X11 windows.
     const bool hearsEverything = qobject_cast<QGuiApplication *>(QCoreApplication::instance()) &&
                                  QGuiApplication::platformName() == "xcb"_L1 &&
-                                 qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+                                 !DesktopSession::ofThisProcess().isWayland();
     if (hearsEverything)
         return std::make_unique<X11KeyTap>();
     return std::make_unique<KeyTap>();

@@ -1,5 +1,6 @@
 #include "desktop/PasteKeys.h"
 
+#include "desktop/DesktopSession.h"
 #include "desktop/KeyboardMap_x11.h"
 #include "desktop/Terminals.h"
 #include "desktop/Xcb.h"
@@ -121,7 +122,7 @@ std::optional<Shortcut> shortcutFor(Receiver receiver, const KeyboardMap &map)
 bool canBePressed()
 {
     // In a Wayland session keys pressed at the X server reach nobody, though it says that they were.
-    return QGuiApplication::platformName() == "xcb"_L1 && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    return QGuiApplication::platformName() == "xcb"_L1 && !DesktopSession::ofThisProcess().isWayland();
 }
 
 Receiver receiver(const QStringList &terminalClasses)

@@ -1,6 +1,7 @@
 #include "desktop/TextInjector.h"
 
 #include "base/Async.h"
+#include "desktop/DesktopSession.h"
 #include "desktop/PasteKeys.h"
 
 #include <QClipboard>
@@ -15,6 +16,16 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 namespace {
+
+/// Whether what is put on Qt's clipboard gets there. A compositor takes it from a window that has the focus,
+/// which none of ours is to have, and only some take it from their X server without; Qt says in any case that
+/// it is there.
+bool clipboardIsReached()
+{
+    const DesktopSession &session = DesktopSession::ofThisProcess();
+    return !session.isWayland() ||
+           (QGuiApplication::platformName() == "xcb"_L1 && !session.offers("zwlr_data_control_manager_v1"));
+}
 
 /// Offered until another program takes the selection over, so that an application which asks for it long
 /// after the keys gets it too.
@@ -45,7 +56,8 @@ public:
     QCoro::Task<Outcome> insert(QString text) override
     {
         const QString trimmed = text.trimmed();
-        if (trimmed.isEmpty() || !qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        if (trimmed.isEmpty() || !qobject_cast<QGuiApplication *>(QCoreApplication::instance()) ||
+            !clipboardIsReached())
             co_return Outcome::Nothing;
         offer(trimmed, QClipboard::Clipboard);
         if (!PasteKeys::canBePressed() || focusIsLostOnUs())

@@ -286,20 +286,6 @@ private Q_SLOTS:
         untilItHappens([&] { keyboard.tap(XKeyboard::F5); }, toggle);
     }
 
-    void inertWhereThereAreNoGlobalKeys()
-    {
-        qputenv("WAYLAND_DISPLAY", "wayland-0");
-        const std::unique_ptr<KeyTap> tap = KeyTap::forDisplay();
-        qunsetenv("WAYLAND_DISPLAY");
-        QSignalSpy spy(tap.get(), &KeyTap::triggerKeyChanged);
-        QSignalSpy heard(m_tap.get(), &KeyTap::triggerKeyChanged);
-        tap->install();
-        m_keyboard->tap(XKeyboard::RightCtrl);
-        QTRY_COMPARE(heard.size(), 2);
-        QVERIFY(!tap->isActive());
-        QCOMPARE(spy.size(), 0);
-    }
-
 private:
     /// Repeats what has its effect only once the server or the tap has done what it was asked; returns when
     /// whatever the repetitions caused has arrived.

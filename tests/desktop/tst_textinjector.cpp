@@ -8,7 +8,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QProcess>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QWindow>
 
@@ -186,17 +185,6 @@ private Q_SLOTS:
         QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
         const auto insertion = finished(m_injector->insert(u"for later"_s));
         QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);
-    }
-
-    void displayWithoutGlobalKeys()
-    {
-        FocusedEditor terminal(Kind::Terminal);
-        qputenv("WAYLAND_DISPLAY", "wayland-0");
-        const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
-        const auto insertion = finished(m_injector->insert(u" записка\n"_s));
-        QCOMPARE(insertion.value(), Outcome::LeftOnClipboard);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"записка"_s);
-        QCOMPARE(terminal.text(), QString());
     }
 
 private:
