@@ -720,6 +720,7 @@ Exit status: 0 done, 1 failed, 2 wrong command, 130 interrupted.
     {u"Сегодня", u"Today"},
     {u"Готово", u"Done"},
     {u"Ждёт очереди", u"Waiting"},
+    {u"Ждёт, пока освободится движок", u"Waiting until the engine is free"},
     {u"Исправление", u"Correction"},
     {u"Ищу ответ…", u"Looking for the answer…"},
     {u"МБ", u"MB"},

@@ -31,7 +31,7 @@ double shown(double progress)
 } // namespace
 
 Activity::Activity(const Collaborators &services, QObject *parent)
-    : RowModel({"key", "title", "detail", "progress", "canCancel", "cancelText"}, parent),
+    : RowModel({"key", "title", "detail", "progress", "canCancel", "cancelText", "canTranscribe"}, parent),
       m_services(services)
 {
     m_soon.setSingleShot(true);
@@ -58,10 +58,14 @@ Activity::Activity(const Collaborators &services, QObject *parent)
 
 void Activity::cancel(int index)
 {
-    if (index < 0 || index >= m_entries.size())
-        return;
-    if (const std::function<void()> cancel = m_entries.at(index).cancel)
+    if (const std::function<void()> cancel = m_entries.value(index).cancel)
         cancel();
+}
+
+void Activity::transcribe(int index)
+{
+    if (const std::function<void()> transcribe = m_entries.value(index).transcribe)
+        transcribe();
 }
 
 void Activity::show()
@@ -80,7 +84,8 @@ void Activity::show()
                      {u"detail"_s, entry.detail},
                      {u"progress"_s, entry.progress},
                      {u"canCancel"_s, entry.cancel != nullptr},
-                     {u"cancelText"_s, entry.cancelText}});
+                     {u"cancelText"_s, entry.cancelText},
+                     {u"canTranscribe"_s, entry.transcribe != nullptr}});
     }
     setRows(rows);
 }
@@ -153,8 +158,18 @@ void Activity::addLeftovers()
              .title = text(u"Нерасшифрованная запись"),
              .detail = Spans::joined({meetingTitle(leftover.startedAt), Spans::clock(leftover.durationMs)}),
              .cancelText = text(u"Больше не предлагать — аудиозапись останется на диске"),
-             .cancel = [&meeting, name] { meeting.dismissLeftover(name); }});
+             .cancel = [&meeting, name] { meeting.dismissLeftover(name); },
+             .transcribe = [this, name] { transcribeLeftover(name); }});
     }
+}
+
+void Activity::transcribeLeftover(const QString &name)
+{
+    MeetingTranscriber &meeting = m_services.meeting;
+    if (const QString reason = meeting.leftoverRefusal(); !reason.isEmpty())
+        Q_EMIT refused(reason);
+    else
+        meeting.transcribeLeftover(name);
 }
 
 } // namespace orvane

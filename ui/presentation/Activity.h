@@ -33,11 +33,16 @@ public:
         RecordProcessor &processor;
     };
 
-    /// Rows have a title, a detail, a progress (0…1, negative while unknown), canCancel and cancelText, which
-    /// says what cancelling does.
+    /// Rows have a title, a detail, a progress (0…1, negative while unknown), canCancel, cancelText, which
+    /// says what cancelling does, and canTranscribe.
     explicit Activity(const Collaborators &services, QObject *parent = nullptr);
 
     Q_INVOKABLE void cancel(int index);
+    Q_INVOKABLE void transcribe(int index);
+
+Q_SIGNALS:
+    /// What was asked for cannot be done now, one sentence.
+    void refused(const QString &reason);
 
 private:
     struct Entry
@@ -48,6 +53,7 @@ private:
         double progress = -1;
         QString cancelText = {};
         std::function<void()> cancel = nullptr;
+        std::function<void()> transcribe = nullptr;
     };
 
     void show();
@@ -56,6 +62,7 @@ private:
     void addMeeting();
     void addProcessing();
     void addLeftovers();
+    void transcribeLeftover(const QString &name);
 
     const Collaborators m_services;
     QList<Entry> m_entries;

@@ -44,9 +44,11 @@ QString Check::summary() const
 {
     if (isRunning())
         return Localization::text(u"Проверяю…");
+    if (m_isOutdated)
+        return {};
     QStringList faults;
     for (qsizetype i = 0; i < m_check.count(); ++i) {
-        const std::optional<CheckResult> result = m_check.result(i);
+        const std::optional<CheckResult> result = this->result(i);
         if (result && result->state == State::Bad)
             faults.append(m_check.check(i).name.toString());
     }
@@ -62,7 +64,21 @@ void Check::run()
 
 QCoro::Task<> Check::check()
 {
-    co_await m_scope(m_check.run(m_scope.stop()));
+    do {
+        m_isOutdated = false;
+        co_await m_scope(m_check.run(m_scope.stop()));
+    } while (m_isOutdated);
+}
+
+void Check::relabel()
+{
+    m_isOutdated = true;
+    show();
+}
+
+std::optional<CheckResult> Check::result(qsizetype index) const
+{
+    return m_isOutdated ? std::nullopt : m_check.result(index);
 }
 
 void Check::show()
@@ -70,7 +86,7 @@ void Check::show()
     QList<QVariantMap> rows;
     for (qsizetype i = 0; i < m_check.count(); ++i) {
         const SystemCheck::Check &check = m_check.check(i);
-        const std::optional<CheckResult> result = m_check.result(i);
+        const std::optional<CheckResult> result = this->result(i);
         rows.append({{u"checkId"_s, check.id},
                      {u"name"_s, check.name.toString()},
                      {u"state"_s, result ? nameOf(result->state) : u"waiting"_s},

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "base/Scope.h"
+#include "diagnostics/CheckResult.h"
 #include "ui/presentation/RowModel.h"
+
+#include <optional>
 
 namespace orvane {
 
@@ -30,6 +33,9 @@ public:
 
     /// Begins anew, unless it runs.
     Q_INVOKABLE void run();
+    /// The interface language is another: what was found is said in the old one, so it is found anew when the
+    /// check runs.
+    void relabel();
 
 Q_SIGNALS:
     void changed();
@@ -38,8 +44,10 @@ Q_SIGNALS:
 private:
     QCoro::Task<> check();
     void show();
+    [[nodiscard]] std::optional<CheckResult> result(qsizetype index) const;
 
     SystemCheck &m_check;
+    bool m_isOutdated = false;
     Scope m_scope;
 };
 

@@ -81,10 +81,12 @@ Desk::Desk(AppServices &services, const KeyTap &keys, FileChooser &files, QObjec
     m_page = m_firstStart.isDue() ? u"first"_s : u"file"_s;
     connect(&m_firstStart, &FirstStart::finished, this, [this] { setPage(u"file"_s); });
     connect(&m_meeting, &MeetingDesk::refused, &m_notices, &Notices::show);
+    connect(&m_activity, &Activity::refused, &m_notices, &Notices::show);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_history, &HistoryList::relabel);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_record, &OpenRecord::relabel);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_queue, &FileQueue::relabel);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_meeting, &MeetingDesk::relabel);
+    connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_check, &Check::relabel);
     HistoryStore &history = services.history();
     connect(&history, &HistoryStore::lastErrorChanged, &m_notices, [this, &history] {
         if (!history.lastError().isEmpty())

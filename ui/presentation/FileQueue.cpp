@@ -65,7 +65,6 @@ QCoro::Task<> FileQueue::work()
         const int key = next->key;
         const QString path = next->path;
         next->state = State::Working;
-        m_elapsed.start();
         m_stop = std::stop_source();
         ++count;
         std::optional<QUuid> record;
@@ -129,6 +128,8 @@ void FileQueue::setProgress(const QString &stage, double fraction, qint64 remain
     Entry *entry = working();
     if (!entry)
         return;
+    if (entry->detail.isEmpty())
+        m_elapsed.start(); // the engine is free for it
     entry->progress = fraction;
     entry->detail = Spans::joined({stage, Spans::clock(m_elapsed.elapsed()), Spans::remaining(remainingMs)});
     show();
@@ -152,7 +153,8 @@ QString FileQueue::detailOf(const Entry &entry)
         return Localization::text(u"Ждёт очереди");
     if (entry.state == State::Done)
         return entry.record.isNull() ? Localization::text(u"речь не найдена") : Localization::text(u"Готово");
-    return entry.detail;
+    const bool waitsForEngine = entry.state == State::Working && entry.detail.isEmpty();
+    return waitsForEngine ? Localization::text(u"Ждёт, пока освободится движок") : entry.detail;
 }
 
 void FileQueue::show()

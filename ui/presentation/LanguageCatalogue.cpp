@@ -5,6 +5,7 @@
 #include "correction/TextCorrectionService.h"
 #include "models/CorrectionModelManager.h"
 #include "settings/AppSettings.h"
+#include "ui/presentation/Spans.h"
 
 #include <algorithm>
 #include <array>
@@ -31,8 +32,8 @@ bool hasIntelProcessor()
 
 QString detail(const CorrectionModel &model)
 {
-    return QStringList{u"≈ %1 "_s.arg(model.sizeGB, 0, 'f', 1) + Localization::text(u"ГБ"),
-                       u"≈ %1 "_s.arg(model.ramGB, 0, 'f', 0) + Localization::text(u"ГБ ОЗУ"),
+    return QStringList{u"≈ %1 "_s.arg(Spans::decimal(model.sizeGB, 1)) + Localization::text(u"ГБ"),
+                       u"≈ %1 "_s.arg(Spans::decimal(model.ramGB, 0)) + Localization::text(u"ГБ ОЗУ"),
                        model.strength.toString()}
                .join(u" · "_s) +
            u'\n' + model.languages.toString();

@@ -66,13 +66,18 @@ QString day(const QDate &date, const QDate &today)
     return locale().toString(date, date.year() == today.year() ? u"d MMMM"_s : u"d MMMM yyyy"_s);
 }
 
+QString decimal(double number, int digits)
+{
+    return locale().toString(number, digits == QLocale::FloatingPointShortest ? 'g' : 'f', digits);
+}
+
 QString bytes(qint64 count)
 {
     constexpr double mega = 1e6;
     constexpr double giga = 1e9;
     if (double(count) < giga)
         return u"%1 %2"_s.arg(qRound64(double(count) / mega)).arg(Localization::text(u"МБ"));
-    return u"%1 %2"_s.arg(locale().toString(double(count) / giga, 'f', 1), Localization::text(u"ГБ"));
+    return u"%1 %2"_s.arg(decimal(double(count) / giga, 1), Localization::text(u"ГБ"));
 }
 
 QString rate(double bytesPerSecond)
@@ -82,8 +87,7 @@ QString rate(double bytesPerSecond)
     if (bytesPerSecond <= 0)
         return {};
     const double megabytes = bytesPerSecond / mega;
-    return u"%1 %2"_s.arg(locale().toString(megabytes, 'f', megabytes < exact ? 1 : 0),
-                          Localization::text(u"МБ/с"));
+    return u"%1 %2"_s.arg(decimal(megabytes, megabytes < exact ? 1 : 0), Localization::text(u"МБ/с"));
 }
 
 QString download(const DownloadProgress &progress)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 
@@ -28,6 +29,9 @@ namespace orvane::Spans {
 
 /// "Сегодня", "Вчера", "12 ноября", "3 мая 2024".
 [[nodiscard]] QString day(const QDate &date, const QDate &today);
+
+/// "1,25" or "1.25".
+[[nodiscard]] QString decimal(double number, int digits = QLocale::FloatingPointShortest);
 
 /// "960 МБ", "1,5 ГБ".
 [[nodiscard]] QString bytes(qint64 count);

@@ -33,10 +33,16 @@ QString purpose(const QString &id)
     return Localization::text(u"прежнее поколение, медленная");
 }
 
+/// The catalogue has a decimal point in both languages.
+QString amount(const Localization::Text &text)
+{
+    return Localization::isEnglish() ? text.toString() : text.toString().replace(u'.', u',');
+}
+
 QString detail(const WhisperModel &model)
 {
-    QStringList parts = {model.approxSize.toString(),
-                         model.approxRAM.toString() + Localization::text(u" ОЗУ"), purpose(model.id)};
+    QStringList parts = {amount(model.approxSize), amount(model.approxRAM) + Localization::text(u" ОЗУ"),
+                         purpose(model.id)};
     if (!model.multilingual)
         parts.insert(2, Localization::text(u"только английский"));
     return parts.join(u" · "_s);

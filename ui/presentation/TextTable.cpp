@@ -3,6 +3,7 @@
 #include "base/localization/Localization.h"
 #include "settings/AppSettings.h"
 #include "ui/presentation/SceneTable.h"
+#include "ui/presentation/Spans.h"
 
 namespace orvane {
 
@@ -19,6 +20,11 @@ QString TextTable::language() const
 QString TextTable::text(const QString &russian) const
 {
     return Localization::translated(russian, sceneTable);
+}
+
+QString TextTable::decimal(double number) const
+{
+    return Spans::decimal(number);
 }
 
 } // namespace orvane

@@ -20,6 +20,8 @@ public:
     [[nodiscard]] QString language() const;
     /// Of a Russian text of the table what the interface shows.
     [[nodiscard]] Q_INVOKABLE QString text(const QString &russian) const;
+    /// "1,25" or "1.25".
+    [[nodiscard]] Q_INVOKABLE QString decimal(double number) const;
 
 Q_SIGNALS:
     void languageChanged();

@@ -23,6 +23,7 @@ Column {
             required property double progress
             required property bool canCancel
             required property string cancelText
+            required property bool canTranscribe
 
             width: panel.width
             height: column.implicitHeight + 24
@@ -69,6 +70,11 @@ Column {
                     text: card.detail
                     wrapMode: Text.Wrap
                     visible: text !== ""
+                }
+                PushButton {
+                    visible: card.canTranscribe
+                    text: Texts.of("Расшифровать")
+                    onClicked: panel.activity.transcribe(card.index)
                 }
             }
         }

@@ -123,7 +123,7 @@ Rectangle {
         width: 84
         label: Texts.of("Скорость")
         labelShown: false
-        model: bar.speeds.map(speed => String(speed).replace(".", ",") + "×")
+        model: bar.speeds.map(speed => Texts.decimal(speed) + "×")
         currentIndex: 2
         onActivated: index => media.playbackRate = bar.speeds[index]
     }

@@ -95,6 +95,7 @@ FocusScope {
     Tabs {
         id: tabs
         objectName: "recordTabs"
+        Accessible.name: Texts.of("Разделы записи")
         anchors.top: head.bottom
         x: Theme.margin
         width: parent.width - 2 * Theme.margin - (page.width > 660 ? 160 : 44)

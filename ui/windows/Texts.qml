@@ -11,4 +11,9 @@ QtObject {
         const language = table ? table.language : "";
         return russian => table ? table.text(russian) : russian;
     }
+    /// The same of a number.
+    readonly property var decimal: {
+        const language = table ? table.language : "";
+        return number => table ? table.decimal(number) : String(number);
+    }
 }

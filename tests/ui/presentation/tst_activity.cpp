@@ -7,6 +7,7 @@
 #include "ui/presentation/Activity.h"
 #include "ui/presentation/Spans.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -138,6 +139,18 @@ private Q_SLOTS:
         m_home->meeting.microphone->current->hear(1);
         meeting.stop();
         QTRY_COMPARE(m_home->first(u"title"_s), u"Нерасшифрованная запись"_s);
+
+        const QSignalSpy refused(&m_home->activity, &Activity::refused);
+        {
+            const EngineTurns::Turn taken = m_home->meeting.turns.take();
+            m_home->activity.transcribe(0);
+        }
+        QCOMPARE(refused.value(0).value(0), EngineTurns::waitText());
+        m_home->activity.transcribe(0);
+        QVERIFY(meeting.isTranscribing());
+        QTRY_VERIFY(!meeting.isTranscribing()); // it failed again
+        QTRY_COMPARE(m_home->first(u"title"_s), u"Нерасшифрованная запись"_s);
+
         m_home->activity.cancel(0);
         QTRY_COMPARE(m_home->activity.count(), 0);
         QCOMPARE(meeting.leftovers().size(), 0);

@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(m_catalogue->count(), WhisperModel::catalog().size());
         QCOMPARE(of(u"base"_s, "state"), u"absent"_s);
         QCOMPARE(of(u"base.en"_s, "detail"),
-                 u"≈ 142 МБ · ≈ 0.5 ГБ ОЗУ · только английский · быстрая, для коротких диктовок"_s);
+                 u"≈ 142 МБ · ≈ 0,5 ГБ ОЗУ · только английский · быстрая, для коротких диктовок"_s);
         QCOMPARE(of(SpeechCatalogue::recommendedId(), "badge"), u"Рекомендуем"_s);
 
         putModel(u"ggml-small.bin"_s);
@@ -203,7 +203,7 @@ private Q_SLOTS:
         const QVariantMap row = catalogue.rows().at(1);
         QCOMPARE(row.value(u"state"_s), u"used"_s);
         QCOMPARE(row.value(u"detail"_s),
-                 u"≈ 1.6 ГБ · ≈ 3 ГБ ОЗУ · Лёгкая\nМногоязычная (Google). Русский — хорошо."_s);
+                 u"≈ 1,6 ГБ · ≈ 3 ГБ ОЗУ · Лёгкая\nМногоязычная (Google). Русский — хорошо."_s);
     }
 
 private:

@@ -87,6 +87,7 @@ void TestFileQueue::goesOnAfterABadFile()
 
     add({u"bad"_s, u"good"_s});
     QVERIFY(m_queue->isWorking());
+    QCOMPARE(m_queue->rows().first().value(u"detail"_s), u"Ждёт, пока освободится движок"_s);
     m_queue->setProgress(u"Распознаю"_s, 0.5, 90'000);
     QVERIFY(m_queue->rows().first().value(u"detail"_s).toString().endsWith(u"осталось 2 мин"_s));
     end(u"не звук"_s);

@@ -1,17 +1,21 @@
 #include "app/services/AppServices.h"
 #include "desktop/KeyTap.h"
+#include "diagnostics/SystemCheck.h"
 #include "tests/support/FakeFileChooser.h"
 #include "tests/support/Files.h"
+#include "ui/presentation/Check.h"
 #include "ui/presentation/FirstStart.h"
 #include "ui/presentation/KeyText.h"
 #include "ui/presentation/Prompt.h"
 #include "ui/presentation/SpeechCatalogue.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace orvane;
 using orvane::test::put;
 
@@ -115,7 +119,45 @@ private Q_SLOTS:
         QVERIFY(!services.settings().storedLanguageCode());
     }
 
+    void checksAnewInAnotherLanguage()
+    {
+        AppServices services(environment());
+        SystemCheck system({.settings = services.settings(),
+                            .models = services.models(),
+                            .correctionModels = services.correctionModels(),
+                            .engine = services.whisperEngine(),
+                            .corrector = services.corrector(),
+                            .turns = services.turns(),
+                            .folders = services.folders(),
+                            .keys = nullptr,
+                            .listeningTime = 1ms});
+        Check check(system);
+        connect(&services.settings(), &AppSettings::interfaceLanguageChanged, &check, &Check::relabel);
+        const auto isFinished = [&check] { return !check.isRunning() && !allTexts(check).isEmpty(); };
+        check.run();
+        services.settings().setInterfaceLanguage(u"en"_s); // while it runs
+        QTRY_VERIFY(isFinished());
+        static const QRegularExpression russian(u"[а-яё]"_s, QRegularExpression::CaseInsensitiveOption);
+        QVERIFY2(!allTexts(check).contains(russian), qPrintable(allTexts(check)));
+
+        services.settings().setInterfaceLanguage(u"ru"_s);
+        QCOMPARE(allTexts(check), QString());
+        QCOMPARE(check.summary(), QString());
+        check.run();
+        QTRY_VERIFY(isFinished());
+        QVERIFY(allTexts(check).contains(russian));
+    }
+
 private:
+    [[nodiscard]] static QString allTexts(const Check &check)
+    {
+        QStringList texts;
+        for (const QVariantMap &row : check.rows())
+            texts.append(row.value(u"text"_s).toString());
+        texts.removeAll(QString());
+        return texts.join(u'\n');
+    }
+
     [[nodiscard]] AppServices::Environment environment() const
     {
         AppServices::Environment environment;
