@@ -25,6 +25,7 @@ const QString correctionPrompt = u"correctionPrompt"_s;
 const QString interfaceLanguage = u"interfaceLanguage"_s;
 const QString terminalClasses = u"terminalClasses"_s;
 const QString showActivityPanel = u"showActivityPanel"_s;
+const QString showsLiveText = u"showsLiveText"_s;
 const QString modelRepository = u"modelRepository"_s;
 const QString firstStartDone = u"firstStartDone"_s;
 } // namespace Key
@@ -59,6 +60,7 @@ AppSettings::AppSettings(UserDefaults &defaults, QObject *parent)
       m_interfaceLanguage(defaults.string(Key::interfaceLanguage).value_or(u"ru"_s)),
       m_terminalClasses(defaults.value(Key::terminalClasses).toStringList()),
       m_showActivityPanel(defaults.boolean(Key::showActivityPanel).value_or(true)),
+      m_showsLiveText(defaults.boolean(Key::showsLiveText).value_or(true)),
       m_modelRepository(defaults.string(Key::modelRepository).value_or(QString()))
 {
     Localization::setLanguage(m_interfaceLanguage);
@@ -162,6 +164,11 @@ void AppSettings::setTerminalClasses(const QStringList &classes)
 void AppSettings::setShowActivityPanel(bool on)
 {
     change(m_showActivityPanel, on, Key::showActivityPanel, &AppSettings::showActivityPanelChanged);
+}
+
+void AppSettings::setShowsLiveText(bool on)
+{
+    change(m_showsLiveText, on, Key::showsLiveText, &AppSettings::showsLiveTextChanged);
 }
 
 void AppSettings::setModelRepository(const QString &address)

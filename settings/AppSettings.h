@@ -44,6 +44,7 @@ class AppSettings : public QObject
                    terminalClassesChanged)
     Q_PROPERTY(bool showActivityPanel READ showActivityPanel WRITE setShowActivityPanel NOTIFY
                    showActivityPanelChanged)
+    Q_PROPERTY(bool showsLiveText READ showsLiveText WRITE setShowsLiveText NOTIFY showsLiveTextChanged)
     Q_PROPERTY(
         QString modelRepository READ modelRepository WRITE setModelRepository NOTIFY modelRepositoryChanged)
     Q_PROPERTY(QString dictationTriggerName READ dictationTriggerName NOTIFY dictationTriggerNameChanged)
@@ -76,6 +77,8 @@ public:
     /// Classes of windows that the user has found to be terminals that the program does not know.
     [[nodiscard]] QStringList terminalClasses() const { return m_terminalClasses; }
     [[nodiscard]] bool showActivityPanel() const { return m_showActivityPanel; }
+    /// Whether the indicator of a dictation shows the words so far.
+    [[nodiscard]] bool showsLiveText() const { return m_showsLiveText; }
     /// Where models are downloaded from when the build does not say; empty while the user has not either.
     [[nodiscard]] QString modelRepository() const { return m_modelRepository; }
     /// The user has seen the page for the first start to its end.
@@ -95,6 +98,7 @@ public:
     void setInterfaceLanguage(const QString &code);
     void setTerminalClasses(const QStringList &classes);
     void setShowActivityPanel(bool on);
+    void setShowsLiveText(bool on);
     void setModelRepository(const QString &address);
     void setFirstStartDone();
 
@@ -124,6 +128,7 @@ Q_SIGNALS:
     void interfaceLanguageChanged();
     void terminalClassesChanged();
     void showActivityPanelChanged();
+    void showsLiveTextChanged();
     void modelRepositoryChanged();
     void dictationTriggerNameChanged();
     void languageChanged();
@@ -151,6 +156,7 @@ private:
     QString m_interfaceLanguage;
     QStringList m_terminalClasses;
     bool m_showActivityPanel;
+    bool m_showsLiveText;
     QString m_modelRepository;
 };
 

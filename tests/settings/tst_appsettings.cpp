@@ -40,6 +40,7 @@ private Q_SLOTS:
         QCOMPARE(settings.dictationMode(), DictationMode::Correct);
         QVERIFY(!settings.shareAnonymousStats());
         QVERIFY(settings.showActivityPanel());
+        QVERIFY(settings.showsLiveText());
         QCOMPARE(settings.correctionPrompt(), AppSettings::defaultCorrectionPrompt());
         QCOMPARE(settings.correctionPrompt().count(u'\n'), 4);
         QCOMPARE(settings.interfaceLanguage(), u"ru"_s);
@@ -117,6 +118,7 @@ private Q_SLOTS:
         text("correctionPrompt", u"correctionPrompt"_s, u"Строка\n«вторая»\t\"\\ 🎙"_s);
         text("interfaceLanguage", u"interfaceLanguage"_s, u"en"_s);
         flag("showActivityPanel", false);
+        flag("showsLiveText", false);
         text("modelRepository", u"modelRepository"_s, u"https://models.example.org"_s);
         row("terminalClasses", u"terminalClasses"_s, QVariant(QStringList{u"warp"_s}),
             QJsonValue(QJsonArray{u"warp"_s}));

@@ -43,6 +43,15 @@ SettingsPage {
         }
     }
     Setting {
+        title: Texts.of("Показывать слова во время диктовки")
+        text: Texts.of("Индикатор показывает распознанное, пока вы говорите. Вставляется только готовый текст.")
+        Toggle {
+            label: Texts.of("Показывать слова во время диктовки")
+            checked: page.settings.showsLiveText
+            onToggled: page.settings.showsLiveText = checked
+        }
+    }
+    Setting {
         title: Texts.of("Запускать при входе в систему")
         text: page.general.autostartText
         Toggle {
