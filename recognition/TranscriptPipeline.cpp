@@ -155,11 +155,11 @@ QCoro::Task<Transcript> TranscriptPipeline::recogniseDirectly(Request request, P
     QCoro::Task<Length> length = lengthOf(&m_decoder, request.audioPath, shown, stop); // meanwhile
     co_await m_scope(m_engine.load(request.model.path, stop), stop);
     shown->begin();
-    const QList<RawSegment> segments = co_await m_scope(
+    const RecognisedSpeech speech = co_await m_scope(
         m_engine.infer(request.audioPath, request.language, WhisperServerEngine::NonSpeech::Keep, stop),
         stop);
     shown->end();
-    Transcript transcript{.segments = DisplaySegment::from(segments),
+    Transcript transcript{.segments = DisplaySegment::from(speech.segments),
                           .length = co_await m_scope(std::move(length), stop)};
     co_return co_await m_scope(checked(std::move(transcript), request.audioPath, stop), stop);
 }
@@ -196,13 +196,14 @@ QCoro::Task<Transcript> TranscriptPipeline::recogniseDecoded(Request request, Pr
     EstimatedProgress shown(progress, m_estimate, request.model.path);
     shown.setLength(length);
     shown.begin();
-    const QList<RawSegment> segments =
+    const RecognisedSpeech speech =
         co_await m_scope(m_engine.transcribe(std::move(sound.samples), request.model.path, request.language,
                                              WhisperServerEngine::NonSpeech::Keep, stop),
                          stop);
     shown.end();
-    co_return Transcript{
-        .segments = DisplaySegment::from(segments), .length = length, .damagedFrom = sound.damagedFrom};
+    co_return Transcript{.segments = DisplaySegment::from(speech.segments),
+                         .length = length,
+                         .damagedFrom = sound.damagedFrom};
 }
 
 } // namespace orvane

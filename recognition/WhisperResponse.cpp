@@ -21,22 +21,22 @@ qint64 milliseconds(const QJsonValue &seconds)
 
 } // namespace
 
-std::optional<QList<RawSegment>> segments(const QByteArray &json)
+std::optional<RecognisedSpeech> speech(const QByteArray &json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
     const QJsonValue list = document.object().value(u"segments"_s);
     if (!list.isArray())
         return std::nullopt;
 
-    QList<RawSegment> segments;
+    RecognisedSpeech speech{.segments = {}, .language = document.object()[u"language"_s].toString()};
     for (const QJsonValue entry : list.toArray()) {
         if (!entry.isObject())
             return std::nullopt;
-        segments.append({.start = milliseconds(entry[u"start"_s]),
-                         .end = milliseconds(entry[u"end"_s]),
-                         .text = entry[u"text"_s].toString()});
+        speech.segments.append({.start = milliseconds(entry[u"start"_s]),
+                                .end = milliseconds(entry[u"end"_s]),
+                                .text = entry[u"text"_s].toString()});
     }
-    return segments;
+    return speech;
 }
 
 bool isRejection(const QByteArray &json)

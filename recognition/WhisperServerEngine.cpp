@@ -86,9 +86,9 @@ bool WhisperServerEngine::isReady(int) const
     return true;
 }
 
-QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float> samples, QString modelPath,
-                                                               QString language, NonSpeech nonSpeech,
-                                                               std::stop_token stop)
+QCoro::Task<RecognisedSpeech> WhisperServerEngine::transcribe(std::vector<float> samples, QString modelPath,
+                                                              QString language, NonSpeech nonSpeech,
+                                                              std::stop_token stop)
 {
     co_await scope()(load(modelPath, stop), stop);
     const InFlight inFlight = beginRequest(); // no other model may be loaded from here on
@@ -103,8 +103,8 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::transcribe(std::vector<float
     co_return co_await scope()(infer(wav.path(), language, nonSpeech, stop), stop);
 }
 
-QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QString language,
-                                                          NonSpeech nonSpeech, std::stop_token stop)
+QCoro::Task<RecognisedSpeech> WhisperServerEngine::infer(QString audioPath, QString language,
+                                                         NonSpeech nonSpeech, std::stop_token stop)
 {
     if (!isRunning())
         throw requestFailed(u"сервер не запущен"_s);
@@ -120,13 +120,13 @@ QCoro::Task<QList<RawSegment>> WhisperServerEngine::infer(QString audioPath, QSt
     if (answer.status != 200)
         throw requestFailed(u"HTTP %1"_s.arg(answer.status));
 
-    const auto parse = [json = answer.body] { return WhisperResponse::segments(json); };
-    const std::optional<QList<RawSegment>> segments = co_await scope()(offMainThread(parse), stop);
-    if (!segments && WhisperResponse::isRejection(answer.body))
+    const auto parse = [json = answer.body] { return WhisperResponse::speech(json); };
+    const std::optional<RecognisedSpeech> speech = co_await scope()(offMainThread(parse), stop);
+    if (!speech && WhisperResponse::isRejection(answer.body))
         throw requestRejected(u"неожиданный формат ответа"_s);
-    if (!segments)
+    if (!speech)
         throw requestFailed(u"неожиданный формат ответа"_s);
-    co_return *segments;
+    co_return *speech;
 }
 
 QCoro::Task<HttpAnswer> WhisperServerEngine::post(QString audioPath, MultipartBody::Fields fields,

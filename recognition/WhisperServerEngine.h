@@ -2,9 +2,7 @@
 
 #include "engine/EngineServer.h"
 #include "recognition/MultipartBody.h"
-#include "transcript/RawSegment.h"
-
-#include <QList>
+#include "recognition/RecognisedSpeech.h"
 
 #include <vector>
 
@@ -28,16 +26,17 @@ public:
                         const QString &temporaryFolder);
 
     /// Recognises mono 16 kHz samples in −1…1 with the model, which is loaded if need be. `language` is a
-    /// code or "auto". Times count from the first sample. A requested stop aborts the request.
-    QCoro::Task<QList<RawSegment>> transcribe(std::vector<float> samples, QString modelPath, QString language,
-                                              NonSpeech nonSpeech = NonSpeech::Keep,
-                                              std::stop_token stop = {});
+    /// code, what an earlier answer found, or "auto". Times count from the first sample. A requested stop
+    /// aborts the request.
+    QCoro::Task<RecognisedSpeech> transcribe(std::vector<float> samples, QString modelPath, QString language,
+                                             NonSpeech nonSpeech = NonSpeech::Keep,
+                                             std::stop_token stop = {});
 
     /// The same for an audio file that the server reads itself (WAV, MP3, FLAC, Ogg Vorbis), on the model
     /// that load() has just loaded. Throws EngineError with kind requestRejected when the server
     /// cannot read it.
-    QCoro::Task<QList<RawSegment>> infer(QString audioPath, QString language,
-                                         NonSpeech nonSpeech = NonSpeech::Keep, std::stop_token stop = {});
+    QCoro::Task<RecognisedSpeech> infer(QString audioPath, QString language,
+                                        NonSpeech nonSpeech = NonSpeech::Keep, std::stop_token stop = {});
 
 protected:
     [[nodiscard]] QStringList arguments(const QString &executable, const QString &modelPath) const override;

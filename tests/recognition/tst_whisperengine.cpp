@@ -17,12 +17,11 @@ using namespace orvane::test;
 using EngineError = EngineServer::EngineError;
 using Ending = FakeAnswer::Ending;
 using NonSpeech = WhisperServerEngine::NonSpeech;
-using Segments = QList<RawSegment>;
 
 namespace {
 
 const QString inference = u"/inference"_s;
-const QByteArray oneSegment = R"({"segments":[{"start":1.2345,"end":2,"text":" hi"}]})";
+const QByteArray oneSegment = R"({"language":"english","segments":[{"start":1.2345,"end":2,"text":" hi"}]})";
 
 FakeEngineBehaviour answering(const QList<FakeAnswer> &answers)
 {
@@ -74,7 +73,9 @@ private Q_SLOTS:
         const QByteArray audio(2 * 1024 * 1024 + 1, 'x');
         const auto result = finished(m_engine->infer(audioFile(audio), u"auto"_s, NonSpeech::Suppress));
         QCOMPARE(result.error(), QString());
-        QCOMPARE(result.value(), Segments({{.start = 1234, .end = 2000, .text = u" hi"_s}}));
+        QCOMPARE(result.value(),
+                 (RecognisedSpeech{.segments = {{.start = 1234, .end = 2000, .text = u" hi"_s}},
+                                   .language = u"english"_s}));
 
         const FakeEngineHome::Request request = m_home->requests(inference).first();
         QCOMPARE(request.method, u"POST"_s);
@@ -139,7 +140,7 @@ private Q_SLOTS:
         const auto result = finished(m_engine->infer(audioFile(), u"ru"_s));
         if (error.isEmpty()) {
             QCOMPARE(result.error(), QString());
-            QCOMPARE(result.value(), Segments());
+            QCOMPARE(result.value(), RecognisedSpeech());
         } else {
             QCOMPARE(result.error(), u"Ошибка распознавания: "_s + error);
             QCOMPARE(result.failedAs<EngineError>()->kind(), kind);
@@ -220,7 +221,8 @@ private:
         return QDir(m_temporary->path()).entryList(QDir::Files, QDir::Name);
     }
 
-    [[nodiscard]] TaskResult<Segments> transcribe(std::stop_token stop = {}, const QString &name = u"a"_s)
+    [[nodiscard]] TaskResult<RecognisedSpeech> transcribe(std::stop_token stop = {},
+                                                          const QString &name = u"a"_s)
     {
         return TaskResult(m_engine->transcribe(std::vector<float>(sampleRate), model(name), u"ru"_s,
                                                NonSpeech::Keep, stop));
