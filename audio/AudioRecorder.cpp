@@ -132,6 +132,11 @@ std::shared_ptr<AudioRecorder::Recording> AudioRecorder::letGo(CaptureRest rest)
     return recording;
 }
 
+std::vector<float> AudioRecorder::samplesAfter(size_t first) const
+{
+    return m_isRunning ? m_samples->allBut(first) : std::vector<float>();
+}
+
 void AudioRecorder::setChunks(double seconds, ChunkHandler handler)
 {
     m_samples->setChunks(seconds, std::move(handler));

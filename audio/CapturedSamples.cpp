@@ -2,6 +2,7 @@
 
 #include "audio/SampleRate.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -59,6 +60,13 @@ void CapturedSamples::clear()
     const std::lock_guard lock(m_mutex);
     m_all.clear();
     m_chunk.clear();
+}
+
+std::vector<float> CapturedSamples::allBut(size_t first)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto rest = std::span(m_all).subspan(std::min(first, m_all.size()));
+    return {rest.begin(), rest.end()};
 }
 
 std::vector<float> CapturedSamples::takeAll()

@@ -28,6 +28,9 @@ public:
     /// Forgets everything that was added.
     void clear();
 
+    /// A copy of what takeAll() would return, but for so many samples at its beginning.
+    [[nodiscard]] std::vector<float> allBut(size_t first);
+
     /// All that was added while there were no chunks; nothing of it is kept.
     [[nodiscard]] std::vector<float> takeAll();
 

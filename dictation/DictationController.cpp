@@ -2,16 +2,16 @@
 
 #include "audio/CaptureError.h"
 #include "audio/MicrophoneAccess.h"
-#include "audio/SampleRate.h"
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "correction/TextCorrectionService.h"
 #include "desktop/TextInjector.h"
 #include "dictation/Advice.h"
+#include "dictation/Battery.h"
 #include "dictation/DictationIndicator.h"
+#include "dictation/EarlyRecognition.h"
 #include "dictation/Guidance.h"
 #include "models/ModelManager.h"
-#include "recognition/WhisperServerEngine.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 
@@ -22,12 +22,8 @@ namespace orvane {
 
 namespace {
 
-/// What is not longer than 0.3 s is a slip of the keys, not speech.
-constexpr size_t longestSlip = sampleRate * 3 / 10;
 /// Until the screen is as it was before the indicator, and the focus where the text is to go.
 constexpr auto settlingTime = 80ms;
-/// Dictations are in any language, whatever the files are in.
-constexpr auto spokenLanguage = "auto"_L1;
 constexpr auto hintShownKey = "dictationModeModelHintShown"_L1;
 
 } // namespace
@@ -50,6 +46,11 @@ DictationController::~DictationController()
 std::optional<DictationMode> DictationController::processingMode() const
 {
     return m_state == State::Correcting ? m_processingMode : std::nullopt;
+}
+
+LiveText DictationController::liveText() const
+{
+    return m_recognition ? m_recognition->liveText() : LiveText();
 }
 
 bool DictationController::interceptsEscape() const
@@ -103,17 +104,22 @@ QCoro::Task<> DictationController::record(std::stop_token session)
         end();
         refuse(*advice);
     }
+    beginRecognition();
     setState(State::Recording);
-    spawn(preload());
 }
 
-QCoro::Task<> DictationController::preload()
+void DictationController::beginRecognition()
 {
-    try {
-        co_await m_services.engine.load(modelFile(), m_scope.stop());
-    } catch (const Error &) {
-        // The recognition will meet it again, and say so if it is still true then.
-    }
+    m_services.battery.look();
+    m_recognition = std::make_unique<EarlyRecognition>(EarlyRecognition::Collaborators{
+        .engine = m_services.engine,
+        .turns = m_services.turns,
+        .battery = m_services.battery,
+        .modelFile = [this] { return modelFile(); },
+        .samplesAfter = [this](size_t first) { return m_recorder.samplesAfter(first); }});
+    connect(&m_recorder, &AudioRecorder::levelChanged, m_recognition.get(), &EarlyRecognition::hear);
+    connect(m_recognition.get(), &EarlyRecognition::liveTextChanged, this,
+            &DictationController::liveTextChanged);
 }
 
 void DictationController::stop()
@@ -159,7 +165,7 @@ QCoro::Task<DictationController::Dictated> DictationController::textOf(std::vect
                                                                        std::stop_token session)
 {
     Dictated dictated;
-    dictated.text = co_await m_scope(recognised(std::move(samples), session), session);
+    dictated.text = co_await m_scope(m_recognition->textOf(std::move(samples), session), session);
     if (dictated.text.isEmpty())
         co_return dictated;
     const DictationMode mode = m_services.settings.dictationMode();
@@ -187,23 +193,6 @@ QCoro::Task<DictationController::Dictated> DictationController::textOf(std::vect
         dictated.problem = descriptionOf(error);
     }
     co_return dictated;
-}
-
-QCoro::Task<QString> DictationController::recognised(std::vector<float> samples, std::stop_token session)
-{
-    if (samples.size() <= longestSlip)
-        co_return QString();
-    const QString model = modelFile();
-    if (model.isEmpty())
-        throw Error(Advice::onMissingModel().detail);
-    const QList<RawSegment> segments =
-        co_await m_scope(m_services.engine.transcribe(std::move(samples), model, spokenLanguage.toString(),
-                                                      WhisperServerEngine::NonSpeech::Suppress, session),
-                         session);
-    QString text;
-    for (const RawSegment &segment : segments)
-        text += segment.text;
-    co_return text.trimmed();
 }
 
 QCoro::Task<> DictationController::paste(Dictated dictated, std::stop_token session)
@@ -244,6 +233,8 @@ void DictationController::end()
 {
     setState(State::Idle);
     m_services.indicator.hide();
+    if (std::exchange(m_recognition, nullptr))
+        Q_EMIT liveTextChanged();
 }
 
 void DictationController::refuse(const Advice &advice)

@@ -3,6 +3,7 @@
 #include "audio/AudioRecorder.h"
 #include "base/Scope.h"
 #include "dictation/DictationState.h"
+#include "dictation/LiveText.h"
 #include "settings/StoredChoices.h"
 
 #include <QObject>
@@ -10,6 +11,7 @@
 
 #include <QCoroTask>
 
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -18,7 +20,10 @@ namespace orvane {
 
 struct Advice;
 class AppSettings;
+class Battery;
 class DictationIndicator;
+class EarlyRecognition;
+class EngineTurns;
 class Guidance;
 class ModelManager;
 class TextCorrectionService;
@@ -34,6 +39,7 @@ class DictationController : public QObject
     Q_OBJECT
     Q_PROPERTY(orvane::DictationState state READ state NOTIFY stateChanged)
     Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
+    Q_PROPERTY(orvane::LiveText liveText READ liveText NOTIFY liveTextChanged)
     Q_PROPERTY(bool hotkeyActive READ hotkeyActive WRITE setHotkeyActive NOTIFY hotkeyActiveChanged)
 
 public:
@@ -46,6 +52,8 @@ public:
         UserDefaults &defaults;
         TextCorrectionService &corrector;
         WhisperServerEngine &engine;
+        const EngineTurns &turns;
+        Battery &battery;
         TextInjector &injector;
         DictationIndicator &indicator;
         Guidance &guidance;
@@ -59,6 +67,8 @@ public:
     [[nodiscard]] State state() const { return m_state; }
     /// The last problem, one sentence; empty once a later dictation has begun.
     [[nodiscard]] QString lastError() const { return m_lastError; }
+    /// What has been recognised of the dictation so far; empty when none runs.
+    [[nodiscard]] LiveText liveText() const;
     /// Whether the keyboard trigger works; whoever owns the trigger says so.
     [[nodiscard]] bool hotkeyActive() const { return m_hotkeyActive; }
     void setHotkeyActive(bool active);
@@ -84,6 +94,7 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void lastErrorChanged();
+    void liveTextChanged();
     void hotkeyActiveChanged();
 
 private:
@@ -97,11 +108,10 @@ private:
     };
 
     QCoro::Task<> record(std::stop_token session);
-    QCoro::Task<> preload();
+    void beginRecognition();
     void process(const QString &problem);
     QCoro::Task<> finish(std::stop_token session, QString problem);
     QCoro::Task<Dictated> textOf(std::vector<float> samples, std::stop_token session);
-    QCoro::Task<QString> recognised(std::vector<float> samples, std::stop_token session);
     QCoro::Task<> paste(Dictated dictated, std::stop_token session);
 
     void end();
@@ -116,6 +126,7 @@ private:
     Collaborators m_services;
     AudioRecorder m_recorder;
     State m_state = State::Idle;
+    std::unique_ptr<EarlyRecognition> m_recognition; // from the beginning of a recording to its text
     std::optional<DictationMode> m_processingMode;
     QString m_lastError;
     bool m_hotkeyActive = false;

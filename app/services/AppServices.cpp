@@ -128,12 +128,15 @@ RecordProcessor &AppServices::recordProcessor()
 DictationController *AppServices::dictation()
 {
     if (!m_dictation && m_desktop) {
+        m_battery = Battery::ofThisMachine();
         m_dictation = std::make_unique<DictationController>(
             DictationController::Collaborators{.models = *m_models,
                                                .settings = *m_settings,
                                                .defaults = m_defaults,
                                                .corrector = corrector(),
                                                .engine = *m_whisperEngine,
+                                               .turns = m_turns,
+                                               .battery = *m_battery,
                                                .injector = m_desktop->injector,
                                                .indicator = m_desktop->indicator,
                                                .guidance = m_desktop->guidance},

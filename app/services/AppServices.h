@@ -3,6 +3,7 @@
 #include "audio/AudioDecoder.h"
 #include "base/StandardFolders.h"
 #include "correction/TextCorrectionService.h"
+#include "dictation/Battery.h"
 #include "dictation/DictationController.h"
 #include "engine/EngineProcessRegistry.h"
 #include "history/HistoryStore.h"
@@ -109,6 +110,7 @@ private:
     std::unique_ptr<TranscriptionService> m_transcriber;
     std::unique_ptr<TextCorrectionService> m_corrector;
     std::unique_ptr<RecordProcessor> m_recordProcessor;
+    std::unique_ptr<Battery> m_battery;
     std::unique_ptr<DictationController> m_dictation;
     std::unique_ptr<MeetingTranscriber> m_meeting;
     std::unique_ptr<Telemetry> m_telemetry;

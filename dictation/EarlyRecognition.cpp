@@ -1,0 +1,149 @@
+#include "dictation/EarlyRecognition.h"
+
+#include "base/Async.h"
+#include "base/OneTimeEvent.h"
+#include "dictation/Advice.h"
+#include "dictation/Battery.h"
+#include "engine/EngineTurns.h"
+#include "recognition/WhisperServerEngine.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orvane {
+
+namespace {
+
+/// What is not longer than 0.3 s is a slip of the keys, not speech.
+constexpr size_t longestSlip = sampleRate * 3 / 10;
+/// Dictations are in any language, whatever the files are in.
+constexpr auto anyLanguage = "auto"_L1;
+
+} // namespace
+
+EarlyRecognition::EarlyRecognition(Collaborators collaborators)
+    : m_services(std::move(collaborators)),
+      m_language(anyLanguage)
+{
+    spawn(load());
+}
+
+EarlyRecognition::~EarlyRecognition()
+{
+    m_scope.end();
+}
+
+QCoro::Task<> EarlyRecognition::load()
+{
+    try {
+        co_await m_scope(m_services.engine.load(m_services.modelFile(), m_scope.stop()));
+        m_isLoaded = true;
+    } catch (const Gone &) {
+        throw;
+    } catch (const Error &) {
+        // The recognition will meet it again, and say so if it is still true then.
+    }
+}
+
+void EarlyRecognition::hear()
+{
+    const std::vector<float> samples = m_services.samplesAfter(m_heard);
+    m_heard += samples.size();
+    m_speech.add(samples);
+    if (mayTakeSnapshot())
+        spawn(takeSnapshot());
+}
+
+bool EarlyRecognition::mayTakeSnapshot() const
+{
+    return m_isLoaded && !m_snapshot && m_rhythm.allows(m_speech, m_heard) && !m_services.turns.isTaken() &&
+           !m_services.battery.isLow();
+}
+
+QCoro::Task<> EarlyRecognition::takeSnapshot()
+{
+    const std::shared_ptr<OneTimeEvent> end = m_snapshot = OneTimeEvent::create();
+    m_rhythm.begin(m_speech, m_heard);
+    try {
+        co_await m_scope(recogniseSoFar());
+    } catch (const Gone &) {
+        throw;
+    } catch (const Error &) {
+        // What is not recognised now is recognised at the end, which says what is wrong.
+    }
+    m_rhythm.end(m_heard);
+    m_snapshot = nullptr;
+    end->happen();
+}
+
+QCoro::Task<> EarlyRecognition::recogniseSoFar()
+{
+    useChosenModel();
+    m_text.settle(m_heard, m_speech.pauses());
+    const size_t end = endOfSnapshot();
+    std::vector<float> samples = m_services.samplesAfter(m_text.begin());
+    samples.resize(end - m_text.begin());
+    co_await m_scope(recognise(std::move(samples), end, m_scope.stop()));
+}
+
+/// Where the speech pauses now, or paused before when that is more than the model takes in at once.
+size_t EarlyRecognition::endOfSnapshot() const
+{
+    const size_t begin = m_text.begin();
+    if (m_heard - begin <= DictatedText::window)
+        return m_heard;
+    const auto &pauses = m_speech.pauses();
+    const auto fits = [begin](const PauseDetector::Pause &pause) {
+        return pause.middle() <= begin + DictatedText::window;
+    };
+    const auto last = std::find_if(pauses.rbegin(), pauses.rend(), fits);
+    return last == pauses.rend() || last->middle() <= begin ? m_heard : last->middle();
+}
+
+QCoro::Task<QString> EarlyRecognition::textOf(std::vector<float> recording, std::stop_token stop)
+{
+    if (recording.size() <= longestSlip)
+        co_return QString();
+    m_speech.add(std::span(recording).subspan(m_heard));
+    m_heard = recording.size();
+    if (const auto snapshot = m_snapshot)
+        co_await m_scope(snapshot->wait(stop), stop);
+    useChosenModel();
+    if (const std::optional<QString> text = m_text.whole(m_speech.speechEnd()))
+        co_return *text;
+    m_text.settle(m_heard, m_speech.pauses());
+    recording.erase(recording.begin(), recording.begin() + std::ptrdiff_t(m_text.begin()));
+    co_await m_scope(recognise(std::move(recording), m_heard, stop), stop);
+    co_return m_text.whole(m_heard).value_or(QString());
+}
+
+void EarlyRecognition::useChosenModel()
+{
+    const QString model = m_services.modelFile();
+    if (model.isEmpty())
+        throw Error(Advice::onMissingModel().detail);
+    if (std::exchange(m_model, model) == model)
+        return;
+    m_text = {};
+    m_language = anyLanguage;
+}
+
+QCoro::Task<> EarlyRecognition::recognise(std::vector<float> samples, size_t end, std::stop_token stop)
+{
+    const RecognisedSpeech speech =
+        co_await m_scope(m_services.engine.transcribe(std::move(samples), m_model, m_language,
+                                                      WhisperServerEngine::NonSpeech::Suppress, stop),
+                         stop);
+    QString text;
+    for (const RawSegment &segment : speech.segments)
+        text += segment.text;
+    if (!text.isEmpty() && !speech.language.isEmpty())
+        m_language = speech.language;
+    m_text.add(end, text);
+    Q_EMIT liveTextChanged();
+}
+
+} // namespace orvane

@@ -1,0 +1,44 @@
+#include "dictation/SnapshotRhythm.h"
+
+#include "dictation/PauseDetector.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr size_t minNewSpeech = 3 * sampleRate;
+/// Together with the recognition at the end, these take at most 1.6 times the processor time of the
+/// recognition of the whole.
+constexpr size_t freeCount = 2;
+constexpr size_t timeOfEachMore = 20 * sampleRate;
+/// Until then only a pause so long that it may be the end is worth a snapshot.
+constexpr size_t soon = 10 * sampleRate;
+constexpr size_t longPause = sampleRate;
+
+} // namespace
+
+bool SnapshotRhythm::allows(const PauseDetector &speech, size_t heard) const
+{
+    if (!speech.isPausing())
+        return false;
+    if (m_count == 0)
+        return true;
+    const size_t since = heard - m_begun;
+    return speech.speech() - m_speechThen >= minNewSpeech && m_count < freeCount + heard / timeOfEachMore &&
+           (since >= soon || speech.pauses().back().length() >= longPause) &&
+           since >= 2 * m_answerTime; // a slow engine is to be idle most of the time
+}
+
+void SnapshotRhythm::begin(const PauseDetector &speech, size_t heard)
+{
+    ++m_count;
+    m_begun = heard;
+    m_speechThen = speech.speech();
+}
+
+void SnapshotRhythm::end(size_t heard)
+{
+    m_answerTime = heard - m_begun;
+}
+
+} // namespace orvane
