@@ -15,11 +15,11 @@ namespace {
 
 constexpr std::chrono::seconds greetingTime{1};
 
-/// Connected to the socket of the environment, or -1. Not left to the library, which would wait for a
+/// Connected to the socket of that name, or -1. Not left to the library, which would wait for a
 /// compositor that accepts nobody.
-int connectedSocket()
+int connectedSocket(const QByteArray &name)
 {
-    QByteArray path = qgetenv("WAYLAND_DISPLAY");
+    QByteArray path = name;
     if (path.isEmpty())
         return -1;
     if (!path.startsWith('/'))
@@ -39,9 +39,9 @@ int connectedSocket()
 
 } // namespace
 
-std::unique_ptr<WaylandDisplay> WaylandDisplay::open()
+std::unique_ptr<WaylandDisplay> WaylandDisplay::open(const QByteArray &name)
 {
-    const int socket = connectedSocket();
+    const int socket = connectedSocket(name);
     if (socket < 0)
         return nullptr;
     wl_display *connected = wl_display_connect_to_fd(socket); // closes the socket, whatever comes of it

@@ -25,8 +25,10 @@ using WaylandOwned = std::unique_ptr<Object, WaylandDestroy<destroy>>;
 class WaylandDisplay
 {
 public:
-    /// Connects and asks what there is; null when nobody answers within a second.
-    [[nodiscard]] static std::unique_ptr<WaylandDisplay> open();
+    /// Connects and asks what there is; null when nobody answers within a second. The name is as in
+    /// WAYLAND_DISPLAY.
+    [[nodiscard]] static std::unique_ptr<WaylandDisplay>
+    open(const QByteArray &name = qgetenv("WAYLAND_DISPLAY"));
 
     WaylandDisplay(const WaylandDisplay &) = delete;
     WaylandDisplay &operator=(const WaylandDisplay &) = delete;
@@ -49,8 +51,9 @@ public:
     /// Sends every request and handles what comes until the compositor has answered; false when it is gone or
     /// takes too long.
     [[nodiscard]] bool roundTrip(QDeadlineTimer end);
-    /// Sends what it can and handles what has come, waiting for nothing; false when the compositor is gone.
-    [[nodiscard]] bool handleEvents() { return handleEvents(0); }
+    /// Sends what it can and handles what has come, or comes within so many milliseconds; false when the
+    /// compositor is gone.
+    [[nodiscard]] bool handleEvents(int patience = 0);
 
 private:
     struct Global
@@ -60,7 +63,6 @@ private:
     };
 
     explicit WaylandDisplay(wl_display *display);
-    [[nodiscard]] bool handleEvents(int patience);
 
     WaylandOwned<wl_display, wl_display_disconnect> m_display;
     WaylandOwned<wl_registry, wl_registry_destroy> m_registry;
