@@ -6,6 +6,7 @@
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
 #include "desktop/SessionLock.h"
+#include "desktop/ShortcutTexts.h"
 #include "dictation/Guidance.h"
 #include "ui/MenuBarController.h"
 #include "ui/WindowController.h"
@@ -51,6 +52,11 @@ AppDelegate::AppDelegate(AppServices &services, ControlService &control,
         });
     }
     connect(&control, &ControlService::quitRequested, this, &AppDelegate::quit);
+    connect(&control, &ControlService::tapped, this, [this] {
+        const TriggerKey key = m_services.settings().dictationTrigger();
+        triggerKeyChanged(key, true);
+        triggerKeyChanged(key, false);
+    });
     connect(&control, &ControlService::activated, this,
             [this](const QStringList &addresses, const QString &token) {
                 spawn(reopen(QUrl::fromStringList(addresses), token));
@@ -103,6 +109,10 @@ void AppDelegate::listenToKeys(DictationController &dictation)
             [&keys, &dictation] { keys.setEscapeIntercepted(dictation.interceptsEscape()); });
     connect(&keys, &KeyTap::activeChanged, &dictation,
             [&keys, &dictation] { dictation.setHotkeyActive(keys.isActive()); });
+    AppSettings &settings = m_services.settings();
+    connect(&settings, &AppSettings::dictationTriggerChanged, &keys,
+            [&keys, &settings] { keys.setTrigger(settings.dictationTrigger()); });
+    keys.setTrigger(settings.dictationTrigger());
     keys.install();
     dictation.setHotkeyActive(keys.isActive());
 }
@@ -110,7 +120,7 @@ void AppDelegate::listenToKeys(DictationController &dictation)
 void AppDelegate::triggerKeyChanged(TriggerKey key, bool down)
 {
     // Whoever types at a locked screen is not dictating.
-    if (m_desktop->lock.isLocked())
+    if (m_desktop && m_desktop->lock.isLocked())
         m_trigger.reset();
     else if (m_trigger.keyChanged(m_services.settings().dictationTrigger(), key, down))
         m_services.dictation()->toggle();
@@ -128,6 +138,14 @@ void AppDelegate::showMenu(DictationController &dictation)
     connect(m_menuBar.get(), &MenuBarController::quitRequested, this, &AppDelegate::quit);
     connect(m_menuBar.get(), &MenuBarController::keyCaptureHelpRequested, this,
             &AppDelegate::explainKeyCapture);
+    KeyTap &keys = m_desktop->keys;
+    connect(m_menuBar.get(), &MenuBarController::keySetUpRequested, &keys, &KeyTap::setUp);
+    connect(&keys, &KeyTap::setUpEnded, m_menuBar.get(), [this, &keys](const QString &problem) {
+        const auto shortcuts = keys.shortcuts();
+        notify(problem.isEmpty() && shortcuts
+                   ? Localization::text(u"Клавиши назначены: %1.").arg(ShortcutTexts::keys(*shortcuts))
+                   : problem);
+    });
 }
 
 void AppDelegate::prepareWindows()

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "desktop/Shortcuts.h"
 #include "settings/StoredChoices.h"
 
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 namespace orvane {
 
@@ -18,7 +20,9 @@ public:
     /// The tap of this display, never null. Needs the application object.
     [[nodiscard]] static std::unique_ptr<KeyTap> forDisplay();
 
-    /// Begins to listen; tried again every 2 s until it works. Does nothing when it was called before.
+    /// Which trigger key is listened for, where one has to be chosen beforehand.
+    virtual void setTrigger(TriggerKey key) { Q_UNUSED(key) }
+    /// Begins to listen, as soon as that works. Does nothing when it was called before.
     virtual void install() {}
     /// Lets go of every key.
     virtual void uninstall() {}
@@ -37,6 +41,13 @@ public:
     }
     /// Whether the right Alt is an AltGr, with which the user types.
     [[nodiscard]] virtual bool rightOptionTypes() const { return false; }
+    /// What the desktop gives; none where the program itself listens to the keyboard, and while nothing is
+    /// given.
+    [[nodiscard]] virtual std::optional<Shortcuts> shortcuts() const { return std::nullopt; }
+    /// Whether the user can have keys here by agreeing to it: see setUp().
+    [[nodiscard]] virtual bool canBeSetUp() const { return false; }
+    /// Asks the desktop for keys on behalf of the user, who may be asked in turn. It ends in setUpEnded().
+    virtual void setUp() {}
     /// Whether Esc comes here instead of going to the focused application.
     virtual void setEscapeIntercepted(bool intercepted) { Q_UNUSED(intercepted) }
 
@@ -52,8 +63,10 @@ Q_SIGNALS:
     void activeChanged();
     /// Also for escapeIsMissing().
     void grabIsMissingChanged();
-    /// What the keys mean has changed.
+    /// What the keys mean has changed, or which they are.
     void keysChanged();
+    /// With what kept the desktop from giving keys, a sentence; empty when it gave some.
+    void setUpEnded(const QString &problem);
 };
 
 } // namespace orvane

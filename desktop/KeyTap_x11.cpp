@@ -1,9 +1,7 @@
 #include "desktop/KeyTap_x11.h"
 
 #include "base/Async.h"
-#include "desktop/DesktopSession.h"
 
-#include <QGuiApplication>
 #include <QPointer>
 
 #include <xcb/xcbext.h>
@@ -35,17 +33,6 @@ std::optional<TriggerKey> triggerKey(xkb_keysym_t symbol)
 }
 
 } // namespace
-
-std::unique_ptr<KeyTap> KeyTap::forDisplay()
-{
-    // In a Wayland session the X server hears only what is typed into X11 windows.
-    const bool hearsEverything = qobject_cast<QGuiApplication *>(QCoreApplication::instance()) &&
-                                 QGuiApplication::platformName() == "xcb"_L1 &&
-                                 !DesktopSession::ofThisProcess().isWayland();
-    if (hearsEverything)
-        return std::make_unique<X11KeyTap>();
-    return std::make_unique<KeyTap>();
-}
 
 X11KeyTap::X11KeyTap() : m_toggle(XKB_KEY_F5), m_escape(XKB_KEY_Escape)
 {

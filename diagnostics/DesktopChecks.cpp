@@ -2,8 +2,10 @@
 
 #include "base/OneTimeEvent.h"
 #include "base/localization/Localization.h"
+#include "desktop/DesktopSession.h"
 #include "desktop/KeyTap.h"
 #include "desktop/PasteKeys.h"
+#include "desktop/ShortcutTexts.h"
 #include "settings/TriggerName.h"
 
 #include <QGuiApplication>
@@ -31,10 +33,28 @@ bool hasScreen()
     return isGraphical && (platform == "xcb"_L1 || platform.startsWith("wayland"_L1));
 }
 
+CheckResult givenBy(const Shortcuts &shortcuts)
+{
+    QStringList sentences;
+    if (!ShortcutTexts::keys(shortcuts).isEmpty())
+        sentences << text(u"Слышны: %1.").arg(ShortcutTexts::keysAndGiver(shortcuts));
+    if (!shortcuts.taken.isEmpty())
+        sentences << text(u"Уже занято на рабочем столе: %1.").arg(shortcuts.taken.join(u", "_s));
+    const State state = ShortcutTexts::keys(shortcuts).isEmpty() ? State::Bad : State::Good;
+    sentences << ShortcutTexts::howToChange(shortcuts.giver);
+    return {.state = state, .text = sentences.join(u' ')};
+}
+
 CheckResult heardBy(const KeyTap &tap, TriggerKey trigger)
 {
+    if (!tap.isActive() && tap.canBeSetUp())
+        return {.state = State::Bad,
+                .text =
+                    text(u"Клавиши ещё не назначены: в меню Orvane выберите «Назначить клавиши диктовки…».")};
     if (!tap.isActive())
         return {.state = State::Bad, .text = keyAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))};
+    if (const auto shortcuts = tap.shortcuts())
+        return givenBy(*shortcuts);
     const QString key = triggerName(trigger).toString();
     if (!tap.has(trigger)) {
         return {.state = State::Bad,
@@ -74,6 +94,10 @@ QCoro::Task<CheckResult> keys(const KeyTap *installed, TriggerKey trigger, std::
         }
         co_return result;
     }
+    // One of this process would take the keys from the running application.
+    if (DesktopSession::ofThisProcess().isWayland())
+        co_return CheckResult{
+            .text = text(u"Клавиши здесь даёт рабочий стол, пока Orvane работает: какие, говорит его меню.")};
     // What this one cannot have, the running application may hold.
     const std::unique_ptr<KeyTap> tap = KeyTap::forDisplay();
     const std::shared_ptr<OneTimeEvent> begun = OneTimeEvent::create();

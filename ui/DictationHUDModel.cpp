@@ -51,7 +51,6 @@ QStringList forEachMode(QString (*text)(DictationMode))
 DictationHUDModel::DictationHUDModel(AppSettings &settings) : m_settings(settings)
 {
     connect(&settings, &AppSettings::dictationModeChanged, this, &DictationHUDModel::selectedChipChanged);
-    connect(&settings, &AppSettings::dictationTriggerNameChanged, this, &DictationHUDModel::contentChanged);
     connect(&settings, &AppSettings::interfaceLanguageChanged, this, [this] {
         Q_EMIT contentChanged();
         Q_EMIT chipsChanged();
@@ -75,7 +74,7 @@ void DictationHUDModel::setDeviceIsSilent(bool silent)
     Q_EMIT contentChanged();
 }
 
-void DictationHUDModel::setKeys(Keys keys)
+void DictationHUDModel::setKeys(const Keys &keys)
 {
     if (m_keys == keys)
         return;
@@ -138,11 +137,23 @@ QString DictationHUDModel::subtitle() const
 
 QString DictationHUDModel::hint() const
 {
-    if (!m_keys.trigger)
-        return Localization::text(u"orvane toggle или меню — готово · orvane cancel — отмена");
-    return Localization::text(u"Дважды") + u' ' + m_settings.dictationTriggerName() + u" — "_s +
+    if (m_keys.twice.isEmpty() && m_keys.once.isEmpty())
+        return Localization::text(u"orvane toggle или меню — готово · ✕ — отмена");
+    const QString key =
+        m_keys.twice.isEmpty() ? m_keys.once : Localization::text(u"Дважды") + u' ' + m_keys.twice;
+    return key + u" — "_s +
            (m_keys.escape ? Localization::text(u"готово · Esc — отмена")
-                          : Localization::text(u"готово · отмена — в меню"));
+                          : Localization::text(u"готово · ✕ — отмена"));
+}
+
+bool DictationHUDModel::needsCancel() const
+{
+    return !m_keys.escape && (isListening() || isWorking());
+}
+
+QString DictationHUDModel::cancelText() const
+{
+    return Localization::text(u"Отменить диктовку");
 }
 
 bool DictationHUDModel::subtitleIsWarning() const

@@ -24,6 +24,8 @@ class DictationHUDModel : public QObject
     Q_PROPERTY(bool isListening READ isListening NOTIFY contentChanged)
     Q_PROPERTY(bool isWorking READ isWorking NOTIFY contentChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY contentChanged)
+    Q_PROPERTY(bool needsCancel READ needsCancel NOTIFY contentChanged)
+    Q_PROPERTY(QString cancelText READ cancelText NOTIFY contentChanged)
     Q_PROPERTY(QStringList chipTitles READ chipTitles NOTIFY chipsChanged)
     Q_PROPERTY(QStringList chipHelps READ chipHelps NOTIFY chipsChanged)
     Q_PROPERTY(int selectedChip READ selectedChip NOTIFY selectedChipChanged)
@@ -41,12 +43,13 @@ public:
     /// The keys that reach the dictation.
     struct Keys
     {
-        bool trigger = true;
+        QString twice{}; ///< what ends it when pressed twice; empty for none
+        QString once{};  ///< the same, pressed once
         bool escape = true;
         bool operator==(const Keys &) const = default;
     };
     /// The hint names those that work only.
-    void setKeys(Keys keys);
+    void setKeys(const Keys &keys);
     /// 0…1, the newest last.
     void setWaveform(const QList<float> &levels);
     /// Shown alone, in place of everything else, until it is empty again.
@@ -63,6 +66,10 @@ public:
     /// The user waits for an engine.
     [[nodiscard]] bool isWorking() const;
     [[nodiscard]] QString notice() const { return m_notice; }
+    /// A dictation runs that no key gives up.
+    [[nodiscard]] bool needsCancel() const;
+    [[nodiscard]] QString cancelText() const;
+    Q_INVOKABLE void cancel() { Q_EMIT cancelRequested(); }
     [[nodiscard]] QList<float> waveform() const { return m_waveform; }
 
     /// One for each mode, in the order of the enumeration.
@@ -80,6 +87,7 @@ Q_SIGNALS:
     void selectedChipChanged();
     void hoveredChipChanged();
     void waveformChanged();
+    void cancelRequested();
 
 private:
     [[nodiscard]] QString hint() const;

@@ -8,6 +8,22 @@
 
 namespace orvane {
 
+namespace {
+
+DictationHUDModel::Keys keysThatWork(const KeyTap &keys, const AppSettings &settings)
+{
+    DictationHUDModel::Keys working{.escape = keys.isActive() && !keys.escapeIsMissing()};
+    if (const auto shortcuts = keys.shortcuts()) {
+        working.twice = shortcuts->twice;
+        working.once = shortcuts->once;
+    } else if (keys.isActive() && keys.has(settings.dictationTrigger())) {
+        working.twice = settings.dictationTriggerName();
+    }
+    return working;
+}
+
+} // namespace
+
 DictationPanel::DictationPanel(const QString &moduleFolder, const KeyTap &keys)
     : m_moduleFolder(moduleFolder),
       m_keys(keys)
@@ -29,14 +45,11 @@ void DictationPanel::make(DictationController &dictation, AppSettings &settings)
                                             [this](const QString &text) { Q_EMIT noticeNotShown(text); });
     follow(dictation);
 
-    const auto showKeys = [this, &settings] {
-        m_model->setKeys({.trigger = m_keys.isActive() && m_keys.has(settings.dictationTrigger()),
-                          .escape = !m_keys.escapeIsMissing()});
-    };
+    const auto showKeys = [this, &settings] { m_model->setKeys(keysThatWork(m_keys, settings)); };
     QObject::connect(&m_keys, &KeyTap::activeChanged, m_model.get(), showKeys);
     QObject::connect(&m_keys, &KeyTap::keysChanged, m_model.get(), showKeys);
     QObject::connect(&m_keys, &KeyTap::grabIsMissingChanged, m_model.get(), showKeys);
-    QObject::connect(&settings, &AppSettings::dictationTriggerChanged, m_model.get(), showKeys);
+    QObject::connect(&settings, &AppSettings::dictationTriggerNameChanged, m_model.get(), showKeys);
     showKeys();
 }
 
@@ -50,6 +63,7 @@ void DictationPanel::follow(DictationController &dictation)
             model->setState(dictation.state(), dictation.processingMode());
     };
     QObject::connect(&dictation, &DictationController::stateChanged, model, showState);
+    QObject::connect(model, &DictationHUDModel::cancelRequested, &dictation, &DictationController::cancel);
     QObject::connect(&recorder, &AudioRecorder::levelChanged, model,
                      [model, &recorder] { model->setWaveform(recorder.waveform()); });
     QObject::connect(&recorder, &AudioRecorder::deviceIsSilentChanged, model,

@@ -3,6 +3,7 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
+#include "desktop/ShortcutTexts.h"
 #include "dictation/DictationController.h"
 #include "dictation/DictationModeTexts.h"
 #include "meeting/MeetingTranscriber.h"
@@ -193,10 +194,22 @@ void MenuBarController::addKeyCapture()
         addLine(m_menu, text)->setIcon(standardIcon(picture));
     };
     const TriggerKey trigger = m_services.settings.dictationTrigger();
+    const std::optional<Shortcuts> shortcuts = m_services.keys.shortcuts();
     if (!m_services.dictation.hotkeyActive()) {
         add(QStyle::SP_MessageBoxWarning, Localization::text(u"Перехват клавиш: нет доступа"));
-        m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"), this,
-                         &MenuBarController::keyCaptureHelpRequested);
+        if (m_services.keys.canBeSetUp())
+            m_menu.addAction(Localization::text(u"Назначить клавиши диктовки…"), this,
+                             &MenuBarController::keySetUpRequested);
+        else
+            m_menu.addAction(Localization::text(u"Выдать «Универсальный доступ»…"), this,
+                             &MenuBarController::keyCaptureHelpRequested);
+    } else if (shortcuts) {
+        if (!ShortcutTexts::keys(*shortcuts).isEmpty())
+            add(QStyle::SP_DialogApplyButton,
+                Localization::text(u"Перехват клавиш: %1").arg(ShortcutTexts::keysAndGiver(*shortcuts)));
+        if (!shortcuts->taken.isEmpty())
+            add(QStyle::SP_MessageBoxWarning,
+                Localization::text(u"Перехват клавиш: уже занято %1").arg(shortcuts->taken.join(u", "_s)));
     } else if (!m_services.keys.has(trigger)) {
         add(QStyle::SP_MessageBoxWarning,
             Localization::text(u"Перехват клавиш: в раскладке нет клавиши «%1» — выберите другую")

@@ -50,6 +50,8 @@ Q_SIGNALS:
     void quitRequested();
     /// The user wants to know why there are no global keys and what to do.
     void keyCaptureHelpRequested();
+    /// The user wants the desktop to give keys.
+    void keySetUpRequested();
 
 private:
     void rebuild();

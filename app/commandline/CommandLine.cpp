@@ -266,11 +266,9 @@ Command parseCheck(const QStringList &arguments)
 
 std::optional<ControlCommand::Options> parseControl(const QStringList &words)
 {
-    static const QMap<QString, QString> dictation = {{u"toggle"_s, u"Toggle"_s},
-                                                     {u"start"_s, u"Start"_s},
-                                                     {u"stop"_s, u"Stop"_s},
-                                                     {u"cancel"_s, u"Cancel"_s},
-                                                     {u"status"_s, u"Status"_s}};
+    static const QMap<QString, QString> dictation = {{u"toggle"_s, u"Toggle"_s}, {u"tap"_s, u"Tap"_s},
+                                                     {u"start"_s, u"Start"_s},   {u"stop"_s, u"Stop"_s},
+                                                     {u"cancel"_s, u"Cancel"_s}, {u"status"_s, u"Status"_s}};
     static const QMap<QString, QString> meeting = {
         {u"start"_s, u"StartMeeting"_s},           {u"stop"_s, u"StopMeeting"_s},
         {u"cancel"_s, u"CancelMeeting"_s},         {u"status"_s, u"MeetingStatus"_s},

@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// `orvane toggle | start | stop | cancel | status` and `orvane meeting …`: asks the application that runs in
-/// this session to do it.
+/// `orvane toggle | tap | start | stop | cancel | status` and `orvane meeting …`: asks the application that
+/// runs in this session to do it.
 class ControlCommand
 {
 public:

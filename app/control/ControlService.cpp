@@ -60,6 +60,12 @@ void ControlService::Toggle()
     }
 }
 
+void ControlService::Tap()
+{
+    if (hasDictation())
+        Q_EMIT tapped();
+}
+
 void ControlService::Start()
 {
     if (!hasDictation())

@@ -37,6 +37,9 @@ public:
 public Q_SLOTS:
     /// Answered, like Start, when it is known whether a recording that was to begin has begun.
     Q_SCRIPTABLE void Toggle();
+    /// The trigger key was pressed and let go, on a desktop that lets the user bind it to a command. Answered
+    /// at once, whether or not it begins something.
+    Q_SCRIPTABLE void Tap();
     Q_SCRIPTABLE void Start();
     Q_SCRIPTABLE void Stop();
     Q_SCRIPTABLE void Cancel();
@@ -56,6 +59,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void quitRequested();
+    void tapped();
     /// Somebody started the program again, or opened files with it, by their URLs. The token is the right to
     /// come forward; empty where the desktop gives none.
     void activated(const QStringList &addresses, const QString &token);

@@ -36,9 +36,8 @@ inline constexpr TextPair table[] = {
     {u"Слушаю…", u"Listening…"},
     {u"Дважды", u"Double-press"},
     {u"готово · Esc — отмена", u"to finish · Esc to cancel"},
-    {u"готово · отмена — в меню", u"to finish · cancel in the menu"},
-    {u"orvane toggle или меню — готово · orvane cancel — отмена",
-     u"orvane toggle or the menu to finish · orvane cancel"},
+    {u"готово · ✕ — отмена", u"to finish · ✕ to cancel"},
+    {u"orvane toggle или меню — готово · ✕ — отмена", u"orvane toggle or the menu to finish · ✕ to cancel"},
     {u"Нет звука с микрофона — проверьте его", u"No sound from the microphone — check it"},
     {u"Распознаю…", u"Recognizing…"},
     {u"Подождите немного", u"Just a moment"},
@@ -49,6 +48,26 @@ inline constexpr TextPair table[] = {
 
     // Languages of speech: all but this one are called the same in every interface
     {u"Автоопределение", u"Auto-detect"},
+
+    // Keys that the desktop gives
+    {u"%1 дважды", u"%1 twice"},
+    {u" или ", u" or "},
+    {u"рабочий стол", u"the desktop"},
+    {u"левый или правый Ctrl", u"the left or right Ctrl"},
+    {u"левый или правый Alt", u"the left or right Alt"},
+    {u"Сменить их можно в «Параметры системы → Комбинации клавиш → Orvane».",
+     u"They are changed in System Settings → Shortcuts → Orvane."},
+    {u"Другие клавиши назначьте в настройках sway командам orvane tap и orvane toggle.",
+     u"For other keys, bind them to orvane tap and orvane toggle in sway’s configuration."},
+    {u"Сменить их можно в «Настройки → Приложения → Orvane → Глобальные комбинации клавиш».",
+     u"They are changed in Settings → Apps → Orvane → Global Shortcuts."},
+    {u"Сменить их можно в «Настройки → Клавиатура → Комбинации клавиш».",
+     u"They are changed in Settings → Keyboard → Keyboard Shortcuts."},
+    {u"Уже занято на рабочем столе: %1.", u"Something else on this desktop has: %1."},
+    {u"Рабочий стол не дал клавиш.", u"The desktop has given no keys."},
+    {u"Настройки GNOME не приняли клавиш.", u"GNOME’s settings did not take the keys."},
+    {u"Начать или закончить диктовку", u"Start or finish a dictation"},
+    {u"Начать или закончить диктовку: нажать дважды", u"Start or finish a dictation: press twice"},
 
     // Dictation
     {u"Нет модели", u"No model"},
@@ -87,7 +106,11 @@ inline constexpr TextPair table[] = {
      u"Key capture: another program keeps F5 or Esc"},
     {u"Перехват клавиш: в раскладке нет клавиши «%1» — выберите другую",
      u"Key capture: the keyboard layout has no %1 — choose another key"},
+    {u"Перехват клавиш: %1", u"Key capture: %1"},
+    {u"Перехват клавиш: уже занято %1", u"Key capture: something else has %1"},
     {u"Выдать «Универсальный доступ»…", u"Grant Accessibility…"},
+    {u"Назначить клавиши диктовки…", u"Set up the keys of dictation…"},
+    {u"Клавиши назначены: %1.", u"The keys are set up: %1."},
     {u"Клавиши диктовки здесь недоступны", u"The dictation keys don’t work here"},
     {u"Этот рабочий стол не даёт программам слушать клавиши. Назначьте в его настройках сочетание клавиш для "
      u"команды «orvane toggle»: первое нажатие начнёт диктовку, второе закончит.",
@@ -251,6 +274,11 @@ inline constexpr TextPair table[] = {
     {u"Нет экрана: клавиши здесь не проверить.", u"No screen: keys cannot be checked here."},
     {u"Нет экрана: вставку текста здесь не проверить.", u"No screen: inserting text cannot be checked here."},
     {u"Слышны: «%1» дважды начинает диктовку.", u"They are heard: %1 twice starts a dictation."},
+    {u"Клавиши здесь даёт рабочий стол, пока Orvane работает: какие, говорит его меню.",
+     u"Here the desktop gives keys while Orvane runs: its menu says which."},
+    {u"Слышны: %1.", u"They are heard: %1."},
+    {u"Клавиши ещё не назначены: в меню Orvane выберите «Назначить клавиши диктовки…».",
+     u"The keys are not set up yet: choose “Set up the keys of dictation…” in Orvane’s menu."},
     {u"В раскладке нет клавиши «%1»: выберите в настройках другую.",
      u"The keyboard layout has no %1: choose another key in the settings."},
     {u"F5 или Esc держит другая программа: освободите их в её настройках.",
@@ -449,9 +477,13 @@ inline constexpr TextPair table[] = {
 
     // The settings
     {u"Без окон: только значок в области уведомлений.", u"Without windows: only the icon in the tray."},
-    {u"Нажмите %1 дважды, чтобы начать, и ещё раз дважды, чтобы вставить текст. То же делает F5; Esc "
-     u"отменяет.",
-     u"Press %1 twice to begin, and twice again to insert the text. F5 does the same; Esc cancels."},
+    {u"Нажмите %1 дважды, чтобы начать, и ещё раз дважды, чтобы вставить текст.",
+     u"Press %1 twice to begin, and twice again to insert the text."},
+    {u"Нажмите %1, чтобы начать, и ещё раз, чтобы вставить текст.",
+     u"Press %1 to begin, and again to insert the text."},
+    {u"То же делает %1.", u"%1 does the same."},
+    {u"Esc отменяет.", u"Esc cancels."},
+    {u"Отменяет ✕ на индикаторе.", u"The ✕ on the indicator cancels."},
     {u"В раскладке клавиатуры нет клавиши «%1» — выберите другую.",
      u"The keyboard layout has no %1 — choose another key."},
     {u"Сейчас F5 или Esc заняты другой программой.", u"At the moment another program keeps F5 or Esc."},
@@ -641,6 +673,7 @@ inline constexpr TextPair table[] = {
   orvane                          открыть программу; с --background — только значок
   orvane open [ФАЙЛ…]             открыть окно и расшифровать в нём файлы
   orvane toggle                   начать диктовку, а если она идёт — закончить и вставить текст
+  orvane tap                      нажать клавишу диктовки: дважды за 0,4 с — то же самое
   orvane start | stop | cancel    то же по отдельности; cancel ничего не вставляет
   orvane status                   показать состояние диктовки
 
@@ -694,6 +727,7 @@ inline constexpr TextPair table[] = {
   orvane                          open the program; with --background only its icon
   orvane open [FILE…]             open the window and transcribe files in it
   orvane toggle                   start a dictation, or finish it and insert its text
+  orvane tap                      press the key of dictation: twice within 0.4 s does the same
   orvane start | stop | cancel    the same one by one; cancel inserts nothing
   orvane status                   show the dictation's state
 

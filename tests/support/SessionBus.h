@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 namespace orvane::test {
@@ -10,7 +11,10 @@ namespace orvane::test {
 class SessionBus
 {
 public:
+    /// What programs ask for is started as on the user's own bus.
     SessionBus();
+    /// Only what stands here, such as "ca.desrt.dconf", is started.
+    explicit SessionBus(const QStringList &services);
     ~SessionBus();
     SessionBus(const SessionBus &) = delete;
     SessionBus &operator=(const SessionBus &) = delete;
@@ -19,6 +23,8 @@ public:
     [[nodiscard]] QString address() const { return m_address; }
 
 private:
+    void start(const QString &configuration);
+
     QTemporaryDir m_folder;
     QProcess m_daemon;
     QString m_address;

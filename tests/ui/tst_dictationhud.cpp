@@ -27,7 +27,7 @@ private Q_SLOTS:
         const QString moment = u"Подождите немного"_s;
         row("starting", State::Starting, {}, u"mic"_s, u"Orvane"_s, u"Готов"_s);
         row("recording", State::Recording, {}, u"mic"_s, u"Слушаю…"_s,
-            u"Дважды правый Ctrl — готово · Esc — отмена"_s);
+            u"Дважды Ctrl — готово · Esc — отмена"_s);
         row("transcribing", State::Transcribing, {}, u"waveform"_s, u"Распознаю…"_s, moment);
         row("correcting", State::Correcting, Mode::Correct, u"text-check"_s, u"Исправляю…"_s,
             u"Пунктуация и грамматика"_s);
@@ -44,6 +44,7 @@ private Q_SLOTS:
         QFETCH(const std::optional<Mode>, processing);
         QFETCH(const QString, icon);
         DictationHUDModel hud(m_settings);
+        hud.setKeys({.twice = u"Ctrl"_s});
         hud.setState(state, processing);
         m_settings.setInterfaceLanguage(u"ru"_s);
         QCOMPARE(hud.iconName(), icon);
@@ -64,16 +65,19 @@ private Q_SLOTS:
         hud.setState(State::Recording);
         const QSignalSpy content(&hud, &DictationHUDModel::contentChanged);
         const QSignalSpy chips(&hud, &DictationHUDModel::chipsChanged);
-        m_settings.setDictationTrigger(TriggerKey::RightOption);
+        hud.setKeys({.twice = u"правый Alt"_s});
         QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · Esc — отмена"_s);
-        hud.setKeys({.trigger = true, .escape = false});
-        QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · отмена — в меню"_s);
-        hud.setKeys({.trigger = false, .escape = false});
-        QCOMPARE(hud.subtitle(), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
+        QVERIFY(!hud.needsCancel());
+        hud.setKeys({.twice = u"правый Alt"_s, .escape = false});
+        QCOMPARE(hud.subtitle(), u"Дважды правый Alt — готово · ✕ — отмена"_s);
+        QVERIFY(hud.needsCancel());
+        hud.setKeys({.once = u"Ctrl+Alt+Space"_s, .escape = false});
+        QCOMPARE(hud.subtitle(), u"Ctrl+Alt+Space — готово · ✕ — отмена"_s);
+        hud.setKeys({.escape = false});
+        QCOMPARE(hud.subtitle(), u"orvane toggle или меню — готово · ✕ — отмена"_s);
         QCOMPARE_GE(content.size(), 3);
         m_settings.setInterfaceLanguage(u"en"_s);
         QVERIFY(!chips.isEmpty());
-        m_settings.setDictationTrigger(TriggerKey::RightCommand);
     }
 
     void silentMicrophone()

@@ -67,13 +67,12 @@ private Q_SLOTS:
 
         services.dictation()->start();
         const QString listening = u"Слушаю…"_s;
-        QTRY_COMPARE(readOut(),
-                     (QStringList{listening, u"orvane toggle или меню — готово · orvane cancel — отмена"_s}));
+        QTRY_COMPARE(readOut(), (QStringList{listening, u"orvane toggle или меню — готово · ✕ — отмена"_s}));
         QTRY_COMPARE(readOut(), (QStringList{listening, u"Нет звука с микрофона — проверьте его"_s}));
         QVERIFY(!waveformIsHigh());
         sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
         QTRY_VERIFY(waveformIsHigh());
-        QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · orvane cancel — отмена"_s);
+        QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · ✕ — отмена"_s);
 
         services.dictation()->cancel();
         QTRY_COMPARE(readOut(), QStringList());

@@ -21,7 +21,12 @@ public:
     [[nodiscard]] bool grabIsMissing() const override { return isTaken; }
     [[nodiscard]] bool has(TriggerKey key) const override { return key == there; }
 
+    [[nodiscard]] std::optional<Shortcuts> shortcuts() const override { return given; }
+    [[nodiscard]] bool canBeSetUp() const override { return mayBeAsked; }
+
     bool isTaken = false;
+    bool mayBeAsked = false;
+    std::optional<Shortcuts> given;
     TriggerKey there = TriggerKey::RightCommand;
 };
 
@@ -106,9 +111,21 @@ private Q_SLOTS:
         entry(opened(), u"Выдать «Универсальный доступ»…"_s)->trigger();
         QCOMPARE(help.size(), 1);
 
+        const QSignalSpy setUp(m_controller.get(), &MenuBarController::keySetUpRequested);
+        m_keys.mayBeAsked = true;
+        entry(opened(), u"Назначить клавиши диктовки…"_s)->trigger();
+        QCOMPARE(setUp.size(), 1);
+
         m_services->dictation()->setHotkeyActive(true);
         QVERIFY(entry(opened(), u"Перехват клавиш: активен"_s));
         QVERIFY(!entry(opened(), u"Выдать «Универсальный доступ»…"_s));
+        m_keys.given = Shortcuts{.giver = Shortcuts::Giver::Sway,
+                                 .twice = u"правый Ctrl"_s,
+                                 .once = {},
+                                 .taken = {u"Ctrl+Alt+Space"_s}};
+        QVERIFY(entry(opened(), u"Перехват клавиш: правый Ctrl дважды (sway)"_s));
+        QVERIFY(entry(opened(), u"Перехват клавиш: уже занято Ctrl+Alt+Space"_s));
+        m_keys.given.reset();
         m_keys.isTaken = true;
         QVERIFY(entry(opened(), u"Перехват клавиш: F5 или Esc заняты другой программой"_s));
         m_keys.there = TriggerKey::RightOption;

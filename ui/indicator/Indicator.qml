@@ -9,6 +9,7 @@ Rectangle {
     required property string fontFamily
 
     readonly property bool hasNotice: hud.notice !== ""
+    readonly property real rightMargin: hud.needsCancel ? 48 : 20
 
     color: "#212120"
     border.color: "#33322f"
@@ -62,7 +63,7 @@ Rectangle {
         Text {
             x: 50
             y: 34
-            width: (dots.visible ? dots.x - 8 : capsule.width - 20) - x
+            width: (dots.visible ? dots.x - 8 : capsule.width - capsule.rightMargin) - x
             height: 16
             text: capsule.hud.subtitle
             textFormat: Text.PlainText
@@ -76,9 +77,17 @@ Rectangle {
 
         Dots {
             id: dots
-            anchors { right: parent.right; rightMargin: 20 }
+            anchors { right: parent.right; rightMargin: capsule.rightMargin }
             y: 30
             visible: capsule.hud.isWorking
+        }
+
+        CancelButton {
+            x: 342
+            y: 14
+            visible: capsule.hud.needsCancel
+            title: capsule.hud.cancelText
+            onChosen: capsule.hud.cancel()
         }
 
         Waveform {

@@ -16,6 +16,6 @@ using IndicatorWindowMaker = QWindow *(QObject *hud, std::function<void()> ready
 
 /// The module's one exported function. Its name changes with what stands above and with the properties of
 /// the model.
-inline constexpr char indicatorWindowMakerName[] = "orvaneMakeIndicatorWindow1";
+inline constexpr char indicatorWindowMakerName[] = "orvaneMakeIndicatorWindow2";
 
 } // namespace orvane

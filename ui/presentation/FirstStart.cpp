@@ -47,6 +47,7 @@ FirstStart::FirstStart(const Collaborators &collaborators, QObject *parent)
     m_suggestedModels.setFilterRegularExpression(anyOf(suggestedIds()));
     connect(&m_keys, &KeyTap::activeChanged, this, &FirstStart::textsChanged);
     connect(&m_keys, &KeyTap::keysChanged, this, &FirstStart::textsChanged);
+    connect(&m_keys, &KeyTap::grabIsMissingChanged, this, &FirstStart::textsChanged);
     connect(&m_settings, &AppSettings::dictationTriggerNameChanged, this, &FirstStart::textsChanged);
     connect(&m_settings, &AppSettings::interfaceLanguageChanged, &m_microphone,
             &ListeningMicrophone::changed);

@@ -26,10 +26,13 @@ struct Keys : KeyTap
     bool active = true;
     bool hasTrigger = true;
     bool grabMissing = false;
+    std::optional<Shortcuts> given;
 
     [[nodiscard]] bool isActive() const override { return active; }
     [[nodiscard]] bool has(TriggerKey) const override { return hasTrigger; }
     [[nodiscard]] bool grabIsMissing() const override { return grabMissing; }
+    [[nodiscard]] bool escapeIsMissing() const override { return given.has_value(); }
+    [[nodiscard]] std::optional<Shortcuts> shortcuts() const override { return given; }
 };
 
 } // namespace
@@ -66,6 +69,37 @@ private Q_SLOTS:
         AppServices services(environment());
         QVERIFY2(keyText(services.settings(), keys).contains(part),
                  qPrintable(keyText(services.settings(), keys)));
+    }
+
+    void saysWhichKeysTheDesktopGives_data()
+    {
+        QTest::addColumn<Shortcuts>("given");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("both")
+            << Shortcuts{.giver = Shortcuts::Giver::Sway,
+                         .twice = u"правый Ctrl"_s,
+                         .once = u"Ctrl+Alt+Space"_s}
+            << u"Нажмите правый Ctrl дважды, чтобы начать, и ещё раз дважды, чтобы вставить "
+               "текст. То же делает Ctrl+Alt+Space. Отменяет ✕ на индикаторе. Другие клавиши "
+               "назначьте в настройках sway командам orvane tap и orvane toggle."_s;
+        QTest::newRow("one is taken")
+            << Shortcuts{.giver = Shortcuts::Giver::Plasma,
+                         .once = u"Meta+D"_s,
+                         .taken = {u"левый или правый Ctrl"_s}}
+            << u"Нажмите Meta+D, чтобы начать, и ещё раз, чтобы вставить текст. Отменяет ✕ на индикаторе. "
+               u"Уже "
+               "занято на рабочем столе: левый или правый Ctrl. Сменить их можно в «Параметры системы → "
+               "Комбинации клавиш → Orvane»."_s;
+    }
+
+    void saysWhichKeysTheDesktopGives()
+    {
+        QFETCH(const Shortcuts, given);
+        Keys keys;
+        keys.given = given;
+        AppServices services(environment());
+        services.settings().setInterfaceLanguage(u"ru"_s);
+        QTEST(keyText(services.settings(), keys), "text");
     }
 
     void keepsThePrompt()

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/Scope.h"
+#include "desktop/wayland/PortalRequest.h"
+#include "desktop/wayland/ShortcutGiver.h"
+#include "settings/UserDefaults.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusServiceWatcher>
+
+#include <memory>
+#include <optional>
+
+namespace orvane {
+
+/// Keys that the desktop's portal gives once the user has agreed. Whether they have refused is stored, so
+/// that they are asked at one start only.
+class PortalShortcuts final : public ShortcutGiver
+{
+    Q_OBJECT
+
+public:
+    /// The refusal is stored among the preferences in that file.
+    explicit PortalShortcuts(const QString &preferences = UserDefaults::standardFile());
+    ~PortalShortcuts() override;
+    Q_DISABLE_COPY_MOVE(PortalShortcuts)
+
+    [[nodiscard]] QCoro::Task<Answer> ask(TriggerKey trigger, Occasion occasion) override;
+    void release() override;
+    [[nodiscard]] Shortcuts shortcuts() const override { return m_shortcuts; }
+
+private Q_SLOTS:
+    void activated(const QDBusMessage &message);
+    void changed(const QDBusMessage &message);
+    void sessionClosed();
+    void portalChanged(const QString &name, const QString &before, const QString &now);
+
+private:
+    [[nodiscard]] QCoro::Task<Answer> askPortal(TriggerKey trigger, Occasion occasion);
+    [[nodiscard]] QCoro::Task<bool> isThere();
+    [[nodiscard]] QCoro::Task<QString> newSession();
+    [[nodiscard]] QCoro::Task<Answer> bind(TriggerKey trigger);
+    void listen(bool listens);
+    void publish(const QVariant &shortcuts, TriggerKey trigger);
+    void forget();
+    [[nodiscard]] UserDefaults &preferences();
+
+    const QString m_preferencesFile;
+    std::unique_ptr<UserDefaults> m_preferences;
+    std::optional<QDBusConnection> m_bus; // one of our own: the toolkit's is known as another program's
+    std::unique_ptr<QDBusServiceWatcher> m_watcher;
+    bool m_isBeingAsked = false;
+    QString m_session; // its path; empty while there is none
+    Shortcuts m_shortcuts;
+    Scope m_scope;
+};
+
+} // namespace orvane

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusVirtualObject>
+#include <QStringList>
+
+#include <optional>
+
+namespace orvane::test {
+
+/// A desktop's portal that gives global keys, on the session bus of the environment. In the place of the user
+/// it answers at once.
+class FakePortal : public QDBusVirtualObject
+{
+    Q_OBJECT
+
+public:
+    enum class User { Agrees, AgreesButIsReportedToHaveFailed, Refuses, IsSilent };
+
+    FakePortal();
+    ~FakePortal() override;
+
+    /// What the user says to the next request for keys.
+    User user = User::Agrees;
+    /// The methods called, in order.
+    QStringList calls;
+    /// Presses a key for the session that was made last.
+    void activate(const QString &id);
+    /// Tells that the user has chosen another key.
+    void changeTrigger(const QString &id, const QString &trigger);
+    /// Ends that session.
+    void closeSession();
+
+    [[nodiscard]] QString introspect(const QString &path) const override;
+    [[nodiscard]] bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
+
+private:
+    void respond(const QDBusMessage &call, const QVariantMap &options, uint code, const QVariantMap &results);
+    void bind(const QDBusMessage &call);
+
+    QDBusConnection m_bus;
+    QString m_session;
+};
+
+} // namespace orvane::test
