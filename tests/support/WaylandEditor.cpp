@@ -28,8 +28,10 @@ Program programOf(WaylandEditor::Kind kind, const QString &file)
 {
     if (kind == WaylandEditor::Kind::Gtk)
         return {.name = u"l3afpad"_s, .arguments = {file}};
-    return {.name = u"foot"_s,
-            .arguments = {u"sh"_s, u"-c"_s, u"stty -icanon -isig -ixon -echo; exec cat >\"$0\""_s, file}};
+    const QStringList shell = {u"sh"_s, u"-c"_s, u"stty -icanon -isig -ixon -echo; exec cat >\"$0\""_s, file};
+    if (kind == WaylandEditor::Kind::X11Terminal)
+        return {.name = u"xterm"_s, .arguments = QStringList{u"-e"_s} + shell};
+    return {.name = u"foot"_s, .arguments = shell};
 }
 
 } // namespace

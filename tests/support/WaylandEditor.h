@@ -12,7 +12,8 @@ namespace orvane::test {
 class WaylandEditor
 {
 public:
-    enum class Kind { Gtk, Terminal };
+    /// The last is shown by the compositor's X server.
+    enum class Kind { Gtk, Terminal, X11Terminal };
 
     /// Returns when it takes what is typed. The compositor outlives it.
     WaylandEditor(Compositor &compositor, Kind kind);
