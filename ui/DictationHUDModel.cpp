@@ -4,6 +4,9 @@
 #include "dictation/DictationModeTexts.h"
 #include "settings/AppSettings.h"
 
+#include <QFontInfo>
+#include <QGuiApplication>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -11,6 +14,10 @@ using namespace Qt::StringLiterals;
 namespace orvane {
 
 namespace {
+
+constexpr qreal liveTextWidth = 340; // pixels
+constexpr qsizetype liveLineCount = 2;
+constexpr int liveTextSize = 13; // pixels
 
 QString subtitleWhile(DictationMode mode)
 {
@@ -51,6 +58,7 @@ QStringList forEachMode(QString (*text)(DictationMode))
 DictationHUDModel::DictationHUDModel(AppSettings &settings) : m_settings(settings)
 {
     connect(&settings, &AppSettings::dictationModeChanged, this, &DictationHUDModel::selectedChipChanged);
+    connect(&settings, &AppSettings::showsLiveTextChanged, this, &DictationHUDModel::liveTextChanged);
     connect(&settings, &AppSettings::interfaceLanguageChanged, this, [this] {
         Q_EMIT contentChanged();
         Q_EMIT chipsChanged();
@@ -88,6 +96,23 @@ void DictationHUDModel::setWaveform(const QList<float> &levels)
         return;
     m_waveform = levels;
     Q_EMIT waveformChanged();
+}
+
+void DictationHUDModel::setLiveText(const LiveText &text)
+{
+    if (!m_liveText) {
+        if ((text.settled + text.unsettled).trimmed().isEmpty())
+            return;
+        m_liveText.emplace(liveTextFont(), liveTextWidth, liveLineCount);
+    }
+    m_liveText->setText(text);
+    Q_EMIT liveTextChanged();
+}
+
+void DictationHUDModel::clearLiveText()
+{
+    m_liveText.reset();
+    Q_EMIT liveTextChanged();
 }
 
 void DictationHUDModel::setNotice(const QString &text)
@@ -179,6 +204,34 @@ QString DictationHUDModel::iconName() const
 bool DictationHUDModel::isWorking() const
 {
     return m_state == DictationState::Transcribing || m_state == DictationState::Correcting;
+}
+
+bool DictationHUDModel::hasLiveText() const
+{
+    return m_liveText && m_settings.showsLiveText();
+}
+
+QVariantList DictationHUDModel::liveLines() const
+{
+    QVariantList lines;
+    if (!m_liveText)
+        return lines;
+    for (const auto &[settled, unsettled] : m_liveText->lines())
+        lines.append(QVariantMap{{u"settled"_s, settled}, {u"unsettled"_s, unsettled}});
+    return lines;
+}
+
+QFont DictationHUDModel::liveTextFont()
+{
+    QFont font(fontFamily());
+    font.setPixelSize(liveTextSize);
+    return font;
+}
+
+QString DictationHUDModel::fontFamily()
+{
+    const QString intended = u"Inter"_s;
+    return QFontInfo(QFont(intended)).family() == intended ? intended : QGuiApplication::font().family();
 }
 
 QStringList DictationHUDModel::chipTitles() const

@@ -2,10 +2,13 @@
 
 #include "dictation/DictationState.h"
 #include "settings/StoredChoices.h"
+#include "ui/LiveTextLines.h"
 
+#include <QFont>
 #include <QList>
 #include <QObject>
 #include <QStringList>
+#include <QVariantList>
 
 #include <optional>
 
@@ -13,7 +16,7 @@ namespace orvane {
 
 class AppSettings;
 
-/// What the dictation indicator shows, ready to be put on the screen. Main thread.
+/// What the dictation indicator shows, ready to be put on the screen. Main thread; needs a QGuiApplication.
 class DictationHUDModel : public QObject
 {
     Q_OBJECT
@@ -30,6 +33,11 @@ class DictationHUDModel : public QObject
     Q_PROPERTY(QStringList chipHelps READ chipHelps NOTIFY chipsChanged)
     Q_PROPERTY(int selectedChip READ selectedChip NOTIFY selectedChipChanged)
     Q_PROPERTY(int hoveredChip READ hoveredChip WRITE setHoveredChip NOTIFY hoveredChipChanged)
+    Q_PROPERTY(bool hasLiveText READ hasLiveText NOTIFY liveTextChanged)
+    Q_PROPERTY(bool liveTextIsCut READ liveTextIsCut NOTIFY liveTextChanged)
+    Q_PROPERTY(QVariantList liveLines READ liveLines NOTIFY liveTextChanged)
+    Q_PROPERTY(QFont liveTextFont READ liveTextFont CONSTANT)
+    Q_PROPERTY(QString fontFamily READ fontFamily CONSTANT)
     Q_PROPERTY(QList<float> waveform READ waveform NOTIFY waveformChanged)
 
 public:
@@ -50,6 +58,10 @@ public:
     };
     /// The hint names those that work only.
     void setKeys(const Keys &keys);
+    /// The words so far. With the first ones the indicator grows, if the settings want that, and stays so
+    /// until they are cleared, whatever becomes of them.
+    void setLiveText(const LiveText &text);
+    void clearLiveText();
     /// 0…1, the newest last.
     void setWaveform(const QList<float> &levels);
     /// Shown alone, in place of everything else, until it is empty again.
@@ -72,6 +84,16 @@ public:
     Q_INVOKABLE void cancel() { Q_EMIT cancelRequested(); }
     [[nodiscard]] QList<float> waveform() const { return m_waveform; }
 
+    [[nodiscard]] bool hasLiveText() const;
+    /// More was said than what liveLines() show.
+    [[nodiscard]] bool liveTextIsCut() const { return m_liveText && m_liveText->isCut(); }
+    /// Each with its "settled" words and the "unsettled" ones that follow, the last line last.
+    [[nodiscard]] QVariantList liveLines() const;
+    /// The lines are measured for it.
+    [[nodiscard]] static QFont liveTextFont();
+    /// Of all that is written.
+    [[nodiscard]] static QString fontFamily();
+
     /// One for each mode, in the order of the enumeration.
     [[nodiscard]] QStringList chipTitles() const;
     [[nodiscard]] QStringList chipHelps() const;
@@ -87,6 +109,7 @@ Q_SIGNALS:
     void selectedChipChanged();
     void hoveredChipChanged();
     void waveformChanged();
+    void liveTextChanged();
     void cancelRequested();
 
 private:
@@ -100,6 +123,8 @@ private:
     int m_hoveredChip = -1;
     QString m_notice;
     QList<float> m_waveform;
+    /// From the first words to the end of the dictation.
+    std::optional<LiveTextLines> m_liveText;
 };
 
 } // namespace orvane

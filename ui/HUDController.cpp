@@ -8,7 +8,6 @@
 
 #include <QCursor>
 #include <QGuiApplication>
-#include <QPainterPath>
 #include <QScreen>
 #include <QToolTip>
 #include <QWindow>
@@ -23,20 +22,12 @@ namespace {
 constexpr auto untilShownAgain = 120ms;
 constexpr auto lengthOfNotice = 3s;
 constexpr auto untilHelp = 600ms;
-constexpr int cornerRadius = 28; // pixels
 
 // Never takes the focus; the window manager does not see it, so it is on every desktop and over
 // full-screen windows.
 constexpr Qt::WindowFlags windowFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                                         Qt::BypassWindowManagerHint | Qt::WindowDoesNotAcceptFocus |
                                         Qt::NoDropShadowWindowHint;
-
-QRegion capsuleShape(QSize size)
-{
-    QPainterPath shape;
-    shape.addRoundedRect(QRectF(QPointF(), size), cornerRadius, cornerRadius);
-    return QRegion(shape.toFillPolygon().toPolygon());
-}
 
 } // namespace
 
@@ -88,6 +79,7 @@ void HUDController::hide()
     if (m_isReady)
         m_window->hide();
     m_hud.setHoveredChip(-1);
+    m_hud.clearLiveText(); // where nobody sees the capsule shrink
 }
 
 void HUDController::notice(const QString &text)
@@ -123,7 +115,7 @@ QCoro::Task<> HUDController::makeWindow()
         giveUp();
         co_return;
     }
-    m_window.reset(maker(&m_hud, [this] {
+    m_window.reset(maker(&m_hud, &windowsAreBlended, [this] {
         m_isReady = true;
         if (m_wantsVisible)
             appear();
@@ -141,7 +133,6 @@ void HUDController::giveUp()
 void HUDController::present()
 {
     reposition();
-    m_window->setMask(windowsAreBlended() ? QRegion() : capsuleShape(m_window->size()));
     m_window->show();
     m_window->raise();
 }

@@ -112,6 +112,28 @@ private Q_SLOTS:
         QCOMPARE(selected.size(), 2);
     }
 
+    void liveText()
+    {
+        DictationHUDModel hud(m_settings);
+        hud.setLiveText({});
+        QVERIFY(!hud.hasLiveText());
+        const QSignalSpy changed(&hud, &DictationHUDModel::liveTextChanged);
+        hud.setLiveText({.settled = u"Привет,"_s, .unsettled = u"мир"_s});
+        QVERIFY(hud.hasLiveText() && !hud.liveTextIsCut());
+        const QVariantMap line{{u"settled"_s, u"Привет,"_s}, {u"unsettled"_s, u"мир"_s}};
+        QCOMPARE(hud.liveLines(), QVariantList{line});
+        hud.setLiveText({}); // nothing shrinks while it is shown
+        QVERIFY(hud.hasLiveText() && hud.liveLines().isEmpty());
+
+        m_settings.setShowsLiveText(false);
+        QVERIFY(!hud.hasLiveText());
+        m_settings.setShowsLiveText(true);
+        QVERIFY(hud.hasLiveText());
+        hud.clearLiveText();
+        QVERIFY(!hud.hasLiveText());
+        QCOMPARE(changed.size(), 5);
+    }
+
     void placement_data()
     {
         const Rows<QPoint, QPoint> row("pointer", "position");
@@ -138,5 +160,5 @@ private:
     AppSettings m_settings{m_defaults};
 };
 
-QTEST_GUILESS_MAIN(TestDictationHUD)
+QTEST_MAIN(TestDictationHUD)
 #include "tst_dictationhud.moc"

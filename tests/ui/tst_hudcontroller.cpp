@@ -25,15 +25,32 @@ namespace {
 // On the display's one screen of 1280 × 800.
 constexpr QRect place(450, 594, 380, 126);
 constexpr QPoint emailChip(600, 696);
+/// What the capsule grows by for the words so far.
+constexpr QRect placeOfWords(450, 594 - 48, 380, 48);
 constexpr QColor capsule(0x21, 0x21, 0x20);
 constexpr QColor accent(0xff, 0x6b, 0x57);
 
-QColor pixel(QPoint position)
+QImage screen(QRect part)
 {
     return QGuiApplication::primaryScreen()
-        ->grabWindow(0, position.x(), position.y(), 1, 1)
-        .toImage()
-        .pixelColor(0, 0);
+        ->grabWindow(0, part.x(), part.y(), part.width(), part.height())
+        .toImage();
+}
+
+QColor pixel(QPoint position)
+{
+    return screen({position, QSize(1, 1)}).pixelColor(0, 0);
+}
+
+bool has(const QImage &image, QColor color)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y) == color)
+                return true;
+        }
+    }
+    return false;
 }
 
 bool isShown()
@@ -63,6 +80,16 @@ void sendMouse(std::uint8_t type, std::uint8_t button, QPoint position)
 void moveMouse(QPoint position)
 {
     sendMouse(XCB_MOTION_NOTIFY, 0, position);
+}
+
+/// Whom a click there reaches.
+xcb_window_t windowUnderMouse(QPoint position)
+{
+    moveMouse(position);
+    const XcbConnection connection = XcbConnection::open();
+    const XcbOwned<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(
+        connection.get(), xcb_query_pointer(connection.get(), connection.root()), nullptr));
+    return pointer->child;
 }
 
 void click(QPoint position)
@@ -177,6 +204,44 @@ private Q_SLOTS:
         QTRY_COMPARE(pixel(place.topLeft() + QPoint(22, 71 - 9)), accent);
         QVERIFY(frames.size() > 2); // it was animated
         QTRY_VERIFY(!frames.wait(500));
+    }
+
+    void growsUpwardsForTheWords()
+    {
+        m_settings.setDictationMode(DictationMode::Email);
+        m_controller->show();
+        QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+        const QImage before = screen(place);
+        const QColor desktop = pixel({0, 0});
+        QCOMPARE(pixel(placeOfWords.center()), desktop);
+
+        m_hud.setLiveText({.settled = u"Первые"_s, .unsettled = u"слова"_s});
+        const QPoint top(640, placeOfWords.top() + 6);
+        QTRY_COMPARE(pixel(top), capsule);
+        QTRY_COMPARE(screen(QRect(470, 606, 340, 100)), before.copy(20, 12, 340, 100)); // nothing moved
+        for (const QPoint corner : {placeOfWords.topLeft(), placeOfWords.topRight()})
+            QCOMPARE(pixel(corner), desktop);
+        QTRY_VERIFY(has(screen(placeOfWords), QColor(0xed, 0xec, 0xe8)));
+        QVERIFY(has(screen(placeOfWords), QColor(0x9c, 0x9a, 0x93)));
+
+        m_hud.setLiveText({});
+        QTest::qWait(300);
+        QCOMPARE(pixel(top), capsule);
+        m_controller->hide();
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        QCOMPARE(pixel(top), desktop); // the next one begins small, at once
+    }
+
+    void letsClicksPassAboveIt()
+    {
+        m_controller->show();
+        QTRY_VERIFY(isShown());
+        const auto ours = xcb_window_t(sceneWindow()->winId());
+        QCOMPARE(windowUnderMouse(place.center()), ours);
+        QVERIFY(windowUnderMouse(placeOfWords.center()) != ours);
+        m_hud.setLiveText({.settled = u"Слова"_s, .unsettled = {}});
+        QTRY_COMPARE(windowUnderMouse(placeOfWords.center()), ours);
     }
 
     void missingModule()
