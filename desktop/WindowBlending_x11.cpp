@@ -10,8 +10,8 @@ namespace orvane {
 bool windowsAreBlended()
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
-        return true; // Wayland compositors always blend
+    if (!x11 || !x11->connection())
+        return true; // Wayland compositors always blend, and without a screen nothing is seen
     // A compositing manager owns the selection that is named after its screen.
     xcb_connection_t *connection = x11->connection();
     const QByteArray name = "_NET_WM_CM_S0";

@@ -1,40 +1,30 @@
-// screenshots FOLDER: takes a picture of every page of the windows into the folder, light and dark, in both
-// languages. Run with QT_SCALE_FACTOR for other sizes; tools/take-screenshots does.
+// screenshots FOLDER: takes a picture of every page of the windows and of the indicator into the folder,
+// light and dark, in both languages. Run with QT_SCALE_FACTOR for other sizes; tools/take-screenshots does.
 
 #include "app/services/AppServices.h"
 #include "base/Async.h"
 #include "desktop/KeyTap.h"
+#include "dictation/DictationModeTexts.h"
 #include "tests/support/FakeFileChooser.h"
+#include "tools/screenshots/Album.h"
 #include "tools/screenshots/SampleHome.h"
+#include "ui/DictationHUDModel.h"
+#include "ui/HUDController.h"
 #include "ui/WindowController.h"
 #include "ui/presentation/Desk.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPalette>
-#include <QQuickWindow>
 #include <QScopeGuard>
+#include <QWindow>
 
-#include <cstdio>
+#include <algorithm>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
 
 namespace {
-
-const QStringList picturesOfReadme = {u"transcript-light-ru.png"_s, u"corrected-light-ru.png"_s,
-                                      u"first-dark-en.png"_s, u"models-dark-en.png"_s};
-
-/// Lets the windows draw and what is read come.
-void settle()
-{
-    QElapsedTimer time;
-    for (time.start(); time.elapsed() < 500;)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-}
 
 void chooseTab(QWindow *window, int index)
 {
@@ -42,60 +32,36 @@ void chooseTab(QWindow *window, int index)
         tabs->setProperty("currentIndex", index);
 }
 
-/// The window on a desktop, at half the size of a screen of high resolution.
-QImage onDesktop(const QImage &window)
+/// The indicator as it is while somebody dictates, and while that is worked on.
+void photographIndicator(AppSettings &settings, const Album &album)
 {
-    constexpr int around = 56;
-    constexpr int shadow = 24;
-    constexpr qreal corner = 12;
-    const qreal scale = window.devicePixelRatio();
-    QImage desktop((window.deviceIndependentSize().toSize() + QSize(2 * around, 2 * around)) * scale,
-                   QImage::Format_RGB32);
-    desktop.setDevicePixelRatio(scale);
-    QPainter painter(&desktop);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF all(QPointF(), desktop.deviceIndependentSize());
-    QLinearGradient sky(all.topLeft(), all.bottomRight());
-    sky.setColorAt(0, QColor(u"#f3c9a5"_s));
-    sky.setColorAt(0.45, QColor(u"#cf8f8a"_s));
-    sky.setColorAt(1, QColor(u"#4b5a7d"_s));
-    painter.fillRect(all, sky);
-    const QRectF frame(QPointF(around, around), window.deviceIndependentSize());
-    painter.setPen(Qt::NoPen);
-    for (int i = shadow; i > 0; i -= 2) {
-        painter.setBrush(QColor(0, 0, 0, 6));
-        painter.drawRoundedRect(frame.adjusted(-i, 4 - i, i, 8 + i), corner + i, corner + i);
-    }
-    QPainterPath shape;
-    shape.addRoundedRect(frame, corner, corner);
-    painter.setClipPath(shape);
-    painter.drawImage(frame.topLeft(), window);
-    return desktop;
+    DictationHUDModel hud(settings);
+    HUDController controller(hud, QStringLiteral(ORVANE_RESOURCES), [](const QString &) {});
+    QList<float> levels;
+    for (int i = 0; i < 48; ++i)
+        levels.append(0.15F + 0.6F * float(std::abs(std::sin(i * 0.7) * std::sin(i * 0.23))));
+    hud.setState(DictationState::Recording);
+    hud.setWaveform(levels);
+    controller.show();
+    settle();
+    const auto isIndicator = [](const QWindow *window) { return window->flags().testFlag(Qt::Tool); };
+    const QWindowList windows = QGuiApplication::allWindows();
+    QWindow *indicator = *std::ranges::find_if(windows, isIndicator);
+    album.takeIndicator(indicator, u"dictation"_s);
+    const bool isRussian = settings.interfaceLanguage() == "ru"_L1;
+    hud.setLiveText(isRussian
+                        ? LiveText{.settled = u"Давайте перенесём обсуждение бюджета на четверг. К этому "
+                                              "времени Мария соберёт цифры"_s,
+                                   .unsettled = u"по каждому отделу и пришлёт"_s}
+                        : LiveText{.settled = u"Let us move the talk about the budget to Thursday. By then "
+                                              "Maria will have the figures"_s,
+                                   .unsettled = u"of each department and send"_s});
+    album.takeIndicator(indicator, u"dictation-words"_s);
+    hud.setState(DictationState::Correcting, DictationMode::Correct);
+    album.takeIndicator(indicator, u"dictation-working"_s);
+    hud.setNotice(DictationModeTexts::description(DictationMode::Email));
+    album.takeIndicator(indicator, u"dictation-notice"_s);
 }
-
-struct Album
-{
-    QDir folder;
-    QString variant;
-
-    void take(QWindow *window, const QString &page) const
-    {
-        settle();
-        const QString name = u"%1-%2.png"_s.arg(page, variant);
-        const QImage picture = static_cast<QQuickWindow *>(window)->grabWindow();
-        save(picture, name);
-        if (picturesOfReadme.contains(name))
-            save(onDesktop(picture), u"desktop-"_s + name);
-    }
-
-    void save(const QImage &picture, const QString &name) const
-    {
-        const QString file = folder.filePath(name);
-        if (!picture.save(file))
-            qFatal("cannot write %s", qPrintable(file));
-        std::printf("%s\n", qPrintable(file));
-    }
-};
 
 void photograph(WindowController &windows, Desk &desk, const Album &album)
 {
@@ -112,6 +78,17 @@ void photograph(WindowController &windows, Desk &desk, const Album &album)
         chooseTab(main, i);
         album.take(main, tabs.at(i));
     }
+    const QSize size = main->size();
+    main->resize(main->minimumSize());
+    for (int i = 0; i < tabs.size(); ++i) {
+        chooseTab(main, i);
+        album.take(main, tabs.at(i) + u"-small"_s);
+    }
+    for (const QString &page : {u"file"_s, u"meeting"_s, u"first"_s}) {
+        desk.setPage(page);
+        album.take(main, page + u"-small"_s);
+    }
+    main->resize(size);
     for (const QString &page : {u"general"_s, u"models"_s, u"correction"_s, u"prompt"_s, u"check"_s}) {
         windows.showSettings(page);
         album.take(windows.settingsWindow(), page);
@@ -155,9 +132,10 @@ int main(int argc, char **argv)
         for (const QString &language : {u"ru"_s, u"en"_s}) {
             services.settings().setInterfaceLanguage(language);
             windows.showMain();
-            photograph(windows, *desk,
-                       {.folder = QDir(QString::fromLocal8Bit(argv[1])),
-                        .variant = (isDark ? u"dark-"_s : u"light-"_s) + language});
+            const Album album{
+                .folder = QDir(QString::fromLocal8Bit(argv[1])), .isDark = isDark, .language = language};
+            photograph(windows, *desk, album);
+            photographIndicator(services.settings(), album);
         }
     }
     return 0;
