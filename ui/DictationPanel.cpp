@@ -68,6 +68,10 @@ void DictationPanel::follow(DictationController &dictation)
                      [model, &recorder] { model->setWaveform(recorder.waveform()); });
     QObject::connect(&recorder, &AudioRecorder::deviceIsSilentChanged, model,
                      [model, &recorder] { model->setDeviceIsSilent(recorder.deviceIsSilent()); });
+    QObject::connect(&dictation, &DictationController::liveTextChanged, model, [model, &dictation] {
+        if (dictation.state() != DictationState::Idle)
+            model->setLiveText(dictation.liveText());
+    });
     showState();
     model->setWaveform(recorder.waveform());
 }

@@ -1,5 +1,6 @@
 #include "base/Async.h"
 #include "desktop/KeyTap.h"
+#include "tests/support/FakeEngineHome.h"
 #include "tests/support/ServicesHome.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/XDisplay.h"
@@ -7,6 +8,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QFile>
 #include <QScreen>
 #include <QTest>
 #include <QWindow>
@@ -25,8 +27,29 @@ QStringList readOut()
         const QAccessibleInterface *scene = QAccessible::queryAccessibleInterface(window);
         if (!window->inherits("QQuickWindow") || !window->isVisible() || !scene || !scene->child(0))
             continue;
-        const QAccessibleInterface *capsule = scene->child(0);
-        return {capsule->text(QAccessible::Name), capsule->text(QAccessible::Description)};
+        return {scene->child(0)->text(QAccessible::Name), scene->child(0)->text(QAccessible::Description)};
+    }
+    return {};
+}
+
+/// The words so far, as a screen reader reads them.
+QString wordsReadOut(const QAccessibleInterface *within)
+{
+    for (int i = 0; within && i < within->childCount(); ++i) {
+        const QAccessibleInterface *child = within->child(i);
+        if (child->role() == QAccessible::StaticText && !child->state().invisible)
+            return child->text(QAccessible::Name);
+        if (const QString words = wordsReadOut(child); !words.isEmpty())
+            return words;
+    }
+    return {};
+}
+
+QString wordsReadOut()
+{
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (window->inherits("QQuickWindow") && window->isVisible())
+            return wordsReadOut(QAccessible::queryAccessibleInterface(window));
     }
     return {};
 }
@@ -73,6 +96,39 @@ private Q_SLOTS:
         sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
         QTRY_VERIFY(waveformIsHigh());
         QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · ✕ — отмена"_s);
+
+        services.dictation()->cancel();
+        QTRY_COMPARE(readOut(), QStringList());
+    }
+
+    void showsTheWordsWhenSpeechPauses()
+    {
+        if (!SoundServer::isInstalled())
+            QSKIP("there is no PulseAudio to make a microphone with");
+        const FakeEngineHome engine(u"whisper-server"_s);
+        engine.behave({.answers = {{u"/inference"_s,
+                                    {{.body = R"({"language":"russian","segments":[{"start":0,"end":2,)"
+                                              R"("text":" Первые слова."}]})"}}}}});
+        const QString capture = u"/orvane-capture.so"_s;
+        QVERIFY(QFile::link(QStringLiteral(ORVANE_RESOURCES) + capture, engine.resources() + capture));
+        SoundServer sound;
+        sound.enter();
+        sound.plugIn(u"mic"_s);
+        const KeyTap keys;
+        DictationPanel panel(QStringLiteral(ORVANE_RESOURCES), keys);
+        ServicesHome home;
+        AppServices services(home.onDesktop(engine.resources(), &panel));
+        ServicesHome::install(services.models(), WhisperModel::catalog().first());
+
+        services.dictation()->start();
+        QTRY_VERIFY(!readOut().isEmpty());
+        QTest::qWait(500);
+        const QString tone = sound.control({u"load-module"_s, u"module-sine"_s, u"sink=mic_speech"_s});
+        QTest::qWait(1500);
+        QCOMPARE(wordsReadOut(), QString());
+        sound.control({u"unload-module"_s, tone.trimmed()});
+        QTRY_COMPARE(wordsReadOut(), u"Первые слова."_s);
+        QCOMPARE(home.injector.texts, QStringList());
 
         services.dictation()->cancel();
         QTRY_COMPARE(readOut(), QStringList());

@@ -211,6 +211,8 @@ private Q_SLOTS:
         m_settings.setDictationMode(DictationMode::Email);
         m_controller->show();
         QTRY_COMPARE(pixel(emailChip + QPoint(-28, 0)), accent);
+        QSignalSpy frames(sceneWindow(), SIGNAL(frameSwapped()));
+        QTRY_VERIFY(!frames.wait(500)); // what was animated stands still
         const QImage before = screen(place);
         const QColor desktop = pixel({0, 0});
         QCOMPARE(pixel(placeOfWords.center()), desktop);
