@@ -47,6 +47,11 @@ void *operator new[](size_t size)
     return ::operator new(size);
 }
 
+void *operator new[](size_t size, const std::nothrow_t &none) noexcept
+{
+    return size >= refusedFrom ? nullptr : ::operator new(size, none);
+}
+
 void operator delete[](void *memory) noexcept
 {
     ::operator delete(memory);

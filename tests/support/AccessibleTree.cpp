@@ -61,6 +61,7 @@ QList<QStringList> textsOf(const QVariant &answer, int count)
         }
         lists.append(texts);
     }
+    list.endArray();
     return lists;
 }
 

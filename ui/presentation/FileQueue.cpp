@@ -21,6 +21,7 @@ FileQueue::FileQueue(Transcriber transcriber, QObject *parent)
 FileQueue::~FileQueue()
 {
     m_scope.end();
+    m_stop.request_stop();
 }
 
 void FileQueue::add(const QList<QUrl> &urls)
