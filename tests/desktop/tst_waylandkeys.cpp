@@ -4,6 +4,9 @@
 #include "tests/support/WaylandEditor.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -155,6 +158,29 @@ private Q_SLOTS:
         QTRY_COMPARE(terminal.text(), before + u"s\x1b"_s);
     }
 
+    void userChoosesAnotherKey()
+    {
+        if (isSway)
+            QSKIP("sway's keys are chosen in its configuration");
+        m_tap.reset();
+        setKey({u"another.program"_s, u"x"_s, u"Another"_s, u"X"_s}, Qt::CTRL | Qt::ALT | Qt::Key_Space);
+        setKey(toggleIdentity, Qt::META | Qt::Key_J);
+        m_tap = std::make_unique<WaylandKeyTap>();
+        m_tap->install();
+        QTRY_VERIFY(m_tap->isActive());
+        QCOMPARE(m_tap->shortcuts()->once, u"Meta+J"_s);
+        QSignalSpy toggled(m_tap.get(), &KeyTap::togglePressed);
+        m_compositor->tap({KEY_LEFTMETA, KEY_J});
+        QTRY_COMPARE(toggled.size(), 1);
+
+        setKey(toggleIdentity, QKeyCombination::fromCombined(0));
+        QTRY_COMPARE(m_tap->shortcuts()->taken, QStringList{u"Ctrl+Alt+Space"_s});
+        setKey({u"another.program"_s, u"x"_s, u"Another"_s, u"X"_s}, QKeyCombination::fromCombined(0));
+        setKey(toggleIdentity, Qt::CTRL | Qt::ALT | Qt::Key_Space);
+        QTRY_COMPARE(m_tap->shortcuts()->once, u"Ctrl+Alt+Space"_s);
+        QCOMPARE(m_tap->shortcuts()->taken, QStringList());
+    }
+
     void configurationIsReadAgain()
     {
         if (!isSway)
@@ -180,6 +206,25 @@ private Q_SLOTS:
 private:
     /// KWin gives a terminal of its own kind no window without a graphics card.
     static constexpr Kind terminalKind = isSway ? Kind::Terminal : Kind::X11Terminal;
+
+    static inline const QStringList toggleIdentity = {u"com.orvane.Orvane"_s, u"toggle"_s, u"Orvane"_s,
+                                                      u"Toggle"_s};
+
+    /// As the user's settings of keys do it.
+    static void setKey(const QStringList &identity, QKeyCombination key)
+    {
+        qDBusRegisterMetaType<QList<int>>();
+        for (const QString &method : {u"doRegister"_s, u"setForeignShortcut"_s}) {
+            QDBusMessage call = QDBusMessage::createMethodCall(u"org.kde.kglobalaccel"_s, u"/kglobalaccel"_s,
+                                                               u"org.kde.KGlobalAccel"_s, method);
+            QVariantList arguments = {identity};
+            if (method == "setForeignShortcut"_L1)
+                arguments << QVariant::fromValue(QList<int>{key.toCombined()});
+            call.setArguments(arguments);
+            const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
+            QCOMPARE(answer.errorMessage(), QString());
+        }
+    }
 
     void startCompositor()
     {
