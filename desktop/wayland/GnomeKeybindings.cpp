@@ -1,5 +1,7 @@
 #include "desktop/wayland/GnomeKeybindings.h"
 
+#include "desktop/wayland/GnomeAccelerator.h"
+
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -116,23 +118,13 @@ QStringList boundOutside(const QString &prefix)
     QStringList bound;
     for (const QString &schema : schemas) {
         for (const QString &text : textsIn(gsettings({u"list-recursively"_s, schema}).value_or(QString())))
-            bound << normalised(text);
+            bound << GnomeAccelerator::normalised(text);
     }
     for (const QString &path : paths().value_or(QStringList())) {
         if (!isOurs(path, prefix))
-            bound << normalised(value(path, u"binding"_s));
+            bound << GnomeAccelerator::normalised(value(path, u"binding"_s));
     }
     return bound;
-}
-
-QString normalised(const QString &accelerator)
-{
-    QString text = accelerator.toLower();
-    text.replace(u"<primary>"_s, u"<control>"_s).replace(u"<ctrl>"_s, u"<control>"_s);
-    QStringList modifiers = text.split(u'>');
-    const QString key = modifiers.takeLast();
-    modifiers.sort();
-    return (modifiers << key).join(u'>');
 }
 
 } // namespace orvane::GnomeKeybindings

@@ -24,10 +24,8 @@ struct Keybinding
 /// Adds it, or replaces the one of its folder; false when the settings do not take it.
 [[nodiscard]] bool set(const Keybinding &keybinding);
 
-/// Every key that GNOME or the user has bound, but those of our folders, as normalised() has them.
+/// Every key that GNOME or the user has bound, but those of our folders, as GnomeAccelerator
+/// has them normalised.
 [[nodiscard]] QStringList boundOutside(const QString &prefix);
-
-/// The same for every order and every name of the modifiers.
-[[nodiscard]] QString normalised(const QString &accelerator);
 
 } // namespace orvane::GnomeKeybindings

@@ -2,7 +2,7 @@
 
 #include "base/Async.h"
 #include "base/localization/Localization.h"
-#include "settings/TriggerName.h"
+#include "desktop/wayland/GnomeAccelerator.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -16,16 +16,13 @@ namespace orvane {
 
 namespace {
 
+using GnomeAccelerator::acceleratorOf;
+using GnomeAccelerator::nameOf;
 using GnomeKeybindings::Keybinding;
 
 const QString prefix = u"orvane-"_s;
 const QString tapFolder = u"orvane-tap"_s;
 const QString toggleFolder = u"orvane-toggle"_s;
-
-QString acceleratorOf(TriggerKey trigger)
-{
-    return trigger == TriggerKey::RightOption ? u"Alt_R"_s : u"Control_R"_s;
-}
 
 QString commandFor(const QString &word)
 {
@@ -43,24 +40,6 @@ std::array<Keybinding, 2> keybindings(TriggerKey trigger)
               .name = u"Orvane: "_s + Localization::text(u"Начать или закончить диктовку"),
               .command = commandFor(u"toggle"_s),
               .accelerator = u"<Control><Alt>space"_s}}};
-}
-
-/// As the user calls it.
-QString nameOf(const QString &accelerator)
-{
-    for (const TriggerKey trigger : triggerKeys) {
-        if (accelerator == acceleratorOf(trigger))
-            return triggerName(trigger).toString();
-    }
-    QStringList names = GnomeKeybindings::normalised(accelerator).remove(u'<').split(u'>');
-    for (QString &name : names) {
-        if (name == "control"_L1)
-            name = u"ctrl"_s;
-        if (!name.isEmpty())
-            name.front() = name.front().toUpper();
-    }
-    std::ranges::partition(names, [](const QString &name) { return name == "Ctrl"_L1; });
-    return names.join(u'+');
 }
 
 } // namespace
@@ -130,7 +109,7 @@ GnomeShortcuts::Written GnomeShortcuts::write(TriggerKey trigger)
     Written written;
     const QStringList others = GnomeKeybindings::boundOutside(prefix);
     for (const Keybinding &keybinding : keybindings(trigger)) {
-        if (others.contains(GnomeKeybindings::normalised(keybinding.accelerator)))
+        if (others.contains(GnomeAccelerator::normalised(keybinding.accelerator)))
             written.taken.append(nameOf(keybinding.accelerator));
         else if (!GnomeKeybindings::set(keybinding))
             written.isTakenIn = false;

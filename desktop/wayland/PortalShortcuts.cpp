@@ -2,6 +2,7 @@
 
 #include "base/localization/Localization.h"
 #include "desktop/BusCall.h"
+#include "desktop/wayland/GnomeAccelerator.h"
 #include "settings/TriggerName.h"
 
 #include <QDBusArgument>
@@ -184,7 +185,8 @@ void PortalShortcuts::publish(const QVariant &shortcuts, TriggerKey trigger)
 {
     m_shortcuts = {.giver = Shortcuts::Giver::Portal};
     for (const PortalShortcut &shortcut : qdbus_cast<QList<PortalShortcut>>(shortcuts)) {
-        const QString said = shortcut.about.value(u"trigger_description"_s).toString();
+        const QString said =
+            GnomeAccelerator::nameIn(shortcut.about.value(u"trigger_description"_s).toString());
         if (shortcut.id == tapId)
             m_shortcuts.twice = said.isEmpty() ? triggerName(trigger).toString() : said;
         else if (shortcut.id == toggleId)

@@ -63,6 +63,7 @@ private Q_SLOTS:
         QCOMPARE(m_portal->calls.constFirst(), u"Register"_s);
         QVERIFY(m_tap->escapeIsMissing());
         QCOMPARE(m_tap->shortcuts()->once, u"CTRL+ALT+space"_s);
+        QCOMPARE(m_tap->shortcuts()->twice, u"правый Ctrl"_s);
 
         QSignalSpy toggled(m_tap.get(), &KeyTap::togglePressed);
         QSignalSpy tapped(m_tap.get(), &KeyTap::triggerKeyChanged);
@@ -71,8 +72,8 @@ private Q_SLOTS:
         QTRY_COMPARE(tapped.size(), 2); // down and up
         QCOMPARE(toggled.size(), 1);
 
-        m_portal->changeTrigger(u"toggle"_s, u"Super+D"_s);
-        QTRY_COMPARE(m_tap->shortcuts()->once, u"Super+D"_s);
+        m_portal->changeTrigger(u"toggle"_s, u"Press <Alt><Control>space"_s);
+        QTRY_COMPARE(m_tap->shortcuts()->once, u"Ctrl+Alt+Space"_s);
         QVERIFY(m_tap->shortcuts()->twice.isEmpty());
     }
 
