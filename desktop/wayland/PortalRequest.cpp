@@ -10,12 +10,19 @@ using namespace Qt::StringLiterals;
 
 namespace orvane {
 
+namespace {
+
+/// At the beginning of a session everything starts at once, the portal among it.
+constexpr std::chrono::seconds startLimit{60};
+
+} // namespace
+
 QCoro::Task<> PortalRequest::introduce(QDBusConnection bus)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
         service, path, u"org.freedesktop.host.portal.Registry"_s, u"Register"_s);
     call.setArguments({u"com.orvane.Orvane"_s, QVariantMap()});
-    co_await BusCall::answerTo(call, bus);
+    co_await BusCall::answerTo(call, bus, startLimit);
 }
 
 QCoro::Task<uint> PortalRequest::versionOf(QString interface, QDBusConnection bus)
@@ -23,7 +30,7 @@ QCoro::Task<uint> PortalRequest::versionOf(QString interface, QDBusConnection bu
     QDBusMessage call =
         QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     call.setArguments({interface, u"version"_s});
-    const QDBusMessage answer = co_await BusCall::answerTo(call, bus);
+    const QDBusMessage answer = co_await BusCall::answerTo(call, bus, startLimit);
     if (answer.type() != QDBusMessage::ReplyMessage)
         co_return 0U;
     co_return answer.arguments().value(0).value<QDBusVariant>().variant().toUInt();
