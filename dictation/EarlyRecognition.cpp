@@ -21,6 +21,8 @@ namespace {
 constexpr size_t longestSlip = sampleRate * 3 / 10;
 /// Dictations are in any language, whatever the files are in.
 constexpr auto anyLanguage = "auto"_L1;
+/// In a word or two the engine may take one language for another.
+constexpr size_t enoughForLanguage = 3 * sampleRate;
 
 } // namespace
 
@@ -133,6 +135,7 @@ void EarlyRecognition::useChosenModel()
 
 QCoro::Task<> EarlyRecognition::recognise(std::vector<float> samples, size_t end, std::stop_token stop)
 {
+    const bool isEnough = m_speech.speech() >= enoughForLanguage;
     const RecognisedSpeech speech =
         co_await m_scope(m_services.engine.transcribe(std::move(samples), m_model, m_language,
                                                       WhisperServerEngine::NonSpeech::Suppress, stop),
@@ -140,7 +143,7 @@ QCoro::Task<> EarlyRecognition::recognise(std::vector<float> samples, size_t end
     QString text;
     for (const RawSegment &segment : speech.segments)
         text += segment.text;
-    if (!text.isEmpty() && !speech.language.isEmpty())
+    if (isEnough && !text.isEmpty() && !speech.language.isEmpty())
         m_language = speech.language;
     m_text.add(end, text);
     Q_EMIT liveTextChanged();

@@ -11,7 +11,7 @@ constexpr size_t minNewSpeech = 3 * sampleRate;
 /// recognition of the whole.
 constexpr size_t freeCount = 2;
 constexpr size_t timeOfEachMore = 20 * sampleRate;
-/// Until then only a pause so long that it may be the end is worth a snapshot.
+/// So soon after the last one only a pause so long that it may be the end is worth another.
 constexpr size_t soon = 10 * sampleRate;
 constexpr size_t longPause = sampleRate;
 
@@ -21,11 +21,12 @@ bool SnapshotRhythm::allows(const PauseDetector &speech, size_t heard) const
 {
     if (!speech.isPausing())
         return false;
+    const bool isLong = speech.pauses().back().length() >= longPause;
+    const bool isEnough = speech.speech() - m_speechThen >= minNewSpeech;
     if (m_count == 0)
-        return true;
+        return isEnough || isLong;
     const size_t since = heard - m_begun;
-    return speech.speech() - m_speechThen >= minNewSpeech && m_count < freeCount + heard / timeOfEachMore &&
-           (since >= soon || speech.pauses().back().length() >= longPause) &&
+    return isEnough && (isLong || since >= soon) && m_count < freeCount + heard / timeOfEachMore &&
            since >= 2 * m_answerTime; // a slow engine is to be idle most of the time
 }
 

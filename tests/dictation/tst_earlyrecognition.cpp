@@ -89,7 +89,7 @@ private Q_SLOTS:
     {
         QFETCH(const int, delay);
         answer({saying(" one", delay), saying(" two")});
-        speak(3);
+        speak(4);
         pause(0.5);
         if (delay == 0)
             QTRY_COMPARE(m_recognition->liveText(), (LiveText{.settled = {}, .unsettled = u"one"_s}));
@@ -101,13 +101,24 @@ private Q_SLOTS:
     void restIsRecognisedInTheLanguageFound()
     {
         answer({saying(" one"), saying(" one two.\n")});
-        speak(3);
+        speak(4);
         pause(0.5);
         QTRY_COMPARE(m_recognition->liveText().unsettled, u"one"_s);
         speak(2);
         QCOMPARE(textAtEnd(), u"one two."_s);
         QCOMPARE(languages(), (QList<QByteArray>{"auto", "english"}));
-        QCOMPARE(lengths(), (QList<int>{4, 6}));
+        QCOMPARE(lengths(), (QList<int>{5, 7}));
+    }
+
+    void languageOfAWordIsNotBelieved()
+    {
+        answer({saying(" one"), saying(" one two")});
+        speak(1.5);
+        pause(1);
+        QTRY_COMPARE(m_answered, 1);
+        speak(2);
+        QCOMPARE(textAtEnd(), u"one two"_s);
+        QCOMPARE(languages(), (QList<QByteArray>{"auto", "auto"}));
     }
 
     void farSpeechIsSettled()
@@ -147,13 +158,13 @@ private Q_SLOTS:
         row("a meeting holds the engine", [](auto *test) { test->m_turn = test->m_turns.take(); });
         row("the battery is low", [](auto *test) { test->m_battery.low = true; });
         row("little has been said", [](auto *test) {
-            test->speak(3);
+            test->speak(4);
             test->pause(0.5);
             QTRY_COMPARE(test->m_answered, 1);
             test->speak(2);
         });
         row("the engine is slow", [](auto *test) {
-            test->speak(3);
+            test->speak(4);
             test->pause(0.5);
             test->speak(9); // while it works
             QTRY_COMPARE(test->m_answered, 1);
@@ -175,7 +186,7 @@ private Q_SLOTS:
     void engineDiesInASnapshot()
     {
         answer({{.ending = Ending::EngineDies}});
-        speak(3);
+        speak(4);
         pause(0.5);
         QTRY_VERIFY(!m_engine->isRunning());
         answer({saying(" one")});
@@ -186,7 +197,7 @@ private Q_SLOTS:
 
     void anotherModelIsChosen()
     {
-        speak(3);
+        speak(4);
         pause(0.5);
         QTRY_COMPARE(m_answered, 1);
         answer({saying(" all")});
@@ -210,7 +221,7 @@ private Q_SLOTS:
         answer({{.status = 500}});
         if (!isModelThere)
             m_model.clear();
-        speak(3);
+        speak(4);
         pause(0.5);
         const auto text = finished(m_recognition->textOf(m_recorded, {}));
         QVERIFY2(text.error().contains(isModelThere ? u"HTTP 500"_s : u"скачайте модель"_s),
@@ -228,7 +239,7 @@ private Q_SLOTS:
     {
         QFETCH(const bool, hasEnded);
         answer({FakeAnswer::never()});
-        speak(3);
+        speak(4);
         pause(0.5);
         QTRY_COMPARE(requests().size(), 1);
         std::stop_source stop;
