@@ -36,8 +36,10 @@ constexpr int patience = 60'000;
 /// Between two looks: few enough to take nothing from the engine, which wants every core.
 constexpr int step = 3;
 constexpr int betweenPresses = 120;
-/// After the speech, so that the first recording is longer than the loading of the model.
+/// Before the speech, so that the first recording is longer than the loading of the model.
 constexpr int silence = 2000;
+/// From the last word to the stop.
+constexpr int lastWord = 200;
 constexpr int untilIdle = 5000;
 constexpr int idleTime = 20'000;
 constexpr int recordingTime = 10'000;
@@ -154,8 +156,9 @@ void DictationBench::dictate(FocusedEditor &editor, const QString &which)
             indicator = milliseconds(started);
         return recording > 0 && indicator > 0;
     });
-    m_sound.speak(microphone, m_speech);
     QThread::msleep(silence);
+    m_sound.speak(microphone, m_speech);
+    QThread::msleep(lastWord); // too short for anything to be recognised before the stop
 
     QElapsedTimer stopped;
     pressTwice(stopped);
@@ -170,7 +173,7 @@ void DictationBench::dictate(FocusedEditor &editor, const QString &which)
     note(which + u"Unrecorded"_s, double(started.msecsTo(stopped)) - request.recordedTime());
     note(which + u"Text"_s, text);
     QThread::msleep(silence); // so that the engine is as rested as the program found it
-    note(which + u"Curl"_s, request.timeOfCurl(engineAddress()));
+    note(which + u"Curl"_s, timeOfCurl(request.path(), engineAddress()));
 }
 
 void DictationBench::pressTwice(QElapsedTimer &sinceSecond)

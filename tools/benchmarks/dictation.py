@@ -3,10 +3,11 @@
 import json
 from statistics import median
 
-from benchmarks.report import fixture_environment, peer, program, run
+from benchmarks.report import ROOT, fixture_environment, peer, program, run
 
 STARTS = 3
 ROUNDS = 4
+SPOKEN_ROUNDS = 20
 SETTLING = 80  # ms that the program waits, by design, between the indicator's going and the paste
 
 
@@ -36,4 +37,31 @@ def bench_dictation(report, _folder):
         report.add(what, seen[name][0], limit, unit)
 
 
-BENCHES = [bench_dictation]
+def bench_speaking(report, _folder):
+    text = ROOT / "tools/benchmarks/texts/english.txt"
+    seen = json.loads(run([program("bench-speaking"), text, SPOKEN_ROUNDS], env=fixture_environment()))
+
+    def against_curl(name):
+        return [text / (curl + SETTLING) for text, curl in zip(seen[f"{name}Text"], seen[f"{name}Curl"])]
+
+    def times(name):
+        return f"{median(seen[f'{name}Text']):.0f} ms, curl {median(seen[f'{name}Curl']):.0f} ms, {len(seen[f'{name}Text'])} times"
+
+    report.add("11 s, stop when the engine rests: from the press to the text", median(seen["restedText"]), 160, " ms",
+               detail=times("rested"))
+    brief = against_curl("brief")
+    report.add("11 s, stop 0.3 s after the last word, against curl with the whole: median", median(brief), 1.0,
+               detail=times("brief"))
+    report.add("the same, worst", max(brief), 1.5)
+    report.add("114 s, stop 0.5 s after the last word, against 11 s", median(seen["longText"]) / median(seen["halfText"]),
+               1.3, detail=f"{times('long')}; 11 s: {times('half')}")
+    report.add("11 s without a pause, against curl with the whole", median(against_curl("breathless")), 1.05,
+               detail=times("breathless"))
+    processor = [ours / curl for ours, curl in zip(seen["minuteProcessor"], seen["minuteCurlProcessor"])]
+    report.add("the engine's processor time for 60 s, against curl with the whole", median(processor), 1.6,
+               detail=f"{median(seen['minuteProcessor']) / 1000:.1f} s")
+    wrong = max(max(seen[name]) for name in seen if name.endswith("Errors"))
+    report.add("words that are not what was said, at most", wrong * 100, 20, " %")
+
+
+BENCHES = [bench_dictation, bench_speaking]

@@ -14,8 +14,9 @@ namespace orvane {
 namespace {
 
 constexpr int bytesPerMillisecond = 16 * 2;
+constexpr int headerSize = 44;
 constexpr int sizeOffset = 40; // of the samples' size, in the header of a WAV file
-constexpr int patience = 60'000;
+constexpr int patience = 240'000;
 
 } // namespace
 
@@ -32,7 +33,7 @@ void KeptRequest::look()
         return;
     const QDir folder(m_folder);
     // The program deletes its file; under another name it stays.
-    for (const QString &name : folder.entryList({u"orvane-upload-*"_s}, QDir::Files)) {
+    for (const QString &name : folder.entryList({u"orvane-*.wav"_s}, QDir::Files)) {
         std::error_code error;
         std::filesystem::create_hard_link(folder.filePath(name).toStdString(), m_path.toStdString(), error);
     }
@@ -40,30 +41,26 @@ void KeptRequest::look()
 
 double KeptRequest::recordedTime() const
 {
-    const QByteArray request = content();
-    const qsizetype wav = request.indexOf("RIFF");
-    return double(qFromLittleEndian<quint32>(request.constData() + wav + sizeOffset)) / bytesPerMillisecond;
-}
-
-double KeptRequest::timeOfCurl(const QString &address) const
-{
-    const QByteArray boundary = content().split('\r').constFirst().mid(2);
-    QProcess curl;
-    curl.start(u"curl"_s, {u"--silent"_s, u"--fail"_s, u"--noproxy"_s, u"*"_s, u"--output"_s,
-                           QProcess::nullDevice(), u"--write-out"_s, u"%{time_total}"_s, u"--header"_s,
-                           u"Content-Type: multipart/form-data; boundary="_s + QString::fromLatin1(boundary),
-                           u"--data-binary"_s, u'@' + m_path, address});
-    if (!curl.waitForFinished(patience) || curl.exitCode() != 0)
-        qFatal("curl has failed");
-    return curl.readAllStandardOutput().toDouble() * 1000;
-}
-
-QByteArray KeptRequest::content() const
-{
     QFile file(m_path);
     if (!file.open(QFile::ReadOnly))
         qFatal("the program has sent no request");
-    return file.readAll();
+    return double(qFromLittleEndian<quint32>(file.read(headerSize).constData() + sizeOffset)) /
+           bytesPerMillisecond;
+}
+
+double timeOfCurl(const QString &recording, const QString &address)
+{
+    QStringList arguments{u"--silent"_s, u"--fail"_s,    u"--noproxy"_s,   u"*"_s,
+                          u"--output"_s, u"/dev/null"_s, u"--write-out"_s, u"%{time_total}"_s};
+    for (const QString &field : {u"response_format=verbose_json"_s, u"language=auto"_s, u"temperature=0.0"_s,
+                                 u"no_language_probabilities=true"_s, u"split_on_word=true"_s,
+                                 u"suppress_nst=true"_s, u"file=@"_s + recording})
+        arguments += {u"--form"_s, field};
+    QProcess curl;
+    curl.start(u"curl"_s, arguments + QStringList(address));
+    if (!curl.waitForFinished(patience) || curl.exitCode() != 0)
+        qFatal("curl has failed");
+    return curl.readAllStandardOutput().toDouble() * 1000;
 }
 
 } // namespace orvane

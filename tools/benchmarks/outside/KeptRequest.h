@@ -1,11 +1,10 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 namespace orvane {
 
-/// A request to the speech engine as the program sent it, to send it again.
+/// The recording that the program sent to the speech engine, to send it again.
 class KeptRequest
 {
 public:
@@ -20,14 +19,15 @@ public:
 
     /// Milliseconds of its recording.
     [[nodiscard]] double recordedTime() const;
-    /// Milliseconds until the engine at that address has answered it to curl.
-    [[nodiscard]] double timeOfCurl(const QString &address) const;
+    [[nodiscard]] QString path() const { return m_path; }
 
 private:
-    [[nodiscard]] QByteArray content() const;
-
     const QString m_folder;
     const QString m_path;
 };
+
+/// Milliseconds until the engine at that address has answered curl, which sends it the whole recording as the
+/// program would.
+[[nodiscard]] double timeOfCurl(const QString &recording, const QString &address);
 
 } // namespace orvane

@@ -1,0 +1,216 @@
+// compare-joined RESOURCES MODEL TEXTS…: recognises recordings twice, as a whole and as a dictation that is
+// recognised while it is spoken, and prints a row of a table for each: how the words differ. A file of TEXTS
+// has one sentence in a line, with a bar wherever the speaker may pause; one that ends in .wav is a recording
+// with what it says in a file beside it.
+
+#include "dictation/Battery.h"
+#include "dictation/EarlyRecognition.h"
+#include "engine/EngineProcessRegistry.h"
+#include "engine/EngineTurns.h"
+#include "recognition/WhisperServerEngine.h"
+#include "tests/support/Speech.h"
+#include "tests/support/TaskResult.h"
+#include "tests/support/WordError.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <random>
+
+using namespace Qt::StringLiterals;
+using namespace orvane;
+using namespace orvane::test;
+
+namespace {
+
+constexpr size_t delivery = sampleRate / 10;
+constexpr double shortestPause = 0.2;
+constexpr double longestPause = 2;
+constexpr double roomNoise = -60;                              // decibels
+constexpr std::array lengths = {10, 20, 40, 60, 90, 120, 180}; // seconds, at least
+
+struct Recording
+{
+    QString name;
+    Speech speech;
+    QString said;
+};
+
+QString contentOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QFile::ReadOnly))
+        qFatal("%s cannot be read", qPrintable(path));
+    return QString::fromUtf8(file.readAll());
+}
+
+/// Sentences of the file, from the one of that number on, until the recording is that long.
+Recording spoken(const QString &path, int seconds, qsizetype firstSentence, unsigned seed)
+{
+    static QHash<QString, Speech> said; // a voice takes a second for a sentence
+    const QString name = QFileInfo(path).baseName();
+    const auto voice = name == u"russian" ? Speech::Voice::Russian : Speech::Voice::English;
+    const QStringList sentences = contentOf(path).split(u'\n', Qt::SkipEmptyParts);
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> pause(shortestPause, longestPause);
+    Recording recording{.name = u"%1, %2"_s.arg(name).arg(seed), .speech = {}, .said = {}};
+    for (qsizetype i = firstSentence; recording.speech.seconds() < seconds; ++i) {
+        for (const QString &part : sentences[i % sentences.size()].split(u'|')) {
+            if (!said.contains(part))
+                said[part].say(part, voice);
+            recording.speech.add(said[part].samples());
+            recording.speech.pause(pause(random));
+            recording.said += part + u' ';
+        }
+    }
+    recording.speech.addNoise(roomNoise);
+    return recording;
+}
+
+Recording recorded(const QString &path)
+{
+    Recording recording{
+        .name = QFileInfo(path).baseName(), .speech = {}, .said = contentOf(path.chopped(3) + u"txt"_s)};
+    recording.speech.play(path);
+    return recording;
+}
+
+QString textOf(const RecognisedSpeech &speech)
+{
+    QString text;
+    for (const RawSegment &segment : speech.segments)
+        text += segment.text;
+    return text.trimmed();
+}
+
+class Comparison
+{
+public:
+    Comparison(const QString &resources, const QString &model);
+
+    void compare(const Recording &recording);
+    void printTotal() const;
+
+private:
+    struct Joined
+    {
+        QString text;
+        int snapshots = 0;
+    };
+    [[nodiscard]] QString whole(const std::vector<float> &samples);
+    [[nodiscard]] Joined joined(const std::vector<float> &samples);
+
+    const QString m_model;
+    QTemporaryDir m_folder;
+    EngineProcessRegistry m_registry{m_folder.filePath(u"pids.txt"_s)};
+    WhisperServerEngine m_engine;
+    EngineTurns m_turns;
+    Battery m_battery;
+    struct
+    {
+        double words = 0, different = 0, wholeWrong = 0, joinedWrong = 0;
+    } m_total;
+};
+
+Comparison::Comparison(const QString &resources, const QString &model)
+    : m_model(model),
+      m_engine({.resources = resources}, m_registry, m_folder.path())
+{
+    if (const auto load = finished(m_engine.load(model)); !load.succeeded())
+        qFatal("%s", qPrintable(load.error()));
+}
+
+QString Comparison::whole(const std::vector<float> &samples)
+{
+    const auto speech =
+        finished(m_engine.transcribe(samples, m_model, u"auto"_s, WhisperServerEngine::NonSpeech::Suppress));
+    if (!speech.succeeded())
+        qFatal("%s", qPrintable(speech.error()));
+    return textOf(speech.value());
+}
+
+Comparison::Joined Comparison::joined(const std::vector<float> &samples)
+{
+    size_t heard = 0;
+    int begun = 0;
+    int answered = 0;
+    const auto samplesAfter = [&](size_t first) {
+        // What was read before is read again for a snapshot only.
+        begun += first + delivery < heard ? 1 : 0;
+        return std::vector<float>(samples.begin() + std::ptrdiff_t(first),
+                                  samples.begin() + std::ptrdiff_t(heard));
+    };
+    EarlyRecognition recognition({.engine = m_engine,
+                                  .turns = m_turns,
+                                  .battery = m_battery,
+                                  .modelFile = [this] { return m_model; },
+                                  .samplesAfter = samplesAfter});
+    QObject::connect(&recognition, &EarlyRecognition::liveTextChanged, &recognition, [&] { ++answered; });
+    while (heard < samples.size()) {
+        heard = std::min(heard + delivery, samples.size());
+        recognition.hear();
+        // As if the engine took no time: that makes the most cuts.
+        while (answered < begun)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    const auto text = finished(recognition.textOf(samples, {}));
+    if (!text.succeeded())
+        qFatal("%s", qPrintable(text.error()));
+    return {.text = text.value(), .snapshots = begun};
+}
+
+void Comparison::compare(const Recording &recording)
+{
+    const QString asWhole = whole(recording.speech.samples());
+    const auto [text, snapshots] = joined(recording.speech.samples());
+    const double different = wordError(text, asWhole);
+    const double wholeWrong = wordError(asWhole, recording.said);
+    const double joinedWrong = wordError(text, recording.said);
+    std::printf("| %s | %.0f s | %d | %.1f %% | %.1f %% | %.1f %% |\n", qPrintable(recording.name),
+                recording.speech.seconds(), snapshots, 100 * different, 100 * wholeWrong, 100 * joinedWrong);
+    std::fflush(stdout);
+    if (different > 0)
+        std::fprintf(stderr, "%s\n  whole:  %s\n  joined: %s\n", qPrintable(recording.name),
+                     qPrintable(asWhole), qPrintable(text));
+    const auto words = double(wordsOf(recording.said).size());
+    m_total.words += words;
+    m_total.different += different * double(wordsOf(asWhole).size());
+    m_total.wholeWrong += wholeWrong * words;
+    m_total.joinedWrong += joinedWrong * words;
+}
+
+void Comparison::printTotal() const
+{
+    std::printf("| all, %.0f words | | | %.1f %% | %.1f %% | %.1f %% |\n", m_total.words,
+                100 * m_total.different / m_total.words, 100 * m_total.wholeWrong / m_total.words,
+                100 * m_total.joinedWrong / m_total.words);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (argc < 4) {
+        std::fputs("usage: compare-joined RESOURCES MODEL TEXTS…\n", stderr);
+        return 2;
+    }
+    Comparison comparison(arguments[1], arguments[2]);
+    for (const QString &path : arguments.mid(3)) {
+        if (path.endsWith(u".wav")) {
+            comparison.compare(recorded(path));
+            continue;
+        }
+        unsigned seed = 0;
+        for (const int seconds : lengths) {
+            ++seed;
+            comparison.compare(spoken(path, seconds, 5 * qsizetype(seed), seed));
+        }
+    }
+    comparison.printTotal();
+    return 0;
+}
