@@ -19,6 +19,8 @@ namespace {
 
 /// What is not longer than 0.3 s is a slip of the keys, not speech.
 constexpr size_t longestSlip = sampleRate * 3 / 10;
+/// Of the quiet at the end as much is recognised too, in case it holds a word after all.
+constexpr size_t lastQuiet = sampleRate;
 /// Dictations are in any language, whatever the files are in.
 constexpr auto anyLanguage = "auto"_L1;
 /// In a word or two the engine may take one language for another.
@@ -91,18 +93,17 @@ QCoro::Task<> EarlyRecognition::recogniseSoFar()
     co_await m_scope(recognise(std::move(samples), end, m_scope.stop()));
 }
 
-/// Where the speech pauses now, or paused before when that is more than the model takes in at once.
+/// In the pause that lasts, or in one before when that is more than the model takes in at once. In much quiet
+/// the engine hears words that nobody said.
 size_t EarlyRecognition::endOfSnapshot() const
 {
-    const size_t begin = m_text.begin();
-    if (m_heard - begin <= DictatedText::window)
-        return m_heard;
     const auto &pauses = m_speech.pauses();
-    const auto fits = [begin](const PauseDetector::Pause &pause) {
-        return pause.middle() <= begin + DictatedText::window;
+    const auto fits = [begin = m_text.begin()](const PauseDetector::Pause &pause) {
+        return pause.begin <= begin + DictatedText::window;
     };
     const auto last = std::find_if(pauses.rbegin(), pauses.rend(), fits);
-    return last == pauses.rend() || last->middle() <= begin ? m_heard : last->middle();
+    const bool brings = last != pauses.rend() && last->begin > m_text.begin();
+    return (brings ? *last : pauses.back()).begin + PauseDetector::minQuiet;
 }
 
 QCoro::Task<QString> EarlyRecognition::textOf(std::vector<float> recording, std::stop_token stop)
@@ -117,6 +118,8 @@ QCoro::Task<QString> EarlyRecognition::textOf(std::vector<float> recording, std:
     if (const std::optional<QString> text = m_text.whole(m_speech.speechEnd()))
         co_return *text;
     m_text.settle(m_heard, m_speech.pauses());
+    if (m_speech.speechEnd() > 0)
+        recording.resize(std::min(recording.size(), m_speech.speechEnd() + lastQuiet));
     recording.erase(recording.begin(), recording.begin() + std::ptrdiff_t(m_text.begin()));
     co_await m_scope(recognise(std::move(recording), m_heard, stop), stop);
     co_return m_text.whole(m_heard).value_or(QString());
