@@ -19,17 +19,24 @@ using namespace orvane::test;
 
 namespace {
 
+/// Null while it is not shown.
+QWindow *capsule()
+{
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (window->inherits("QQuickWindow") && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
 /// What a screen reader reads of the capsule: its title and what stands below it. Empty while it is not
 /// shown.
 QStringList readOut()
 {
-    for (QWindow *window : QGuiApplication::topLevelWindows()) {
-        const QAccessibleInterface *scene = QAccessible::queryAccessibleInterface(window);
-        if (!window->inherits("QQuickWindow") || !window->isVisible() || !scene || !scene->child(0))
-            continue;
-        return {scene->child(0)->text(QAccessible::Name), scene->child(0)->text(QAccessible::Description)};
-    }
-    return {};
+    const QAccessibleInterface *scene = QAccessible::queryAccessibleInterface(capsule());
+    if (!scene || !scene->child(0))
+        return {};
+    return {scene->child(0)->text(QAccessible::Name), scene->child(0)->text(QAccessible::Description)};
 }
 
 /// The words so far, as a screen reader reads them.
@@ -47,11 +54,7 @@ QString wordsReadOut(const QAccessibleInterface *within)
 
 QString wordsReadOut()
 {
-    for (QWindow *window : QGuiApplication::topLevelWindows()) {
-        if (window->inherits("QQuickWindow") && window->isVisible())
-            return wordsReadOut(QAccessible::queryAccessibleInterface(window));
-    }
-    return {};
+    return wordsReadOut(QAccessible::queryAccessibleInterface(capsule()));
 }
 
 /// Whether the newest of the 48 levels is drawn as loud.
@@ -97,8 +100,10 @@ private Q_SLOTS:
         QTRY_VERIFY(waveformIsHigh());
         QTRY_COMPARE(readOut().value(1), u"orvane toggle или меню — готово · ✕ — отмена"_s);
 
-        services.dictation()->cancel();
+        const QPoint cross(354, capsule()->height() - 100);
+        QTest::mouseClick(capsule(), Qt::LeftButton, {}, cross);
         QTRY_COMPARE(readOut(), QStringList());
+        QCOMPARE(services.dictation()->state(), DictationState::Idle);
     }
 
     void showsTheWordsWhenSpeechPauses()
