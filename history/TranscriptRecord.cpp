@@ -93,6 +93,21 @@ QString rawValue(RecordEvent::Kind kind)
     Q_UNREACHABLE();
 }
 
+QString title(RecordEvent::Kind kind)
+{
+    switch (kind) {
+    case RecordEvent::Kind::Transcription:
+        return Localization::text(u"Расшифровка");
+    case RecordEvent::Kind::Correction:
+        return Localization::text(u"Исправление текста");
+    case RecordEvent::Kind::Summary:
+        return Localization::text(u"Протокол");
+    case RecordEvent::Kind::Prompt:
+        return Localization::text(u"Вопрос");
+    }
+    Q_UNREACHABLE();
+}
+
 QByteArray TranscriptRecord::json() const
 {
     QJsonObject object{{u"id"_s, uuidText(id)},           {u"kind"_s, rawValue(kind)},

@@ -37,6 +37,8 @@ struct RecordEvent
 
 /// The word stored in record files.
 [[nodiscard]] QString rawValue(RecordEvent::Kind kind);
+/// What the user is shown.
+[[nodiscard]] QString title(RecordEvent::Kind kind);
 
 /// What the user calls speakers, by number; the others are called by their number.
 using SpeakerNames = QMap<qint64, QString>;

@@ -13,21 +13,6 @@ QString section(const QString &title, const QString &content)
     return u"\n── %1 ──\n%2\n"_s.arg(title, content.trimmed());
 }
 
-QString name(RecordEvent::Kind kind)
-{
-    switch (kind) {
-    case RecordEvent::Kind::Transcription:
-        return Localization::text(u"Расшифровка");
-    case RecordEvent::Kind::Correction:
-        return Localization::text(u"Исправление текста");
-    case RecordEvent::Kind::Summary:
-        return Localization::text(u"Протокол");
-    case RecordEvent::Kind::Prompt:
-        return Localization::text(u"Вопрос");
-    }
-    Q_UNREACHABLE();
-}
-
 QString transcript(const TranscriptRecord &record)
 {
     if (record.segments.isEmpty())
@@ -52,7 +37,7 @@ QString log(const QList<RecordEvent> &events)
 {
     QString lines;
     for (const RecordEvent &event : events)
-        lines += u"%1  %2\n"_s.arg(shownTime(event.ts), name(event.kind));
+        lines += u"%1  %2\n"_s.arg(shownTime(event.ts), title(event.kind));
     return lines;
 }
 

@@ -22,21 +22,6 @@ namespace orvane {
 
 namespace {
 
-QString titleOf(RecordEvent::Kind kind)
-{
-    switch (kind) {
-    case RecordEvent::Kind::Transcription:
-        return Localization::text(u"Расшифровка");
-    case RecordEvent::Kind::Correction:
-        return Localization::text(u"Исправление");
-    case RecordEvent::Kind::Summary:
-        return Localization::text(u"Протокол");
-    case RecordEvent::Kind::Prompt:
-        return Localization::text(u"Вопрос");
-    }
-    Q_UNREACHABLE();
-}
-
 QString modelName(const QString &id)
 {
     const auto model = std::ranges::find(WhisperModel::catalog(), id, &WhisperModel::id);
@@ -133,7 +118,7 @@ void OpenRecord::showEvents()
         const QString key = event.id.toString();
         const QString time = Spans::moment(event.ts);
         log.append(
-            {{u"key"_s, key}, {u"time"_s, time}, {u"what"_s, titleOf(event.kind)}, {u"text"_s, event.text}});
+            {{u"key"_s, key}, {u"time"_s, time}, {u"what"_s, orvane::title(event.kind)}, {u"text"_s, event.text}});
         if (event.prompt)
             questions.append({{u"key"_s, key},
                               {u"question"_s, *event.prompt},
