@@ -1,11 +1,8 @@
 #include "models/DownloadSession.h"
 
 #include "base/Error.h"
+#include "models/Curl.h"
 #include "models/Transfer.h"
-
-#include <curl/curl.h>
-
-#include <mutex>
 
 namespace orvane {
 
@@ -13,43 +10,38 @@ namespace {
 
 constexpr std::chrono::milliseconds maxPoll{250};
 
-CURLM *newMulti()
-{
-    static std::once_flag initialised;
-    std::call_once(initialised, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-    return curl_multi_init();
-}
-
 } // namespace
 
-DownloadSession::DownloadSession() : m_multi(newMulti(), [](CURLM *multi) { curl_multi_cleanup(multi); }) {}
+DownloadSession::DownloadSession()
+    : m_multi(curl().multi_init(), [](CURLM *multi) { curl().multi_cleanup(multi); })
+{}
 
 DownloadSession::~DownloadSession() = default;
 
 void DownloadSession::run(std::span<const std::unique_ptr<Transfer>> transfers, const std::stop_token &stop,
                           const std::function<void()> &afterRound)
 {
-    const std::stop_callback wake(stop, [this] { curl_multi_wakeup(m_multi.get()); });
+    const std::stop_callback wake(stop, [this] { curl().multi_wakeup(m_multi.get()); });
     for (const auto &transfer : transfers)
-        curl_multi_add_handle(m_multi.get(), transfer->handle());
+        curl().multi_add_handle(m_multi.get(), transfer->handle());
     try {
         runRounds(transfers, stop, afterRound);
     } catch (...) {
         for (const auto &transfer : transfers)
-            curl_multi_remove_handle(m_multi.get(), transfer->handle());
+            curl().multi_remove_handle(m_multi.get(), transfer->handle());
         throw;
     }
     for (const auto &transfer : transfers)
-        curl_multi_remove_handle(m_multi.get(), transfer->handle());
+        curl().multi_remove_handle(m_multi.get(), transfer->handle());
 }
 
 void DownloadSession::waitUntilReadable(int descriptor, std::chrono::milliseconds limit,
                                         const std::stop_token &stop)
 {
-    const std::stop_callback wake(stop, [this] { curl_multi_wakeup(m_multi.get()); });
+    const std::stop_callback wake(stop, [this] { curl().multi_wakeup(m_multi.get()); });
     throwIfCancelled(stop);
     curl_waitfd waited{.fd = descriptor, .events = CURL_WAIT_POLLIN, .revents = 0};
-    curl_multi_poll(m_multi.get(), &waited, 1, static_cast<int>(limit.count()), nullptr);
+    curl().multi_poll(m_multi.get(), &waited, 1, static_cast<int>(limit.count()), nullptr);
     throwIfCancelled(stop);
 }
 
@@ -58,7 +50,7 @@ void DownloadSession::runRounds(std::span<const std::unique_ptr<Transfer>> trans
 {
     for (size_t ended = 0;;) {
         int running = 0;
-        curl_multi_perform(m_multi.get(), &running);
+        curl().multi_perform(m_multi.get(), &running);
         afterRound();
         throwIfCancelled(stop);
         ended += takeEnded();
@@ -66,7 +58,7 @@ void DownloadSession::runRounds(std::span<const std::unique_ptr<Transfer>> trans
             return;
         for (const auto &transfer : transfers)
             transfer->throwIfIdle();
-        curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(maxPoll.count()), nullptr);
+        curl().multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(maxPoll.count()), nullptr);
     }
 }
 
@@ -74,7 +66,7 @@ size_t DownloadSession::takeEnded()
 {
     size_t ended = 0;
     int left = 0;
-    while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
+    while (const CURLMsg *message = curl().multi_info_read(m_multi.get(), &left)) {
         if (message->msg != CURLMSG_DONE)
             continue;
         Transfer::of(message->easy_handle).finish(message->data.result);

@@ -1,10 +1,9 @@
 #include "models/SystemProxy.h"
 
 #include "base/system/Loopback.h"
+#include "models/Curl.h"
 
 #include <QNetworkProxyFactory>
-
-#include <curl/curl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,17 +24,17 @@ void apply(CURL *handle, const QUrl &url)
         isLoopback(url.host()) ? QNetworkProxy(QNetworkProxy::NoProxy)
                                : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url)).value(0);
     if (proxy.hostName().isEmpty()) {
-        curl_easy_setopt(handle, CURLOPT_PROXY, ""); // none, whatever the environment says
+        curl().easy_setopt(handle, CURLOPT_PROXY, ""); // none, whatever the environment says
         return;
     }
     QUrl address;
     address.setScheme(scheme(proxy.type()));
     address.setHost(proxy.hostName());
     address.setPort(proxy.port());
-    curl_easy_setopt(handle, CURLOPT_PROXY, address.toEncoded().constData());
+    curl().easy_setopt(handle, CURLOPT_PROXY, address.toEncoded().constData());
     if (!proxy.user().isEmpty()) {
-        curl_easy_setopt(handle, CURLOPT_PROXYUSERNAME, proxy.user().toUtf8().constData());
-        curl_easy_setopt(handle, CURLOPT_PROXYPASSWORD, proxy.password().toUtf8().constData());
+        curl().easy_setopt(handle, CURLOPT_PROXYUSERNAME, proxy.user().toUtf8().constData());
+        curl().easy_setopt(handle, CURLOPT_PROXYPASSWORD, proxy.password().toUtf8().constData());
     }
 }
 

@@ -1,13 +1,12 @@
 #include "models/Transfer.h"
 
 #include "base/localization/Localization.h"
+#include "models/Curl.h"
 #include "models/DownloadError.h"
 #include "models/SystemProxy.h"
 #include "settings/BuildInfo.h"
 
 #include <QRegularExpression>
-
-#include <curl/curl.h>
 
 #include <cerrno>
 
@@ -36,7 +35,7 @@ DownloadError insecureRedirect()
 bool hasNoWayToTheServer(CURL *handle)
 {
     long error = 0;
-    curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &error);
+    curl().easy_getinfo(handle, CURLINFO_OS_ERRNO, &error);
     return error == ENETUNREACH || error == EHOSTUNREACH || error == ENETDOWN;
 }
 
@@ -44,7 +43,7 @@ bool hasNoWayToTheServer(CURL *handle)
 DownloadError connectionFailure(CURL *handle, int result)
 {
     long proxyStatus = 0;
-    curl_easy_getinfo(handle, CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
+    curl().easy_getinfo(handle, CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
     if (proxyStatus >= 300 || result == CURLE_COULDNT_RESOLVE_PROXY || result == CURLE_PROXY)
         return DownloadError::connectionFailed(
             text(u"Прокси-сервер не пропускает загрузку. Проверьте настройки прокси."));
@@ -116,50 +115,50 @@ void DownloadAnswer::read(QByteArrayView name, QByteArrayView value)
 }
 
 Transfer::Transfer(const QUrl &url, std::optional<ByteRange> range, std::chrono::milliseconds idleTimeout)
-    : m_handle(curl_easy_init(), [](CURL *handle) { curl_easy_cleanup(handle); }),
-      m_headers(curl_slist_append(nullptr, "Accept-Encoding: identity"),
-                [](curl_slist *list) { curl_slist_free_all(list); }),
+    : m_handle(curl().easy_init(), [](CURL *handle) { curl().easy_cleanup(handle); }),
+      m_headers(curl().slist_append(nullptr, "Accept-Encoding: identity"),
+                [](curl_slist *list) { curl().slist_free_all(list); }),
       m_idleTimeout(idleTimeout),
       m_lastActivity(std::chrono::steady_clock::now())
 {
     CURL *handle = m_handle.get();
-    curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
-    curl_easy_setopt(handle, CURLOPT_URL, url.toEncoded().constData());
+    curl().easy_setopt(handle, CURLOPT_PRIVATE, this);
+    curl().easy_setopt(handle, CURLOPT_URL, url.toEncoded().constData());
     if (range) {
         const QByteArray bytes = QByteArray::number(range->start) + '-' + QByteArray::number(range->end);
-        curl_easy_setopt(handle, CURLOPT_RANGE, bytes.constData());
+        curl().easy_setopt(handle, CURLOPT_RANGE, bytes.constData());
     }
-    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, m_headers.get());
-    curl_easy_setopt(handle, CURLOPT_USERAGENT,
-                     (QByteArray("Orvane/") + BuildInfo::version.data()).constData());
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &Transfer::headerCallback);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &Transfer::bodyCallback);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, static_cast<long>(bufferSize));
+    curl().easy_setopt(handle, CURLOPT_HTTPHEADER, m_headers.get());
+    curl().easy_setopt(handle, CURLOPT_USERAGENT,
+                       (QByteArray("Orvane/") + BuildInfo::version.data()).constData());
+    curl().easy_setopt(handle, CURLOPT_HEADERFUNCTION, &Transfer::headerCallback);
+    curl().easy_setopt(handle, CURLOPT_HEADERDATA, this);
+    curl().easy_setopt(handle, CURLOPT_WRITEFUNCTION, &Transfer::bodyCallback);
+    curl().easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    curl().easy_setopt(handle, CURLOPT_BUFFERSIZE, static_cast<long>(bufferSize));
 
     // With HTTP/2 all segments would share one connection, and its speed.
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, maxRedirects);
-    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(idleTimeout.count()));
+    curl().easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl().easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl().easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    curl().easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
+    curl().easy_setopt(handle, CURLOPT_MAXREDIRS, maxRedirects);
+    curl().easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    curl().easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(idleTimeout.count()));
     // Threads and signals do not mix; and a name that resolves slowly must not hold up a stop request.
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+    curl().easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl().easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
 
     SystemProxy::apply(handle, url);
     // Where OpenSSL programs look for the certificates of a company's own authority.
     if (const QByteArray authorities = qgetenv("SSL_CERT_FILE"); !authorities.isEmpty())
-        curl_easy_setopt(handle, CURLOPT_CAINFO, authorities.constData());
+        curl().easy_setopt(handle, CURLOPT_CAINFO, authorities.constData());
 }
 
 Transfer &Transfer::of(CURL *handle)
 {
     Transfer *transfer = nullptr;
-    curl_easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
+    curl().easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
     return *transfer;
 }
 
@@ -214,7 +213,7 @@ void Transfer::takeHeaderLine(QByteArrayView line)
         return;
     if (line.startsWith("HTTP/")) {
         long status = 0;
-        curl_easy_getinfo(m_handle.get(), CURLINFO_RESPONSE_CODE, &status);
+        curl().easy_getinfo(m_handle.get(), CURLINFO_RESPONSE_CODE, &status);
         m_answer = {};
         m_answer.status = static_cast<int>(status);
     } else if (const qsizetype colon = line.indexOf(':'); colon > 0) {
@@ -232,7 +231,7 @@ void Transfer::takeHeaderLine(QByteArrayView line)
 bool Transfer::redirectsToInsecure(QByteArrayView target) const
 {
     const char *address = nullptr;
-    curl_easy_getinfo(m_handle.get(), CURLINFO_EFFECTIVE_URL, &address);
+    curl().easy_getinfo(m_handle.get(), CURLINFO_EFFECTIVE_URL, &address);
     const QUrl current = QUrl::fromEncoded(address);
     // An address that only the library below understands has no scheme here.
     return current.scheme() == u"https" &&
