@@ -6,6 +6,7 @@
 #include "app/commandline/ExitStatus.h"
 #include "app/commandline/Interruption.h"
 #include "app/commandline/Output.h"
+#include "app/commandline/Program.h"
 #include "app/control/ControlService.h"
 #include "app/services/AppServices.h"
 #include "base/Async.h"
@@ -15,8 +16,6 @@
 #include "desktop/KeyTap.h"
 #include "desktop/SessionLock.h"
 #include "desktop/TextInjector.h"
-#include "settings/BuildInfo.h"
-#include "settings/UserDefaults.h"
 #include "ui/Dialogs.h"
 #include "ui/DictationPanel.h"
 #include "ui/FileDialogs.h"
@@ -34,11 +33,6 @@ using namespace Qt::StringLiterals;
 using namespace orvane;
 
 namespace {
-
-void write(const QString &text)
-{
-    Output::write(text.toUtf8());
-}
 
 /// What the program hears and shows on a display.
 struct DesktopParts
@@ -76,7 +70,7 @@ int runApplication(CommandLine::RunApplication options)
 {
     const bool hasWindows = qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr;
     if (!hasWindows && options.start == CommandLine::Start::Open) {
-        write(CommandLine::help());
+        Output::write(CommandLine::help().toUtf8());
         return ExitStatus::success;
     }
     ControlService control;
@@ -112,38 +106,16 @@ int runApplication(CommandLine::RunApplication options)
     return status;
 }
 
-struct Execute
+int check(CheckCommand::Options options)
 {
-    int operator()(CommandLine::ShowVersion) const
-    {
-        write(u"%1 %2 (%3)\n"_s.arg(BuildInfo::editionName, BuildInfo::version, BuildInfo::buildNumber));
-        return ExitStatus::success;
-    }
-    int operator()(CommandLine::ShowHelp) const
-    {
-        write(CommandLine::help());
-        return ExitStatus::success;
-    }
-    int operator()(CommandLine::RunApplication options) const { return runApplication(options); }
-    int operator()(const ControlCommand::Options &options) const { return ControlCommand::run(options); }
-    template <typename Options>
-    int operator()(const Options &options) const
-    {
-        return CommandRun::execute(options);
-    }
-};
-
-bool usesDisplay(const CommandLine::Command &command)
-{
-    return std::holds_alternative<CommandLine::RunApplication>(command) ||
-           std::holds_alternative<CheckCommand::Options>(command);
+    AppServices services({});
+    CheckCommand command(services, options);
+    return CommandRun::untilDone(command.run(), [&command] { command.interrupt(); });
 }
 
 /// Without a display the application runs too, for what needs no windows; it then checks for no updates.
-std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &command, int &argc, char **argv)
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 {
-    if (!usesDisplay(command))
-        return std::make_unique<QCoreApplication>(argc, argv);
     const QString platform = displayPlatform();
     if (platform.isEmpty()) {
         if (const QString wanted = qEnvironmentVariable("QT_QPA_PLATFORM"); !wanted.isEmpty())
@@ -163,28 +135,17 @@ std::unique_ptr<QCoreApplication> makeApplication(const CommandLine::Command &co
 
 } // namespace
 
+/// The executable for what needs a display; the program becomes it.
 int main(int argc, char *argv[])
 {
-    Output::reserveStandardStreams();
-    QCoreApplication::setApplicationName(u"Orvane"_s);
-    QCoreApplication::setApplicationVersion(BuildInfo::version);
-    // Complaints about the command line come before any service reads the settings.
-    Localization::setLanguage(
-        UserDefaults(UserDefaults::standardFile()).string(u"interfaceLanguage"_s).value_or(u"ru"_s));
-    try {
-        QStringList arguments;
-        for (int i = 1; i < argc; ++i)
-            arguments << QString::fromLocal8Bit(argv[i]);
-        const CommandLine::Command command = CommandLine::parse(arguments);
-        const auto application = makeApplication(command, argc, argv);
+    return Program::run(argc, argv, [&](const CommandLine::Command &command) {
+        const auto application = makeApplication(argc, argv);
         const auto finish = qScopeGuard(endAbandonedTasks);
-        return std::visit(Execute(), command);
-    } catch (const UsageError &error) {
-        Output::complain(error.description());
-        Output::complain(Localization::text(u"Справка: orvane --help"));
-        return ExitStatus::usage;
-    } catch (const Error &error) {
-        Output::complain(error.description());
-        return ExitStatus::failure;
-    }
+        if (const auto *options = std::get_if<CheckCommand::Options>(&command))
+            return check(*options);
+        if (const auto *options = std::get_if<CommandLine::RunApplication>(&command))
+            return runApplication(*options);
+        throw UsageError(Localization::text(u"Неизвестная команда: ") +
+                         QCoreApplication::arguments().value(1));
+    });
 }

@@ -52,4 +52,9 @@ StandardFolders StandardFolders::ofUser()
             .caches = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)};
 }
 
+QString commandOfProgram()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/../bin/orvane"_s);
+}
+
 } // namespace orvane

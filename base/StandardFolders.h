@@ -31,4 +31,7 @@ struct StandardFolders
     [[nodiscard]] static StandardFolders ofUser();
 };
 
+/// The path of the program's command, whichever of its executables this is. Needs a QCoreApplication.
+[[nodiscard]] QString commandOfProgram();
+
 } // namespace orvane

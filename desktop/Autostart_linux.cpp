@@ -1,10 +1,10 @@
 #include "desktop/Autostart.h"
 
 #include "base/Async.h"
+#include "base/StandardFolders.h"
 #include "base/files/FileError.h"
 #include "base/files/FileReplacement.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -91,7 +91,7 @@ QString Autostart::standardFile()
 
 QString Autostart::thisProgram()
 {
-    return QCoreApplication::applicationFilePath();
+    return commandOfProgram();
 }
 
 void Autostart::look()

@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 
-#include <functional>
 #include <optional>
 
 namespace orvane::CommandRun {
@@ -26,6 +25,8 @@ QCoro::Task<> finish(QCoro::Task<int> task, std::optional<int> *status)
     QCoreApplication::quit();
 }
 
+} // namespace
+
 int untilDone(QCoro::Task<int> task, const std::function<void()> &interrupt)
 {
     Interruption interruption;
@@ -40,6 +41,8 @@ int untilDone(QCoro::Task<int> task, const std::function<void()> &interrupt)
         QCoreApplication::exec();
     return signal ? Interruption::exitStatus(*signal) : status.value_or(ExitStatus::failure);
 }
+
+namespace {
 
 template <typename Command>
 int executeWithServices(const typename Command::Options &options)
@@ -64,11 +67,6 @@ int execute(const TextCommand::Options &options)
 int execute(const RetranscribeCommand::Options &options)
 {
     return executeWithServices<RetranscribeCommand>(options);
-}
-
-int execute(const CheckCommand::Options &options)
-{
-    return executeWithServices<CheckCommand>(options);
 }
 
 int execute(const HistoryCommand::Options &options)

@@ -1,10 +1,10 @@
 #include "desktop/wayland/GnomeShortcuts.h"
 
 #include "base/Async.h"
+#include "base/StandardFolders.h"
 #include "base/localization/Localization.h"
 #include "desktop/wayland/GnomeAccelerator.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 
 #include <array>
@@ -26,7 +26,7 @@ const QString toggleFolder = u"orvane-toggle"_s;
 
 QString commandFor(const QString &word)
 {
-    QString program = QCoreApplication::applicationFilePath();
+    QString program = commandOfProgram();
     return u'\'' + program.replace(u'\'', u"'\\''"_s) + u"' "_s + word;
 }
 

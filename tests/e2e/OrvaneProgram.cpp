@@ -90,11 +90,15 @@ void OrvaneProgram::placeEngine(const QString &name, const QString &executable)
 void OrvaneProgram::place()
 {
     m_program = path(u"bin/orvane"_s);
-    QDir(m_home.path()).mkpath(u"bin"_s);
     QDir(m_home.path()).mkpath(u"lib/orvane/engine"_s);
-    std::error_code error;
-    std::filesystem::create_hard_link(ORVANE_PROGRAM, m_program.toStdString(), error);
-    require(!error || QFile::copy(QStringLiteral(ORVANE_PROGRAM), m_program), "cannot place the program");
+    for (const auto &[built, place] :
+         {std::pair(QStringLiteral(ORVANE_PROGRAM), m_program),
+          {QStringLiteral(ORVANE_DESKTOP_PROGRAM), path(u"libexec/orvane-desktop"_s)}}) {
+        QDir().mkpath(QFileInfo(place).path());
+        std::error_code error;
+        std::filesystem::create_hard_link(built.toStdString(), place.toStdString(), error);
+        require(!error || QFile::copy(built, place), "cannot place the program");
+    }
     const QDir modules(QFileInfo(QStringLiteral(ORVANE_PROGRAM)).path() + u"/../lib/orvane"_s);
     for (const QFileInfo &module : modules.entryInfoList({u"*.so"_s}, QDir::Files))
         require(QFile::link(module.absoluteFilePath(), path(u"lib/orvane/"_s + module.fileName())),

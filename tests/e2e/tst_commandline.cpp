@@ -92,6 +92,16 @@ private Q_SLOTS:
         QCOMPARE(orvane.run({u"sing"_s}).complaints.split('\n').first(), QByteArray("Unknown command: sing"));
     }
 
+    void loadsNothingThatDrawsOrDownloads()
+    {
+        OrvaneProgram orvane;
+        orvane.setEnvironment(u"LD_TRACE_LOADED_OBJECTS"_s, u"1"_s);
+        const QByteArray libraries = orvane.run({}).output;
+        QVERIFY2(libraries.contains("libQt6Core"), libraries.constData());
+        for (const char *heavy : {"libQt6Gui", "libQt6Widgets", "libxcb", "libcurl"})
+            QVERIFY2(!libraries.contains(heavy), heavy);
+    }
+
     void survivesADisplayThatDoesNotAnswer_data()
     {
         const Rows<QString, QString> row("variable", "display");
