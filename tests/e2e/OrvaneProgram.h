@@ -45,6 +45,7 @@ public:
     /// Writes the preferences file.
     void setPreferences(const QByteArray &json) const;
     void setEnvironment(const QString &name, const QString &value) { m_environment.insert(name, value); }
+    [[nodiscard]] QProcessEnvironment environment() const { return m_environment; }
 
     /// Runs to the end, with the file as its standard input.
     [[nodiscard]] Result run(const QStringList &arguments, const QString &input = {}) const;

@@ -71,16 +71,16 @@ Compositor::Compositor(Kind kind, const QProcessEnvironment &session)
 {
     require(m_folder.isValid(), "no temporary folder");
     QDir(m_folder.path()).mkpath(u"config"_s);
-    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "GDK_BACKEND", "SWAYSOCK"})
+    for (const char *name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "GDK_BACKEND"})
         m_environment.remove(QString::fromLatin1(name));
     m_environment.insert(u"XDG_RUNTIME_DIR"_s, m_folder.path());
     m_environment.insert(u"XDG_SESSION_TYPE"_s, u"wayland"_s);
     m_environment.insert(u"XDG_CURRENT_DESKTOP"_s, kind == Kind::Sway ? u"sway"_s : u"KDE"_s);
     // Says where it is once it is there.
     put(file(u"announce"_s), "#!/bin/sh\n"
-                             "echo \"$DISPLAY $WAYLAND_DISPLAY $SWAYSOCK\" >\"$0.part\"\n"
-                             "mv \"$0.part\" \"$0.done\"\n"
-                             "exec sleep infinity\n");
+                             "xhost +si:localuser:root\n" // who may run the test
+                             "env >\"$0.part\"\n"
+                             "mv \"$0.part\" \"$0.done\"\n");
     QFile::setPermissions(file(u"announce"_s),
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
     if (kind == Kind::Sway)
@@ -95,13 +95,15 @@ Compositor::Compositor(Kind kind, const QProcessEnvironment &session)
                 "the compositor does not come up");
     QFile announced(announcement);
     require(announced.open(QFile::ReadOnly), "the compositor does not say where it is");
-    const QStringList names = QString::fromUtf8(announced.readAll()).trimmed().split(u' ');
-    m_environment.insert(u"DISPLAY"_s, names.value(0));
-    // Whatever folder a program has for its sockets.
-    m_environment.insert(u"WAYLAND_DISPLAY"_s, file(names.value(1)));
+    for (const QString &line : QString::fromUtf8(announced.readAll()).split(u'\n')) {
+        const QString name = line.section(u'=', 0, 0);
+        if (name == "DISPLAY"_L1 || name == "XAUTHORITY"_L1 || name == "SWAYSOCK"_L1)
+            m_environment.insert(name, line.section(u'=', 1));
+        else if (name == "WAYLAND_DISPLAY"_L1) // whatever folder a program has for its sockets
+            m_environment.insert(name, file(line.section(u'=', 1)));
+    }
     if (kind == Kind::Sway) {
-        m_environment.insert(u"SWAYSOCK"_s, names.value(2));
-        m_display = WaylandDisplay::open(file(names.value(1)).toLocal8Bit());
+        m_display = WaylandDisplay::open(m_environment.value(u"WAYLAND_DISPLAY"_s).toLocal8Bit());
         require(m_display != nullptr, "the compositor does not answer");
         setLayout("us");
     }
