@@ -5,6 +5,7 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
+#include "desktop/PasteAccess.h"
 #include "desktop/SessionLock.h"
 #include "desktop/ShortcutTexts.h"
 #include "dictation/Guidance.h"
@@ -140,6 +141,8 @@ void AppDelegate::showMenu(DictationController &dictation)
             &AppDelegate::explainKeyCapture);
     KeyTap &keys = m_desktop->keys;
     connect(m_menuBar.get(), &MenuBarController::keySetUpRequested, &keys, &KeyTap::setUp);
+    connect(m_menuBar.get(), &MenuBarController::pasteConsentRequested, m_menuBar.get(),
+            [this] { spawn(askForPaste()); });
     connect(&keys, &KeyTap::setUpEnded, m_menuBar.get(), [this, &keys](const QString &problem) {
         const auto shortcuts = keys.shortcuts();
         notify(problem.isEmpty() && shortcuts
@@ -181,6 +184,21 @@ QCoro::Task<> AppDelegate::reopen(QList<QUrl> files, QString token)
     co_await m_scope(sleepFor(std::max(launchTime - sinceLaunch, 0ms) + untilReopened));
     if (m_windows && !m_isQuitting)
         m_windows->openFiles(files, token);
+}
+
+QCoro::Task<> AppDelegate::askForPaste()
+{
+    notify(Localization::text(
+        u"Рабочий стол спросит об удалённом управлении: разрешите его и оставьте «Запомнить». Orvane только "
+        u"нажимает вставку."));
+    try {
+        co_await m_scope(PasteAccess::ask());
+        notify(Localization::text(u"Текст вставляется туда, где стоит курсор."));
+    } catch (const Gone &) {
+        throw;
+    } catch (const Error &error) {
+        notify(error.description());
+    }
 }
 
 void AppDelegate::explainKeyCapture()

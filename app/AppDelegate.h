@@ -73,6 +73,7 @@ private:
     void prepareWindows();
     QCoro::Task<> reopen(QList<QUrl> files, QString token);
     void explainKeyCapture();
+    [[nodiscard]] QCoro::Task<> askForPaste();
     QCoro::Task<> findLeftovers();
     QCoro::Task<> endInOrder();
     void answerSession(QSessionManager &session);

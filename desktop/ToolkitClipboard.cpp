@@ -5,13 +5,36 @@
 #include <QMimeData>
 #include <QWindow>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace orvane::ToolkitClipboard {
 
-void offer(const QString &text, QClipboard::Mode mode)
+namespace {
+
+class OfferedText final : public QMimeData
 {
-    auto *data = new QMimeData; // the clipboard owns it
+public:
+    explicit OfferedText(std::function<void()> asked) : m_asked(std::move(asked)) {}
+
+protected:
+    [[nodiscard]] QVariant retrieveData(const QString &type, QMetaType as) const override
+    {
+        if (type.startsWith("text/"_L1))
+            m_asked();
+        return QMimeData::retrieveData(type, as);
+    }
+
+private:
+    const std::function<void()> m_asked;
+};
+
+} // namespace
+
+void offer(const QString &text, QClipboard::Mode mode, std::function<void()> asked)
+{
+    auto *data = new OfferedText(std::move(asked)); // the clipboard owns it
     data->setText(text);
     // Tells programs that keep a history of the clipboard not to keep this.
     data->setData(u"org.nspasteboard.ConcealedType"_s, {});

@@ -4,6 +4,7 @@
 #include "base/localization/Localization.h"
 #include "desktop/DesktopSession.h"
 #include "desktop/KeyTap.h"
+#include "desktop/PasteAccess.h"
 #include "desktop/PasteKeys.h"
 #include "desktop/ShortcutTexts.h"
 #include "settings/TriggerName.h"
@@ -114,8 +115,15 @@ CheckResult paste()
 {
     if (!hasScreen())
         return {.text = text(u"Нет экрана: вставку текста здесь не проверить.")};
-    if (PasteKeys::canBePressed())
+    switch (PasteAccess::state()) {
+    case PasteAccess::State::Granted:
         return {.state = State::Good, .text = text(u"Текст вставляется туда, где стоит курсор.")};
+    case PasteAccess::State::ToBeAsked:
+        return {.state = State::Bad,
+                .text = text(u"Вставку нужно разрешить: «Разрешить вставку текста…» в меню Orvane.")};
+    case PasteAccess::State::None:
+        break;
+    }
     return {.state = State::Bad,
             .text =
                 text(u"Программам нельзя нажимать здесь клавиши: текст ждёт в буфере обмена, вставьте его "

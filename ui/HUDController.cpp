@@ -107,6 +107,11 @@ void HUDController::appear()
 
 QCoro::Task<> HUDController::makeWindow()
 {
+    // A Wayland compositor would give a window of its own client the focus, and the place that it likes.
+    if (QGuiApplication::platformName().startsWith("wayland"_L1)) {
+        giveUp();
+        co_return;
+    }
     const auto load = [file = m_moduleFile] {
         return loadedFunction(file, indicatorWindowMakerName, "The dictation indicator");
     };

@@ -3,6 +3,7 @@
 #include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
+#include "desktop/PasteAccess.h"
 #include "desktop/ShortcutTexts.h"
 #include "dictation/DictationController.h"
 #include "dictation/DictationModeTexts.h"
@@ -152,6 +153,9 @@ void MenuBarController::rebuild()
     addLanguages();
     addModes();
     addKeyCapture();
+    if (PasteAccess::state() == PasteAccess::State::ToBeAsked)
+        m_menu.addAction(Localization::text(u"Разрешить вставку текста…"), this,
+                         &MenuBarController::pasteConsentRequested);
     m_menu.addSeparator();
     addUpdates();
     QAction *quit =

@@ -52,6 +52,7 @@ Q_SIGNALS:
     void keyCaptureHelpRequested();
     /// The user wants the desktop to give keys.
     void keySetUpRequested();
+    void pasteConsentRequested();
 
 private:
     void rebuild();

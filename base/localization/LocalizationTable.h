@@ -67,6 +67,17 @@ inline constexpr TextPair table[] = {
     {u"Рабочий стол не дал клавиш.", u"The desktop has given no keys."},
     {u"Настройки GNOME не приняли клавиш.", u"GNOME’s settings did not take the keys."},
     {u"Начать или закончить диктовку", u"Start or finish a dictation"},
+    {u"Рабочий стол не даёт программам нажимать клавиши: вставляйте текст сочетанием Ctrl+V.",
+     u"The desktop lets no program press keys: insert texts with Ctrl+V."},
+    {u"Вставка не разрешена: текст ждёт в буфере обмена, вставьте его сочетанием Ctrl+V.",
+     u"Pasting is not allowed: the text waits on the clipboard, insert it with Ctrl+V."},
+    {u"Разрешить вставку текста…", u"Allow pasting of text…"},
+    {u"Рабочий стол спросит об удалённом управлении: разрешите его и оставьте «Запомнить». Orvane только "
+     u"нажимает вставку.",
+     u"The desktop will ask about remote control: allow it and leave “Remember” on. Orvane only presses "
+     u"paste."},
+    {u"Вставку нужно разрешить: «Разрешить вставку текста…» в меню Orvane.",
+     u"Pasting has to be allowed: “Allow pasting of text…” in Orvane’s menu."},
     {u"Начать или закончить диктовку: нажать дважды", u"Start or finish a dictation: press twice"},
 
     // Dictation

@@ -1,7 +1,9 @@
 #include "desktop/wayland/WaylandInjector.h"
 
+#include "base/OneTimeEvent.h"
 #include "desktop/DesktopSession.h"
 #include "desktop/ToolkitClipboard.h"
+#include "desktop/wayland/RemoteDesktopPaste.h"
 
 #include <QGuiApplication>
 
@@ -46,10 +48,12 @@ QCoro::Task<TextInjector::Outcome> WaylandInjector::insertByDataControl(QString 
     const auto offer = [utf8 = text.toUtf8()](WaylandPaster &paster) { return paster.offer(utf8); };
     if (!co_await thread->run(offer))
         co_return Outcome::Nothing;
-    const auto paste = [mayPress](WaylandPaster &paster) {
-        return mayPress && paster.pressPaste() && paster.isFetched(patienceWithProgram);
-    };
-    co_return co_await thread->run(paste) ? Outcome::Pasted : Outcome::LeftOnClipboard;
+    if (!mayPress)
+        co_return Outcome::LeftOnClipboard;
+    const auto press = [](WaylandPaster &paster) { return paster.pressPaste(); };
+    const bool isPressed = co_await thread->run(press) || co_await RemoteDesktopPaste::press();
+    const auto fetched = [](WaylandPaster &paster) { return paster.isFetched(patienceWithProgram); };
+    co_return isPressed &&co_await thread->run(fetched) ? Outcome::Pasted : Outcome::LeftOnClipboard;
 }
 
 /// A compositor takes Qt's clipboard from a window that has the focus, which none of ours is to have, though
@@ -58,8 +62,25 @@ QCoro::Task<TextInjector::Outcome> WaylandInjector::insertByToolkit(QString text
 {
     if (QGuiApplication::platformName() != "xcb"_L1)
         co_return Outcome::Nothing;
-    ToolkitClipboard::offer(text, QClipboard::Clipboard);
-    co_return Outcome::LeftOnClipboard;
+    // A compositor may read it at once, to keep it; only who does so after the keys has pasted.
+    struct Pasting
+    {
+        bool isTold = false;
+        std::shared_ptr<OneTimeEvent> isAsked = OneTimeEvent::create();
+    };
+    const bool mayPress = !ToolkitClipboard::focusIsLostOnUs();
+    const auto pasting = std::make_shared<Pasting>();
+    const auto asked = [pasting] {
+        if (pasting->isTold)
+            pasting->isAsked->happen();
+    };
+    ToolkitClipboard::offer(text, QClipboard::Clipboard, asked);
+    ToolkitClipboard::offer(text, QClipboard::Selection, asked); // what Shift+Insert pastes in terminals
+    if (!mayPress)
+        co_return Outcome::LeftOnClipboard;
+    const bool isPressed = co_await RemoteDesktopPaste::press([pasting] { pasting->isTold = true; });
+    co_return isPressed &&co_await pasting->isAsked->waitFor(patienceWithProgram) ? Outcome::Pasted
+                                                                                  : Outcome::LeftOnClipboard;
 }
 
 } // namespace orvane

@@ -37,9 +37,9 @@ bool WaylandPaster::offer(const QByteArray &text)
 
 bool WaylandPaster::pressPaste()
 {
+    m_fetchesBefore = m_clipboard ? m_clipboard->fetches() : 0;
     if (!m_keys)
         return false;
-    m_fetchesBefore = m_clipboard->fetches();
     m_keys->letGoOfModifiers();
     m_keys->set(KEY_LEFTSHIFT, true);
     m_keys->set(KEY_INSERT, true);

@@ -71,7 +71,9 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     calls.append(message.member());
     const QVariantList arguments = message.arguments();
     if (message.member() == "Get"_L1) {
-        m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(1U))));
+        const bool isRemoteDesktop = arguments.value(0).toString().endsWith("RemoteDesktop"_L1);
+        const uint version = isRemoteDesktop ? remoteDesktopVersion : 1;
+        m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
         return true;
     }
     if (message.member() == "CreateSession"_L1) {
@@ -84,8 +86,37 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         bind(message);
         return true;
     }
+    if (message.member() == "SelectDevices"_L1) {
+        const auto options = qdbus_cast<QVariantMap>(arguments.value(1));
+        shownToken = options.value(u"restore_token"_s).toString();
+        respond(message, options, 0, {});
+        return true;
+    }
+    if (message.member() == "Start"_L1) {
+        startRemoteDesktop(message);
+        return true;
+    }
+    if (message.member() == "NotifyKeyboardKeycode"_L1)
+        pressedKeys.append(arguments.value(2).toString() + (arguments.value(3).toUInt() == 1 ? u'+' : u'-'));
     m_bus.send(message.createReply());
     return true;
+}
+
+/// Only the token that was given last is good.
+void FakePortal::startRemoteDesktop(const QDBusMessage &call)
+{
+    const auto options = qdbus_cast<QVariantMap>(call.arguments().value(2));
+    const bool isKnown = !shownToken.isEmpty() && shownToken == nextToken;
+    if (!isKnown && user == User::IsSilent) {
+        m_bus.send(call.createReply(QVariant::fromValue(QDBusObjectPath(requestPath(call, options)))));
+        return;
+    }
+    if (!isKnown && user == User::Refuses) {
+        respond(call, options, 1, {});
+        return;
+    }
+    nextToken += u'+';
+    respond(call, options, 0, {{u"devices"_s, 1U}, {u"restore_token"_s, nextToken}});
 }
 
 void FakePortal::bind(const QDBusMessage &call)

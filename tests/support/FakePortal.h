@@ -8,8 +8,8 @@
 
 namespace orvane::test {
 
-/// A desktop's portal that gives global keys, on the session bus of the environment. In the place of the user
-/// it answers at once.
+/// A desktop's portal that gives global keys and lets programs press keys, on the session bus of the
+/// environment. In the place of the user it answers at once.
 class FakePortal : public QDBusVirtualObject
 {
     Q_OBJECT
@@ -20,10 +20,17 @@ public:
     FakePortal();
     ~FakePortal() override;
 
-    /// What the user says to the next request for keys.
+    /// What the user says to the next request.
     User user = User::Agrees;
     /// The methods called, in order.
     QStringList calls;
+    /// Of what presses keys.
+    uint remoteDesktopVersion = 2;
+    /// What a program showed so that the user need not be asked, and what it is given for the next time.
+    QString shownToken;
+    QString nextToken;
+    /// Keys pressed and let go of, as "42+" and "42-".
+    QStringList pressedKeys;
     /// Presses a key for the session that was made last.
     void activate(const QString &id);
     /// Tells that the user has chosen another key.
@@ -37,6 +44,7 @@ public:
 private:
     void respond(const QDBusMessage &call, const QVariantMap &options, uint code, const QVariantMap &results);
     void bind(const QDBusMessage &call);
+    void startRemoteDesktop(const QDBusMessage &call);
 
     QDBusConnection m_bus;
     QString m_session;

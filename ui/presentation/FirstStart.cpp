@@ -1,7 +1,9 @@
 #include "ui/presentation/FirstStart.h"
 
+#include "base/Async.h"
 #include "base/localization/Localization.h"
 #include "desktop/KeyTap.h"
+#include "desktop/PasteAccess.h"
 #include "models/ModelManager.h"
 #include "settings/AppSettings.h"
 #include "ui/presentation/KeyText.h"
@@ -64,6 +66,35 @@ QString FirstStart::modelText() const
 QString FirstStart::keyText() const
 {
     return orvane::keyText(m_settings, m_keys);
+}
+
+QString FirstStart::pasteText() const
+{
+    if (PasteAccess::state() != PasteAccess::State::ToBeAsked)
+        return {};
+    if (!m_pasteProblem.isEmpty())
+        return m_pasteProblem;
+    return Localization::text(
+        u"Рабочий стол спросит об удалённом управлении: разрешите его и оставьте «Запомнить». Orvane только "
+        u"нажимает вставку.");
+}
+
+void FirstStart::askForPaste()
+{
+    spawn(ask());
+}
+
+QCoro::Task<> FirstStart::ask()
+{
+    try {
+        co_await m_scope(PasteAccess::ask());
+        m_pasteProblem.clear();
+    } catch (const Gone &) {
+        throw;
+    } catch (const Error &error) {
+        m_pasteProblem = error.description();
+    }
+    Q_EMIT textsChanged();
 }
 
 void FirstStart::begin()

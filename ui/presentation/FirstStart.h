@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/Scope.h"
 #include "ui/presentation/ListeningMicrophone.h"
 
 #include <QSortFilterProxyModel>
+
+#include <QCoroTask>
 
 namespace orvane {
 
@@ -20,6 +23,7 @@ class FirstStart : public QObject
     Q_PROPERTY(QAbstractItemModel *suggestedModels READ suggestedModels CONSTANT)
     Q_PROPERTY(QObject *microphone READ microphone CONSTANT)
     Q_PROPERTY(QString keyText READ keyText NOTIFY textsChanged)
+    Q_PROPERTY(QString pasteText READ pasteText NOTIFY textsChanged)
 
 public:
     struct Collaborators
@@ -45,11 +49,16 @@ public:
     [[nodiscard]] QAbstractItemModel *suggestedModels() { return &m_suggestedModels; }
     [[nodiscard]] ListeningMicrophone *microphone() { return &m_microphone; }
     [[nodiscard]] QString keyText() const;
+    /// What has to be allowed for texts to come where the cursor is, or why that failed; empty when nothing
+    /// has.
+    [[nodiscard]] QString pasteText() const;
 
     /// The page is shown: listens, and lets the language be found out until the user chooses one.
     Q_INVOKABLE void begin();
     /// The page has gone.
     Q_INVOKABLE void end();
+    /// Lets the desktop ask whether the program may paste.
+    Q_INVOKABLE void askForPaste();
     /// The user is done with it, for good.
     Q_INVOKABLE void finish();
 
@@ -58,11 +67,15 @@ Q_SIGNALS:
     void finished();
 
 private:
+    [[nodiscard]] QCoro::Task<> ask();
+
     AppSettings &m_settings;
     const KeyTap &m_keys;
     bool m_isDue;
     QSortFilterProxyModel m_suggestedModels;
     ListeningMicrophone m_microphone;
+    QString m_pasteProblem; ///< of the last time that the user was asked
+    Scope m_scope;
 };
 
 } // namespace orvane

@@ -92,6 +92,18 @@ FocusScope {
                 title: Texts.of("Клавиша")
                 isDone: trial.text !== ""
                 text: page.first.keyText
+                Words {
+                    width: parent.width
+                    visible: text !== ""
+                    color: Theme.secondary
+                    text: page.first.pasteText
+                    wrapMode: Text.Wrap
+                }
+                PushButton {
+                    visible: page.first.pasteText !== ""
+                    text: Texts.of("Разрешить вставку текста…")
+                    onClicked: page.first.askForPaste()
+                }
                 T.TextArea {
                     id: trial
                     width: parent.width

@@ -1,0 +1,25 @@
+#include "desktop/PasteAccess.h"
+
+#include "desktop/DesktopSession.h"
+#include "desktop/PasteKeys.h"
+#include "desktop/wayland/RemoteDesktopPaste.h"
+
+namespace orvane::PasteAccess {
+
+State state()
+{
+    const DesktopSession &session = DesktopSession::ofThisProcess();
+    if (!session.isWayland())
+        return PasteKeys::canBePressed() ? State::Granted : State::None;
+    if (session.offers("zwp_virtual_keyboard_manager_v1") || session.offers("org_kde_kwin_fake_input", 4) ||
+        RemoteDesktopPaste::isAllowed())
+        return State::Granted;
+    return State::ToBeAsked;
+}
+
+QCoro::Task<> ask()
+{
+    return RemoteDesktopPaste::askConsent();
+}
+
+} // namespace orvane::PasteAccess
