@@ -144,7 +144,7 @@ QCoro::Task<> PlasmaShortcuts::take(QString action, int key, uint how)
     co_await m_scope(BusCall::answerTo(request(u"doRegister"_s, {identity}), m_bus));
     const QDBusMessage answer = co_await m_scope(BusCall::answerTo(
         request(u"setShortcut"_s, {identity, QVariant::fromValue(QList<int>{key}), how}), m_bus));
-    QList<int> keys = qdbus_cast<QList<int>>(answer.arguments().value(0));
+    auto keys = qdbus_cast<QList<int>>(answer.arguments().value(0));
     keys.removeAll(0);
     m_keys.insert(action, keys);
 }
