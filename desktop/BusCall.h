@@ -10,7 +10,7 @@
 /// Calls over a message bus that never keep the caller waiting without end. Main thread.
 namespace orvane::BusCall {
 
-inline constexpr std::chrono::seconds usualLimit{3};
+inline constexpr std::chrono::seconds usualLimit{10};
 
 /// The answer; an error message when none comes in that time.
 [[nodiscard]] QCoro::Task<QDBusMessage> answerTo(QDBusMessage request, QDBusConnection bus,

@@ -18,6 +18,7 @@ namespace orvane {
 namespace {
 
 const QString service = u"org.kde.kglobalaccel"_s;
+const QString compositor = u"org.kde.KWin"_s;
 const QString path = u"/kglobalaccel"_s;
 const QString interface = u"org.kde.KGlobalAccel"_s;
 const QString component = u"com.orvane.Orvane"_s;
@@ -81,7 +82,8 @@ PlasmaShortcuts::PlasmaShortcuts() : m_bus(QDBusConnection::sessionBus())
         return;
     m_watcher.setConnection(m_bus);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_watcher.addWatchedService(service);
+    for (const QString &name : {service, compositor}) // one has its name before the other
+        m_watcher.addWatchedService(name);
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] {
         m_isAsked = false;
         Q_EMIT restarted();
@@ -99,16 +101,14 @@ QCoro::Task<bool> PlasmaShortcuts::isThere()
     if (!m_bus.isConnected())
         co_return false;
     const QString keys = co_await m_scope(BusCall::ownerOf(service, m_bus));
-    const QString compositor = co_await m_scope(BusCall::ownerOf(u"org.kde.KWin"_s, m_bus));
-    co_return !keys.isEmpty() && keys == compositor;
+    const QString shown = co_await m_scope(BusCall::ownerOf(compositor, m_bus));
+    co_return !keys.isEmpty() && keys == shown;
 }
 
 QCoro::Task<int> PlasmaShortcuts::majorVersion()
 {
-    const QDBusMessage answer = co_await m_scope(
-        BusCall::answerTo(QDBusMessage::createMethodCall(u"org.kde.KWin"_s, u"/KWin"_s, u"org.kde.KWin"_s,
-                                                         u"supportInformation"_s),
-                          m_bus));
+    const QDBusMessage answer = co_await m_scope(BusCall::answerTo(
+        QDBusMessage::createMethodCall(compositor, u"/KWin"_s, compositor, u"supportInformation"_s), m_bus));
     static const QRegularExpression version(u"KWin version: (\\d+)"_s);
     co_return version.match(answer.arguments().value(0).toString()).captured(1).toInt();
 }

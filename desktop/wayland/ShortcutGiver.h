@@ -19,7 +19,7 @@ public:
     /// How it went when keys were asked for.
     enum class Answer {
         Absent,  ///< this desktop has no such way
-        Refused, ///< it has, and the user did not agree, or has to be asked first
+        Refused, ///< it has, and the user has not agreed so far
         Given
     };
     /// Why they are asked for.

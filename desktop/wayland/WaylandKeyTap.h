@@ -10,7 +10,7 @@
 namespace orvane {
 
 /// The keys of a Wayland session, where programs hear no keyboard: those that the desktop presses for us, by
-/// the first of its ways that gives some. Taken from another program's hand they reach nobody else.
+/// the first of its ways that gives some.
 class WaylandKeyTap final : public KeyTap
 {
     Q_OBJECT
