@@ -10,9 +10,9 @@ constexpr size_t minNewSpeech = 3 * sampleRate;
 /// Together with the recognition at the end, these take at most 1.6 times the processor time of the
 /// recognition of the whole.
 constexpr size_t freeCount = 2;
-constexpr size_t timeOfEachMore = 20 * sampleRate;
+constexpr size_t timeOfEachMore = 25 * sampleRate;
 /// So soon after the last one only a pause so long that it may be the end is worth another.
-constexpr size_t soon = 10 * sampleRate;
+constexpr size_t soon = 20 * sampleRate;
 constexpr size_t longPause = sampleRate;
 
 } // namespace

@@ -128,7 +128,7 @@ private Q_SLOTS:
         pause(0.5);
         QTRY_COMPARE(m_recognition->liveText().unsettled, u"one"_s);
         speak(12);
-        pause(1);
+        pause(1.2);
         QTRY_COMPARE(m_recognition->liveText().unsettled, u"one two..."_s);
         speak(22.2);
         QCOMPARE(textAtEnd(), u"one two three."_s);

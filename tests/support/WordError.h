@@ -14,11 +14,11 @@ namespace orvane::test {
 /// What an engine hears differs a little from one processor to another, by rounding.
 inline constexpr double maxWordError = 0.1;
 
-/// The words of a text in lower case, without punctuation.
+/// The words of a text in lower case, without punctuation and with one spelling of Russian's ё.
 [[nodiscard]] inline QStringList wordsOf(const QString &text)
 {
     static const QRegularExpression between(QStringLiteral("[^\\p{L}\\p{N}]+"));
-    return text.toLower().split(between, Qt::SkipEmptyParts);
+    return text.toLower().replace(u'ё', u'е').split(between, Qt::SkipEmptyParts);
 }
 
 /// How many words must be added, removed or replaced to make what was heard what was said, for each word
