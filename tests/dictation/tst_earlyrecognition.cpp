@@ -156,6 +156,13 @@ private Q_SLOTS:
     {
         const Rows<std::function<void(TestEarlyRecognition *)>> row("circumstance");
         row("a meeting holds the engine", [](auto *test) { test->m_turn = test->m_turns.take(); });
+        row("a meeting begins during a snapshot", [](auto *test) {
+            test->speak(4);
+            test->pause(0.5);
+            test->m_turn = test->m_turns.take();
+            QTRY_COMPARE(test->m_answered, 1);
+            test->speak(9);
+        });
         row("the battery is low", [](auto *test) { test->m_battery.low = true; });
         row("little has been said", [](auto *test) {
             test->speak(4);

@@ -1,22 +1,16 @@
-// compare-joined RESOURCES MODEL TEXTS…: recognises recordings twice, as a whole and as a dictation that is
+// compare-joined ENGINES MODEL TEXTS…: recognises recordings twice, as a whole and as a dictation that is
 // recognised while it is spoken, and prints a row of a table for each: how the words differ. How much the
 // engine's answer depends on anything at all shows the whole a third time, a little later. A file of TEXTS
 // has one sentence in a line, with a bar wherever the speaker may pause; one that ends in .wav is a recording
 // with what it says in a file beside it.
 
-#include "dictation/Battery.h"
-#include "dictation/EarlyRecognition.h"
-#include "engine/EngineProcessRegistry.h"
-#include "engine/EngineTurns.h"
-#include "recognition/WhisperServerEngine.h"
+#include "tests/support/DictationReplay.h"
 #include "tests/support/Speech.h"
-#include "tests/support/TaskResult.h"
 #include "tests/support/WordError.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <cstdio>
 #include <random>
@@ -27,7 +21,6 @@ using namespace orvane::test;
 
 namespace {
 
-constexpr size_t delivery = sampleRate / 10;
 constexpr size_t laterBy = sampleRate / 4;
 constexpr double shortestPause = 0.2;
 constexpr double longestPause = 2;
@@ -77,97 +70,29 @@ Recording recorded(const QString &path)
     return recording;
 }
 
-QString textOf(const RecognisedSpeech &speech)
-{
-    QString text;
-    for (const RawSegment &segment : speech.segments)
-        text += segment.text;
-    return text.trimmed();
-}
-
 class Comparison
 {
 public:
-    Comparison(const QString &resources, const QString &model);
+    Comparison(const QString &engineFolder, const QString &model) : m_replay(engineFolder, model) {}
 
     void compare(const Recording &recording);
     void printTotal() const;
 
 private:
-    struct Joined
-    {
-        QString text;
-        int snapshots = 0;
-    };
-    [[nodiscard]] QString whole(const std::vector<float> &samples);
-    [[nodiscard]] Joined joined(const std::vector<float> &samples);
-
-    const QString m_model;
-    QTemporaryDir m_folder;
-    EngineProcessRegistry m_registry{m_folder.filePath(u"pids.txt"_s)};
-    WhisperServerEngine m_engine;
-    EngineTurns m_turns;
-    Battery m_battery;
+    DictationReplay m_replay;
     struct
     {
         double words = 0, laterDifferent = 0, different = 0, wholeWrong = 0, joinedWrong = 0;
     } m_total;
 };
 
-Comparison::Comparison(const QString &resources, const QString &model)
-    : m_model(model),
-      m_engine({.resources = resources}, m_registry, m_folder.path())
-{
-    if (const auto load = finished(m_engine.load(model)); !load.succeeded())
-        qFatal("%s", qPrintable(load.error()));
-}
-
-QString Comparison::whole(const std::vector<float> &samples)
-{
-    const auto speech =
-        finished(m_engine.transcribe(samples, m_model, u"auto"_s, WhisperServerEngine::NonSpeech::Suppress));
-    if (!speech.succeeded())
-        qFatal("%s", qPrintable(speech.error()));
-    return textOf(speech.value());
-}
-
-Comparison::Joined Comparison::joined(const std::vector<float> &samples)
-{
-    size_t heard = 0;
-    int begun = 0;
-    int answered = 0;
-    const auto samplesAfter = [&](size_t first) {
-        // What was read before is read again for a snapshot only.
-        begun += first + delivery < heard ? 1 : 0;
-        return std::vector<float>(samples.begin() + std::ptrdiff_t(first),
-                                  samples.begin() + std::ptrdiff_t(heard));
-    };
-    EarlyRecognition recognition({.engine = m_engine,
-                                  .turns = m_turns,
-                                  .battery = m_battery,
-                                  .modelFile = [this] { return m_model; },
-                                  .samplesAfter = samplesAfter});
-    QObject::connect(&recognition, &EarlyRecognition::liveTextChanged, &recognition, [&] { ++answered; });
-    while (heard < samples.size()) {
-        heard = std::min(heard + delivery, samples.size());
-        recognition.hear();
-        // As if the engine took no time: that makes the most cuts.
-        while (answered < begun)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    const auto text = finished(recognition.textOf(samples, {}));
-    if (!text.succeeded())
-        qFatal("%s", qPrintable(text.error()));
-    return {.text = text.value(), .snapshots = begun};
-}
-
 void Comparison::compare(const Recording &recording)
 {
-    const QString asWhole = whole(recording.speech.samples());
-    const auto [text, snapshots] = joined(recording.speech.samples());
+    const QString asWhole = m_replay.whole(recording.speech.samples());
+    const auto [text, snapshots] = m_replay.dictated(recording.speech.samples());
     std::vector<float> later(laterBy);
     later.insert(later.end(), recording.speech.samples().begin(), recording.speech.samples().end());
-    const double laterDifferent = wordError(whole(later), asWhole);
+    const double laterDifferent = wordError(m_replay.whole(later), asWhole);
     const double different = wordError(text, asWhole);
     const double wholeWrong = wordError(asWhole, recording.said);
     const double joinedWrong = wordError(text, recording.said);
@@ -200,7 +125,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (argc < 4) {
-        std::fputs("usage: compare-joined RESOURCES MODEL TEXTS…\n", stderr);
+        std::fputs("usage: compare-joined ENGINES MODEL TEXTS…\n", stderr);
         return 2;
     }
     Comparison comparison(arguments[1], arguments[2]);
