@@ -224,18 +224,21 @@ private Q_SLOTS:
             QString expected = sentence;
             beginDictation();
             const auto speech = m_sound.startSpeaking(microphone, m_speech);
+            // Until then nothing of it has been recognised, or some of it is being, or all of it has been.
+            const auto endSpeech = [&] {
+                speech->waitForFinished();
+                QTest::qWait(static_cast<int>(random() % 3000));
+                endDictation();
+            };
             if (random() % 3 == 0) {
-                if (random() % 2 == 0) {
-                    speech->waitForFinished();
-                    endDictation();
-                }
-                QTest::qWait(static_cast<int>(random() % 1000));
+                if (random() % 2 == 0)
+                    endSpeech();
+                QTest::qWait(static_cast<int>(random() % 6000));
                 // What was too late has become a text.
                 if (m_program.run({u"cancel"_s}).exitCode == 0)
                     expected.clear();
             } else {
-                speech->waitForFinished();
-                endDictation();
+                endSpeech();
             }
             QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
             QTRY_VERIFY_WITH_TIMEOUT(wordError(focused.text().mid(pasted.size()), expected) <= maxWordError,
