@@ -149,6 +149,10 @@ void Compositor::startKWin()
         require(m_screen.waitForReadyRead(patience), "the X server does not come up");
     const QString screen = u":"_s + QString::fromLatin1(m_screen.readLine().trimmed());
     m_environment.insert(u"KWIN_COMPOSE"_s, u"Q"_s); // draws with the processor
+    // Without a menu the newer one knows of no applications.
+    QDir(m_folder.path()).mkpath(u"config/menus"_s);
+    put(file(u"config/menus/applications.menu"_s),
+        "<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>\n");
     m_process.setChildProcessModifier(dieWithTest);
     start(u"kwin_wayland"_s,
           {u"--x11-display"_s, screen, u"--width"_s, u"1280"_s, u"--height"_s, u"800"_s, u"--no-lockscreen"_s,
@@ -160,6 +164,7 @@ void Compositor::start(const QString &program, const QStringList &arguments)
 {
     QProcessEnvironment environment = m_environment;
     environment.insert(u"XDG_CONFIG_HOME"_s, file(u"config"_s));
+    environment.insert(u"XDG_CACHE_HOME"_s, file(u"cache"_s)); // of the applications that there are
     environment.insert(u"QT_NO_XDG_DESKTOP_PORTAL"_s, u"1"_s);
     m_process.setProcessEnvironment(environment);
     m_process.setStandardOutputFile(QProcess::nullDevice());
