@@ -45,7 +45,8 @@ def bench_speaking(report, _folder):
         return [text / (curl + SETTLING) for text, curl in zip(seen[f"{name}Text"], seen[f"{name}Curl"])]
 
     def times(name):
-        return f"{median(seen[f'{name}Text']):.0f} ms, curl {median(seen[f'{name}Curl']):.0f} ms, {len(seen[f'{name}Text'])} times"
+        texts, curls = seen[f"{name}Text"], seen[f"{name}Curl"]
+        return f"{median(texts):.0f} ms, curl {median(curls):.0f} ms, {len(texts)} times"
 
     report.add("11 s, stop when the engine rests: from the press to the text", median(seen["restedText"]), 160, " ms",
                detail=times("rested"))
@@ -53,8 +54,9 @@ def bench_speaking(report, _folder):
     report.add("11 s, stop 0.3 s after the last word, against curl with the whole: median", median(brief), 1.0,
                detail=times("brief"))
     report.add("the same, worst", max(brief), 1.5)
-    report.add("114 s, stop 0.5 s after the last word, against 11 s", median(seen["longText"]) / median(seen["halfText"]),
-               1.3, detail=f"{times('long')}; 11 s: {times('half')}")
+    ratio = median(seen["longText"]) / median(seen["halfText"])
+    report.add("114 s, stop 0.5 s after the last word, against 11 s", ratio, 1.3,
+               detail=f"{times('long')}; 11 s: {times('half')}")
     report.add("11 s without a pause, against curl with the whole", median(against_curl("breathless")), 1.05,
                detail=times("breathless"))
     processor = [ours / curl for ours, curl in zip(seen["minuteProcessor"], seen["minuteCurlProcessor"])]
