@@ -1,10 +1,15 @@
 #include "tools/screenshots/SampleHome.h"
 
+#include "audio/SampleRate.h"
+#include "audio/WavFileWriter.h"
 #include "history/TranscriptRecord.h"
+#include "meeting/RecordingsFolder.h"
 #include "models/CorrectionModel.h"
 #include "models/WhisperModel.h"
 
 #include <QDir>
+
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace orvane;
@@ -102,4 +107,21 @@ SampleHome::SampleHome()
 QUuid SampleHome::meeting()
 {
     return QUuid(u"{6f1d3b1e-52d9-4a3f-9f0c-1b6a6f7d2c11}"_s);
+}
+
+void SampleHome::leaveRecordings() const
+{
+    RecordingsFolder folder(environment().folders.recordings());
+    const QDateTime morning(QDate::currentDate(), QTime(10, 2));
+    for (const int minutes : {48, 12}) {
+        const RecordedMeeting meeting = folder.create({.audioFileName = {},
+                                                       .modelID = {},
+                                                       .languageCode = u"ru"_s,
+                                                       .startedAt = morning.addSecs(-60 * minutes)});
+        WavFileWriter audio(environment().folders.recordings() + u'/' + meeting.audioFileName, sampleRate);
+        const std::vector<float> minute(size_t(60) * sampleRate);
+        for (int i = 0; i < minutes; ++i)
+            audio.append(minute);
+        audio.finalize();
+    }
 }

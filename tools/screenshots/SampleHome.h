@@ -11,4 +11,7 @@ public:
 
     /// The record that has a transcript with speakers, a correction, a protocol and questions.
     [[nodiscard]] static QUuid meeting();
+
+    /// Recordings that a crash left, to be found by the services.
+    void leaveRecordings() const;
 };

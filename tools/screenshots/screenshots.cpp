@@ -32,6 +32,25 @@ void chooseTab(QWindow *window, int index)
         tabs->setProperty("currentIndex", index);
 }
 
+/// The page of meetings with recordings that are not dealt with.
+void photographLeftovers(const SampleHome &home, MeetingTranscriber &meeting, WindowController &windows,
+                         Desk &desk, const Album &album)
+{
+    home.leaveRecordings();
+    spawn(meeting.findLeftovers());
+    desk.setPage(u"meeting"_s);
+    windows.showMain();
+    QWindow *main = windows.mainWindow();
+    const QSize size = main->size();
+    album.take(main, u"leftovers"_s);
+    main->resize(main->minimumSize());
+    album.take(main, u"leftovers-small"_s);
+    main->resize(size);
+    main->close();
+    while (!meeting.leftovers().isEmpty())
+        meeting.dismissLeftover(meeting.leftovers().constFirst().audioFileName);
+}
+
 /// The indicator as it is while somebody dictates, and while that is worked on.
 void photographIndicator(AppSettings &settings, const Album &album)
 {
@@ -135,6 +154,7 @@ int main(int argc, char **argv)
             const Album album{
                 .folder = QDir(QString::fromLocal8Bit(argv[1])), .isDark = isDark, .language = language};
             photograph(windows, *desk, album);
+            photographLeftovers(home, services.meeting(), windows, *desk, album);
             photographIndicator(services.settings(), album);
         }
     }

@@ -42,9 +42,20 @@ Column {
                     Words {
                         role: Words.Small
                         color: Theme.text
-                        width: parent.width - 26
+                        width: parent.width - (card.canTranscribe ? 54 : 26)
                         height: 20
                         text: card.title
+                    }
+                    PushButton {
+                        anchors.right: parent.right
+                        anchors.rightMargin: 24
+                        anchors.verticalCenter: parent.verticalCenter
+                        implicitHeight: 26
+                        flat: true
+                        visible: card.canTranscribe
+                        iconName: "file"
+                        hint: Texts.of("Расшифровать")
+                        onClicked: panel.activity.transcribe(card.index)
                     }
                     PushButton {
                         anchors.right: parent.right
@@ -70,11 +81,6 @@ Column {
                     text: card.detail
                     wrapMode: Text.Wrap
                     visible: text !== ""
-                }
-                PushButton {
-                    visible: card.canTranscribe
-                    text: Texts.of("Расшифровать")
-                    onClicked: panel.activity.transcribe(card.index)
                 }
             }
         }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Orvane.Windows
 
 /// The original and the corrected text side by side, with what differs marked.
@@ -8,19 +7,14 @@ Item {
 
     required property QtObject record
 
-    ListView {
+    ReadingList {
         id: list
         anchors.fill: parent
         visible: view.record.corrected !== ""
-        clip: true
         topMargin: 12
         bottomMargin: 12
         model: view.record.differences
-        activeFocusOnTab: true
-        boundsBehavior: Flickable.StopAtBounds
-        Accessible.role: Accessible.List
         Accessible.name: Texts.of("Исправлено")
-        T.ScrollBar.vertical: Scroll {}
         header: Item {
             width: list.width
             height: 32
@@ -54,6 +48,13 @@ Item {
             height: Math.max(left.implicitHeight, right.implicitHeight) + 12
             Accessible.role: Accessible.ListItem
             Accessible.name: right.text.replace(/<[^>]*>/g, "")
+            FocusFrame {
+                anchors.leftMargin: Theme.margin - 8
+                anchors.rightMargin: Theme.margin - 8
+                anchors.topMargin: -4
+                anchors.bottomMargin: 6
+                shown: pair.ListView.isCurrentItem && pair.ListView.view.activeFocus
+            }
             Words {
                 id: left
                 x: Theme.margin

@@ -93,6 +93,7 @@ ListView {
     }
 
     Empty {
+        parent: list // and not its content
         anchors.centerIn: parent
         width: parent.width - 48
         visible: list.count === 0 && list.history.isLoaded
@@ -104,6 +105,7 @@ ListView {
 
         property Item row: null
 
+        label: row ? row.title : ""
         ContextEntry {
             text: Texts.of("Переименовать…")
             iconName: "pencil"

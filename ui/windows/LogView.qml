@@ -1,24 +1,18 @@
 import QtQuick
-import QtQuick.Templates as T
 import Orvane.Windows
 
 /// What was done with the record, newest last.
-ListView {
+ReadingList {
     id: view
 
     required property QtObject record
 
-    clip: true
     topMargin: 16
     bottomMargin: 16
     spacing: 12
     model: record.log
-    activeFocusOnTab: true
-    boundsBehavior: Flickable.StopAtBounds
-    Accessible.role: Accessible.List
     Accessible.name: Texts.of("Журнал")
     Keys.onReturnPressed: if (currentItem) currentItem.isOpen = !currentItem.isOpen
-    T.ScrollBar.vertical: Scroll {}
     delegate: Item {
         id: entry
 
@@ -34,6 +28,13 @@ ListView {
         Accessible.role: Accessible.ListItem
         Accessible.name: time + " " + what
         Accessible.description: text
+        FocusFrame {
+            anchors.leftMargin: Theme.margin - 8
+            anchors.rightMargin: Theme.margin - 8
+            anchors.topMargin: -6
+            anchors.bottomMargin: -6
+            shown: entry.ListView.isCurrentItem && entry.ListView.view.activeFocus
+        }
         TapHandler {
             onTapped: entry.isOpen = !entry.isOpen
         }

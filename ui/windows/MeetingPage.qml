@@ -40,6 +40,7 @@ FocusScope {
         RecordButton {
             anchors.horizontalCenter: parent.horizontalCenter
             focus: true
+            implicitWidth: leftovers.visible && page.height < 560 ? 84 : 120
             visible: !page.isTranscribing
             isRecording: page.isRecording
             enabled: page.isRecording || page.meeting.canStart

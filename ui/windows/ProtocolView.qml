@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Orvane.Windows
 
 /// The protocol of a meeting, or of any record.
@@ -8,13 +7,11 @@ Item {
 
     required property QtObject record
 
-    Flickable {
+    Scrolled {
+        id: area
         anchors.fill: parent
         visible: view.record.summary !== ""
-        clip: true
         contentHeight: words.implicitHeight + buttons.height + 48
-        boundsBehavior: Flickable.StopAtBounds
-        T.ScrollBar.vertical: Scroll {}
         Row {
             id: buttons
             anchors.right: parent.right
@@ -40,6 +37,7 @@ Item {
         }
         ReadingText {
             id: words
+            area: area
             x: Theme.margin
             y: buttons.height + 20
             width: Math.min(parent.width - 2 * Theme.margin, 720)

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Orvane.Windows
 
 /// Questions about the text, and what the model answered.
@@ -8,53 +7,62 @@ Item {
 
     required property QtObject record
 
-    ListView {
+    ReadingList {
+        id: list
         anchors.top: parent.top
         anchors.bottom: asking.top
         width: parent.width
-        clip: true
         topMargin: 16
         bottomMargin: 16
         spacing: 16
         model: view.record.questions
-        activeFocusOnTab: true
-        boundsBehavior: Flickable.StopAtBounds
-        Accessible.role: Accessible.List
         Accessible.name: Texts.of("Вопросы")
-        T.ScrollBar.vertical: Scroll {}
-        delegate: Column {
+        delegate: Item {
             id: exchange
 
             required property string question
             required property string answer
             required property string time
 
-            x: Theme.margin
-            width: ListView.view.width - 2 * Theme.margin
-            spacing: 4
+            width: ListView.view.width
+            height: column.implicitHeight
             Accessible.role: Accessible.ListItem
             Accessible.name: question
-            Words {
-                width: parent.width
-                text: exchange.question
-                font.weight: Font.Medium
-                wrapMode: Text.Wrap
+            FocusFrame {
+                anchors.leftMargin: Theme.margin - 8
+                anchors.rightMargin: Theme.margin - 8
+                anchors.topMargin: -6
+                anchors.bottomMargin: -6
+                shown: exchange.ListView.isCurrentItem && exchange.ListView.view.activeFocus
             }
-            ReadingText {
-                width: parent.width
-                textFormat: TextEdit.RichText
-                text: exchange.answer
-                label: exchange.question
-            }
-            Words {
-                role: Words.Small
-                text: exchange.time
+            Column {
+                id: column
+                x: Theme.margin
+                width: parent.width - 2 * Theme.margin
+                spacing: 4
+                Words {
+                    width: parent.width
+                    text: exchange.question
+                    font.weight: Font.Medium
+                    wrapMode: Text.Wrap
+                }
+                ReadingText {
+                    width: parent.width
+                    textFormat: TextEdit.RichText
+                    text: exchange.answer
+                    label: exchange.question
+                }
+                Words {
+                    role: Words.Small
+                    text: exchange.time
+                }
             }
         }
         Empty {
+            parent: list // and not its content
             anchors.centerIn: parent
             width: parent.width - 120
-            visible: parent.count === 0
+            visible: list.count === 0
             iconName: "question"
             title: Texts.of("Спросите о тексте")
             text: Texts.of("Например: «Кто за что отвечает?» или «Какие решения приняты?»")

@@ -1,12 +1,16 @@
 import QtQuick
+import QtQuick.Templates as T
 import Orvane.Windows
 
 /// Text to read, select and copy.
-TextEdit {
+T.TextArea {
     id: reading
 
     property string label
+    /// Scrolls it by the keys that would move in a text.
+    property Scrolled area: null
 
+    implicitHeight: contentHeight
     readOnly: true
     selectByMouse: true
     selectByKeyboard: true
@@ -21,4 +25,9 @@ TextEdit {
     Accessible.role: Accessible.EditableText
     Accessible.name: label
     Accessible.readOnly: true
+    Keys.onPressed: event => event.accepted = area !== null && !(event.modifiers & Qt.ShiftModifier) && area.scroll(event.key)
+    FocusFrame {
+        anchors.margins: -6
+        shown: reading.activeFocus && (reading.focusReason === Qt.TabFocusReason || reading.focusReason === Qt.BacktabFocusReason)
+    }
 }

@@ -9,7 +9,7 @@ T.AbstractButton {
     property bool isRecording: false
 
     implicitWidth: 120
-    implicitHeight: 120
+    implicitHeight: implicitWidth
     opacity: enabled ? 1 : 0.4
     Accessible.role: Accessible.Button
     Accessible.name: isRecording ? Texts.of("Завершить запись") : Texts.of("Начать запись")
@@ -24,9 +24,9 @@ T.AbstractButton {
     contentItem: Item {
         Rectangle {
             anchors.centerIn: parent
-            width: 96
-            height: 96
-            radius: 48
+            width: parent.width - 24
+            height: width
+            radius: width / 2
             color: button.down ? Qt.darker(Theme.accent, 1.15) : button.hovered ? Qt.darker(Theme.accent, 1.06) : Theme.accent
         }
         Rectangle {

@@ -7,6 +7,7 @@ FocusScope {
 
     required property QtObject desk
     readonly property QtObject record: desk.record
+    readonly property bool isNarrow: width < 660
 
     function find() {
         finder.open();
@@ -20,7 +21,7 @@ FocusScope {
         text: page.record.detail
         PushButton {
             iconName: "wand"
-            text: Texts.of("Исправить")
+            text: page.isNarrow ? "" : Texts.of("Исправить")
             enabled: page.record.canProcess && !page.record.isBusy
             hint: page.record.canProcess ? Texts.of("Исправить пунктуацию и ошибки распознавания языковой моделью") : page.record.processingRefusal
             onClicked: {
@@ -30,11 +31,12 @@ FocusScope {
         }
         PushButton {
             iconName: "copy"
-            text: page.width > 700 ? Texts.of("Скопировать") : ""
+            text: page.isNarrow ? "" : Texts.of("Скопировать")
             hint: Texts.of("Скопировать текст или Markdown с таймкодами/спикерами")
             onClicked: copyMenu.popup(this, 0, height + 4)
             ContextMenu {
                 id: copyMenu
+                label: Texts.of("Скопировать")
                 ContextEntry {
                     text: Texts.of("Скопировать текст")
                     onTriggered: page.record.copyText()
@@ -47,11 +49,12 @@ FocusScope {
         }
         PushButton {
             iconName: "save"
-            text: page.width > 700 ? Texts.of("Сохранить") : ""
+            text: page.isNarrow ? "" : Texts.of("Сохранить")
             hint: Texts.of("Сохранить как .txt, .md или .srt")
             onClicked: saveMenu.popup(this, 0, height + 4)
             ContextMenu {
                 id: saveMenu
+                label: Texts.of("Сохранить")
                 ContextEntry {
                     text: Texts.of("Сохранить как .txt")
                     onTriggered: page.record.save("txt")
@@ -72,6 +75,13 @@ FocusScope {
             onClicked: moreMenu.popup(this, 0, height + 4)
             ContextMenu {
                 id: moreMenu
+                label: Texts.of("Ещё")
+                ContextEntry {
+                    text: Texts.of("Найти в тексте")
+                    iconName: "search"
+                    keys: "Ctrl+F"
+                    onTriggered: page.find()
+                }
                 ContextEntry {
                     text: Texts.of("Расшифровать заново…")
                     iconName: "refresh"
@@ -98,7 +108,8 @@ FocusScope {
         Accessible.name: Texts.of("Разделы записи")
         anchors.top: head.bottom
         x: Theme.margin
-        width: parent.width - 2 * Theme.margin - (page.width > 660 ? 160 : 44)
+        width: parent.width - 2 * Theme.margin - (page.isNarrow ? 0 : 160)
+        spacing: page.isNarrow ? 8 : 20
         Tab {
             text: Texts.of("Расшифровка")
         }
@@ -120,10 +131,8 @@ FocusScope {
         anchors.rightMargin: Theme.margin - 12
         anchors.verticalCenter: tabs.verticalCenter
         flat: true
-        visible: tabs.currentIndex === 0
-        text: page.width > 660 ? Texts.of("Найти в тексте") : ""
-        iconName: page.width > 660 ? "" : "search"
-        hint: page.width > 660 ? "" : Texts.of("Найти в тексте")
+        visible: tabs.currentIndex === 0 && !page.isNarrow
+        text: Texts.of("Найти в тексте")
         keys: "Ctrl+F"
         onClicked: finder.open()
     }

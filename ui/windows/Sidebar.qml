@@ -84,14 +84,19 @@ Rectangle {
         width: parent.width
         desk: sidebar.desk
     }
-    ActivityPanel {
+    Scrolled {
         id: activity
         anchors.bottom: parent.bottom
         anchors.bottomMargin: visible ? 16 : 0
         x: 8
         width: parent.width - 16
-        activity: sidebar.desk.activity
-        visible: sidebar.desk.settings.showActivityPanel && count > 0
-        height: visible ? implicitHeight : 0
+        visible: sidebar.desk.settings.showActivityPanel && panel.count > 0
+        height: visible ? Math.min(contentHeight, parent.height * 0.4) : 0
+        contentHeight: panel.implicitHeight
+        ActivityPanel {
+            id: panel
+            width: parent.width
+            activity: sidebar.desk.activity
+        }
     }
 }

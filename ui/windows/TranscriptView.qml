@@ -59,15 +59,14 @@ Item {
             }
         }
     }
-    Flickable {
+    Scrolled {
+        id: area
         anchors.fill: parent
         visible: view.record.asText
-        clip: true
         contentHeight: whole.implicitHeight + 32
-        boundsBehavior: Flickable.StopAtBounds
-        T.ScrollBar.vertical: Scroll {}
         ReadingText {
             id: whole
+            area: area
             x: Theme.margin
             y: 16
             width: parent.width - 2 * Theme.margin

@@ -6,6 +6,9 @@ import Orvane.Windows
 T.Menu {
     id: menu
 
+    /// What it is about, to whoever cannot see it.
+    property string label
+
     margins: 8
     padding: 6
     implicitWidth: 268
@@ -22,5 +25,7 @@ T.Menu {
         interactive: false
         model: menu.contentModel
         currentIndex: menu.currentIndex
+        Accessible.role: Accessible.PopupMenu
+        Accessible.name: menu.label
     }
 }

@@ -15,5 +15,6 @@ T.TabBar {
         spacing: tabs.spacing
         orientation: ListView.Horizontal
         interactive: false
+        clip: true
     }
 }

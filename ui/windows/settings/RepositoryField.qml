@@ -25,6 +25,7 @@ Column {
             placeholderText: "https://"
             label: Texts.of("Адрес хранилища моделей")
             text: place.repository.address
+            onTextChanged: if (!activeFocus) cursorPosition = 0 // its beginning says more
             Keys.onReturnPressed: check.activate()
             Keys.onEnterPressed: check.activate()
         }
