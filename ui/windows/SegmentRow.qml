@@ -21,7 +21,7 @@ Item {
 
     height: Math.max(34, words.implicitHeight + 14)
     Accessible.role: Accessible.ListItem
-    Accessible.name: time + " " + speakerName + " " + text
+    Accessible.name: [time, speakerName, text].filter(part => part !== "").join(" ")
     Accessible.onPressAction: if (isPlayable) playRequested()
 
     Rectangle {
