@@ -28,7 +28,7 @@ struct DescribedKey
         argument.beginStructure();
         argument >> key.id >> key.about;
         argument.endStructure();
-        return argument;
+        return argument; // NOLINT(bugprone-return-const-ref-from-parameter): as Qt wants it
     }
 };
 
