@@ -35,7 +35,7 @@ struct PortalShortcut
         argument.beginStructure();
         argument >> shortcut.id >> shortcut.about;
         argument.endStructure();
-        return argument;
+        return argument; // NOLINT(bugprone-return-const-ref-from-parameter): as Qt wants it
     }
 };
 
@@ -65,7 +65,9 @@ QVariant wishes(TriggerKey trigger)
 
 } // namespace
 
-PortalShortcuts::PortalShortcuts(const QString &preferences) : m_preferencesFile(preferences)
+PortalShortcuts::PortalShortcuts(const QString &preferences)
+    : m_preferencesFile(preferences),
+      m_bus(connectionName)
 {
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
@@ -75,7 +77,7 @@ PortalShortcuts::~PortalShortcuts()
 {
     m_scope.end();
     m_watcher.reset();
-    if (m_bus)
+    if (m_bus.isConnected())
         QDBusConnection::disconnectFromBus(connectionName);
 }
 
@@ -108,25 +110,25 @@ QCoro::Task<bool> PortalShortcuts::isThere()
     // Plasma has a way of its own, and its portal opens the settings at every start.
     if (qEnvironmentVariable("XDG_CURRENT_DESKTOP").contains("KDE"_L1, Qt::CaseInsensitive))
         co_return false;
-    if (!m_bus) {
+    if (!m_watcher) {
         m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
-        m_watcher = std::make_unique<QDBusServiceWatcher>(PortalRequest::service, *m_bus,
+        m_watcher = std::make_unique<QDBusServiceWatcher>(PortalRequest::service, m_bus,
                                                           QDBusServiceWatcher::WatchForOwnerChange);
         connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
                 &PortalShortcuts::portalChanged);
     }
-    if (!m_bus->isConnected())
+    if (!m_bus.isConnected())
         co_return false;
-    co_await m_scope(PortalRequest::introduce(*m_bus));
-    co_return co_await m_scope(PortalRequest::versionOf(interface, *m_bus)) > 0;
+    co_await m_scope(PortalRequest::introduce(m_bus));
+    co_return co_await m_scope(PortalRequest::versionOf(interface, m_bus)) > 0;
 }
 
 QCoro::Task<QString> PortalShortcuts::newSession()
 {
     const QVariantMap options = {
         {u"session_handle_token"_s, u"orvane"_s + QUuid::createUuid().toString(QUuid::Id128)}};
-    const auto response = co_await m_scope(
-        PortalRequest::ask(interface, u"CreateSession"_s, {}, options, *m_bus, sessionLimit));
+    const auto response =
+        co_await m_scope(PortalRequest::ask(interface, u"CreateSession"_s, {}, options, m_bus, sessionLimit));
     const QVariant handle = response ? response->results.value(u"session_handle"_s) : QVariant();
     co_return handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path()
                                                    : handle.toString();
@@ -138,7 +140,7 @@ QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::bind(TriggerKey trigger)
     const QVariantList arguments = {QVariant::fromValue(QDBusObjectPath(m_session)), wishes(trigger),
                                     QString()};
     const auto response =
-        co_await m_scope(PortalRequest::ask(interface, u"BindShortcuts"_s, arguments, {}, *m_bus, userLimit));
+        co_await m_scope(PortalRequest::ask(interface, u"BindShortcuts"_s, arguments, {}, m_bus, userLimit));
     if (!response || m_session.isEmpty())
         co_return Answer::Absent;
     publish(response->results.value(u"shortcuts"_s), trigger);
@@ -156,7 +158,7 @@ void PortalShortcuts::release()
     QDBusMessage close =
         QDBusMessage::createMethodCall(PortalRequest::service, m_session, sessionInterface, u"Close"_s);
     close.setAutoStartService(false);
-    m_bus->send(close);
+    m_bus.send(close);
     forget();
 }
 
@@ -171,9 +173,9 @@ void PortalShortcuts::listen(bool listens)
     const auto change = [this, listens](const QString &path, const QString &what, const QString &signal,
                                         const char *slot) {
         if (listens)
-            m_bus->connect(PortalRequest::service, path, what, signal, this, slot);
+            m_bus.connect(PortalRequest::service, path, what, signal, this, slot);
         else
-            m_bus->disconnect(PortalRequest::service, path, what, signal, this, slot);
+            m_bus.disconnect(PortalRequest::service, path, what, signal, this, slot);
     };
     change(PortalRequest::path, interface, u"Activated"_s, SLOT(activated(QDBusMessage)));
     change(PortalRequest::path, interface, u"ShortcutsChanged"_s, SLOT(changed(QDBusMessage)));

@@ -10,7 +10,6 @@
 #include <QDBusServiceWatcher>
 
 #include <memory>
-#include <optional>
 
 namespace orvane {
 
@@ -48,7 +47,7 @@ private:
 
     const QString m_preferencesFile;
     std::unique_ptr<UserDefaults> m_preferences;
-    std::optional<QDBusConnection> m_bus; // one of our own: the toolkit's is known as another program's
+    QDBusConnection m_bus; // one of our own: the toolkit's is known as another program's
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
     bool m_isBeingAsked = false;
     QString m_session; // its path; empty while there is none

@@ -23,7 +23,7 @@ constexpr bool isSway = compositorKind == Compositor::Kind::Sway;
 
 } // namespace
 
-/// The program as its user has it in a Wayland session: a command that a key is bound to, a voice, and an
+/// The program as its user has it in a Wayland session: keys, a voice, and an
 /// editor that has the focus.
 class WaylandDictationTest : public QObject
 {
@@ -39,14 +39,17 @@ private Q_SLOTS:
         put(m_program.path(u"data/applications/com.orvane.Orvane.desktop"_s),
             "[Desktop "
             "Entry]\nType=Application\nName=Orvane\nX-KDE-Wayland-Interfaces=org_kde_kwin_fake_input\n"
-            "Exec=" ORVANE_PROGRAM "\n");
+            "Exec=" +
+                QFileInfo(QFileInfo(QStringLiteral(ORVANE_PROGRAM)).path() + u"/../libexec/orvane-desktop"_s)
+                    .canonicalFilePath()
+                    .toLocal8Bit() +
+                '\n');
         m_compositor = std::make_unique<Compositor>(compositorKind, m_program.environment());
         const QProcessEnvironment session = m_compositor->environment();
         for (const QString &name : {u"DISPLAY"_s, u"XAUTHORITY"_s, u"WAYLAND_DISPLAY"_s, u"SWAYSOCK"_s,
                                     u"XDG_CURRENT_DESKTOP"_s, u"QT_QPA_PLATFORM"_s})
             m_program.setEnvironment(name, session.value(name));
-        m_application = m_program.start({u"--background"_s});
-        QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
+        startApplication();
     }
 
     void cleanupTestCase()
@@ -87,13 +90,16 @@ private Q_SLOTS:
         QFETCH(const QString, said);
         QFETCH(const QList<std::uint32_t>, held);
         WaylandEditor focused(*m_compositor, editor);
-        QCOMPARE(m_program.run({u"toggle"_s}).exitCode, 0);
+        pressKeys();
         QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
         m_sound.speak(Surroundings::microphone, recording);
         m_compositor->tap({KEY_X}); // the indicator has not taken the focus
         for (const std::uint32_t key : held)
             m_compositor->press(key);
-        QCOMPARE(m_program.run({u"toggle"_s}).exitCode, 0);
+        if (held.isEmpty())
+            pressKeys();
+        else // which would make others of them
+            QCOMPARE(m_program.run({u"toggle"_s}).exitCode, 0);
         QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
         QTRY_VERIFY_WITH_TIMEOUT(!clipboard().isEmpty(), patience);
         QTest::qWait(500);
@@ -107,7 +113,56 @@ private Q_SLOTS:
         VERIFY_WORDS(text.sliced(1), said);
     }
 
+    void escapeCancels()
+    {
+        WaylandEditor terminal(*m_compositor, terminalKind);
+        pressKeys();
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
+        m_compositor->tap({KEY_ESC});
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
+        QCOMPARE(terminal.text(), QString());
+        QTRY_VERIFY_WITH_TIMEOUT((m_compositor->tap({KEY_ESC}), terminal.text().startsWith(u'\x1b')),
+                                 patience);
+    }
+
+    /// What it has taken then is free once it has been started again.
+    void isKilledDuringADictation()
+    {
+        WaylandEditor terminal(*m_compositor, terminalKind);
+        pressKeys();
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
+        m_application->kill();
+        QVERIFY(m_application->waitForFinished(patience));
+        startApplication();
+        QTRY_VERIFY_WITH_TIMEOUT((m_compositor->tap({KEY_ESC}), terminal.text().startsWith(u'\x1b')),
+                                 patience);
+        pressKeys();
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
+        pressKeys();
+    }
+
 private:
+    /// KWin gives a terminal of its own kind no window without a graphics card.
+    static constexpr Kind terminalKind = isSway ? Kind::Terminal : Kind::X11Terminal;
+
+    void startApplication()
+    {
+        m_application = m_program.start({u"--background"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(status(), "idle", patience);
+    }
+
+    /// Those that begin a dictation here, and end it.
+    void pressKeys()
+    {
+        if (isSway) {
+            m_compositor->tap({KEY_RIGHTCTRL});
+            QTest::qWait(60);
+            m_compositor->tap({KEY_RIGHTCTRL});
+        } else {
+            m_compositor->tap({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE});
+        }
+    }
+
     [[nodiscard]] QByteArray status() const { return m_program.run({u"status"_s}).output.trimmed(); }
 
     /// What another program gets when it pastes.
