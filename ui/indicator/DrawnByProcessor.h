@@ -8,7 +8,8 @@ namespace orvane {
 /// the memory that a graphics driver takes before its first frame.
 inline void drawWithTheProcessor()
 {
-    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+    const bool isChosen = QQuickWindow::graphicsApi() == QSGRendererInterface::Software;
+    if (!isChosen && !qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
