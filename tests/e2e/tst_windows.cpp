@@ -1,5 +1,4 @@
-#include "tests/e2e/Surroundings.h"
-#include "tests/support/AccessibleTree.h"
+#include "tests/e2e/WindowedTest.h"
 #include "tests/support/Files.h"
 #include "tests/support/WordError.h"
 #include "tests/support/XDisplay.h"
@@ -19,16 +18,9 @@
 using namespace Qt::StringLiterals;
 using namespace orvane;
 using namespace orvane::test;
-using Element = AccessibleTree::Element;
-using Role = AccessibleTree::Role;
 
 namespace {
 
-// Long enough for a busy machine under a sanitizer.
-constexpr int patience = 120'000;
-const QString said =
-    u"And so my fellow Americans ask not what your country can do for you ask what you can do for "
-    "your country"_s;
 const QString hello = u"hello my name is ivan"_s;
 
 QByteArray talk()
@@ -60,22 +52,15 @@ QString translated(const QString &russian)
     qFatal("no translation of '%s'", qPrintable(russian));
 }
 
-void pressKeys(const QStringList &keys)
-{
-    QCOMPARE(QProcess::execute(u"xdotool"_s, QStringList{u"key"_s} + keys), 0);
-}
-
 } // namespace
 
 /// The windows of the real program, read and worked as a screen reader does it, with the real engines.
-class WindowsTest : public QObject
+class WindowsTest : public WindowedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void init();
-    void cleanup();
 
     void worksOnAFile();
     void everyControlHasAName_data();
@@ -84,84 +69,19 @@ private Q_SLOTS:
     void losesNothingWhenKilled();
 
 private:
-    void launch(const QStringList &arguments = {});
-    void quit();
-    void setPreferences(const QByteArray &language) const;
-    [[nodiscard]] QString transcript() const;
-    [[nodiscard]] QJsonObject record() const
-    {
-        return QJsonDocument::fromJson(contentOf(m_program.recordFiles().value(0))).object();
-    }
     [[nodiscard]] QStringList cyrillicTexts() const;
     void checkNames();
     void checkFocusChain();
     /// What the keyboard is at; empty when that is nothing that can be told.
     [[nodiscard]] QString focusedStop() const;
-
-    OrvaneProgram m_program;
-    Surroundings m_surroundings{m_program};
-    AccessibleTree m_windows{m_surroundings.bus()};
-    std::unique_ptr<QProcess> m_application;
 };
-
-void WindowsTest::initTestCase()
-{
-    m_program.installLanguageModel();
-    m_program.placeEngine(u"whisper-server"_s, qEnvironmentVariable("ORVANE_TEST_ENGINE"));
-    // The small model rambles on.
-    m_program.placeEngine(u"llama-server"_s, QStringLiteral(ORVANE_RECORDING_ENGINE));
-    m_program.setEnvironment(u"ORVANE_TEST_REQUESTS"_s, m_program.path(u"requests"_s));
-    m_program.setEnvironment(u"ORVANE_TEST_ANSWER_TOKENS"_s, u"8"_s);
-    m_program.setEnvironment(u"LLAMA_ARG_THREADS"_s, u"1"_s);
-    m_program.setEnvironment(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
-}
 
 void WindowsTest::init()
 {
     m_program.install(u"tiny.en"_s);
     QDir(m_program.dataFolder() + u"/History"_s).removeRecursively();
     QDir().mkpath(m_program.dataFolder() + u"/History"_s);
-    setPreferences("ru");
-}
-
-void WindowsTest::setPreferences(const QByteArray &language) const
-{
-    m_program.setPreferences(R"({"selectedModelID": "tiny.en", "dictationLanguage": "en",
-        "textCorrectionEnabled": true, "interfaceLanguage": ")" +
-                             language + R"("})");
-}
-
-void WindowsTest::cleanup()
-{
-    if (m_application && m_application->state() == QProcess::Running)
-        quit();
-}
-
-void WindowsTest::launch(const QStringList &arguments)
-{
-    m_application = m_program.start(arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(m_windows.is(Role::Frame, u"Orvane"_s, &Element::isActive), patience);
-}
-
-void WindowsTest::quit()
-{
-    m_application->terminate();
-    QVERIFY(m_application->waitForFinished(patience));
-    QCOMPARE(m_application->exitCode(), 0);
-    const QByteArray complaints = m_application->readAllStandardError();
-    QVERIFY2(!complaints.contains("qrc:"), complaints.constData());
-    QTRY_VERIFY_WITH_TIMEOUT(m_windows.shown().isEmpty(), patience);
-}
-
-QString WindowsTest::transcript() const
-{
-    static const QRegularExpression time(u"^\\d+:\\d+ "_s);
-    QStringList texts;
-    for (const Element &element : m_windows.shown()) {
-        if (element.role == Role::ListItem && element.name.contains(time))
-            texts.append(QString(element.name).remove(time));
-    }
-    return texts.join(u' ');
+    setPreferences();
 }
 
 void WindowsTest::worksOnAFile()
@@ -172,7 +92,7 @@ void WindowsTest::worksOnAFile()
     QVERIFY(m_windows.press(Role::PageTab, u"Файл"_s));
     QVERIFY(m_windows.press(Role::Button, u"Открыть"_s));
     QTRY_VERIFY_WITH_TIMEOUT(!transcript().isEmpty(), patience);
-    VERIFY_WORDS(transcript(), said);
+    VERIFY_WORDS(transcript(), said());
 
     QVERIFY(m_windows.press(Role::Button, u"Исправить"_s));
     QTRY_VERIFY_WITH_TIMEOUT(m_windows.find(Role::List, u"Исправлено"_s), patience);
@@ -206,7 +126,7 @@ void WindowsTest::worksOnAFile()
     QVERIFY(m_windows.press(Role::Button, u"Удалить"_s));
     QVERIFY(m_windows.press(Role::Button, u"Вернуть"_s));
     QVERIFY(m_windows.press(Role::ListItem, u"Inaugural address"_s));
-    VERIFY_WORDS(record()[u"text"_s].toString(), said);
+    VERIFY_WORDS(record()[u"text"_s].toString(), said());
 
     QVERIFY(!cyrillicTexts().isEmpty());
     QVERIFY(m_windows.press(Role::Button, u"Настройки…"_s));
@@ -351,8 +271,7 @@ void WindowsTest::losesNothingWhenKilled()
         QVERIFY(m_windows.press(Role::Button, u"Исправить"_s));
     }
     QTRY_VERIFY_WITH_TIMEOUT(m_windows.find(Role::Button, u"Отменить"_s), patience);
-    m_application->kill();
-    QVERIFY(m_application->waitForFinished(patience));
+    kill();
 
     launch();
     QVERIFY(m_windows.press(Role::ListItem, u"Talk"_s));

@@ -190,32 +190,57 @@ QString AccessibleTree::text(Role role, const QString &name) const
     return element ? text(*element) : QString();
 }
 
-bool AccessibleTree::work(Role role, const QString &name,
-                          const std::function<bool(const Element &)> &deed) const
+bool AccessibleTree::work(const QString &what, const std::function<std::optional<Element>()> &look,
+                          const Visitor &deed) const
 {
     for (const QDeadlineTimer end(patience); !end.hasExpired(); QTest::qWait(50)) {
-        const std::optional<Element> element = find(role, name);
+        const std::optional<Element> element = look();
         if (element && element->isEnabled() && deed(*element))
             return true;
     }
-    qWarning("no element with role %u and name '%s' could be worked; there are:", uint(role),
-             qPrintable(name));
+    qWarning("%s could not be worked; there are:", qPrintable(what));
     for (const Element &element : shown())
         qWarning("  %u '%s' %s", uint(element.role), qPrintable(element.name), qPrintable(text(element)));
     return false;
 }
 
+bool AccessibleTree::work(Role role, const QString &name, const Visitor &deed) const
+{
+    return work(u"role %1 '%2'"_s.arg(uint(role)).arg(name), [&] { return find(role, name); }, deed);
+}
+
+bool AccessibleTree::press(const Element &element) const
+{
+    const QString interface = u"org.a11y.atspi.Action"_s;
+    const QList<QStringList> actions = textsOf(call(element, interface, u"GetActions"_s), 3);
+    for (qsizetype i = 0; i < actions.size(); ++i) {
+        if (actions.at(i).constFirst() == u"Press"_s)
+            return call(element, interface, u"DoAction"_s, {int(i)}).toBool();
+    }
+    return false;
+}
+
 bool AccessibleTree::press(Role role, const QString &name) const
 {
-    return work(role, name, [this](const Element &element) {
-        const QString interface = u"org.a11y.atspi.Action"_s;
-        const QList<QStringList> actions = textsOf(call(element, interface, u"GetActions"_s), 3);
-        for (qsizetype i = 0; i < actions.size(); ++i) {
-            if (actions.at(i).constFirst() == u"Press"_s)
-                return call(element, interface, u"DoAction"_s, {int(i)}).toBool();
-        }
-        return false;
-    });
+    return work(role, name, [this](const Element &element) { return press(element); });
+}
+
+bool AccessibleTree::pressIn(const QString &listItem, Role role, const QString &name) const
+{
+    const auto look = [&]() -> std::optional<Element> {
+        const std::optional<Element> item = find(Role::ListItem, listItem);
+        std::optional<Element> found;
+        const auto isMeant = [&](const Element &element) {
+            if (element.role == role && element.name == name)
+                found = element;
+            return !found;
+        };
+        if (item)
+            visit(*item, isMeant);
+        return found;
+    };
+    return work(u"'%1' of '%2'"_s.arg(name, listItem), look,
+                [this](const Element &element) { return press(element); });
 }
 
 bool AccessibleTree::focus(Role role, const QString &name) const
@@ -232,6 +257,14 @@ bool AccessibleTree::type(const QString &field, const QString &text) const
     return focus(Role::Text, field) && QProcess::execute(u"xdotool"_s, {u"key"_s, u"ctrl+a"_s}) == 0 &&
            QProcess::execute(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"0"_s, text}) == 0 &&
            work(Role::Text, field, [&](const Element &element) { return this->text(element) == text; });
+}
+
+bool AccessibleTree::write(const QString &field, const QString &text) const
+{
+    return work(Role::Text, field, [&](const Element &element) {
+        call(element, u"org.a11y.atspi.EditableText"_s, u"SetTextContents"_s, {text});
+        return this->text(element) == text;
+    });
 }
 
 } // namespace orvane::test

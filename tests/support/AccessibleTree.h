@@ -69,18 +69,24 @@ public:
 
     /// False when it did not come or could not be worked.
     [[nodiscard]] bool press(Role role, const QString &name) const;
+    /// The one in the first list item so named.
+    [[nodiscard]] bool pressIn(const QString &listItem, Role role, const QString &name) const;
     [[nodiscard]] bool focus(Role role, const QString &name) const;
     /// Types into a field in place of what is there.
     [[nodiscard]] bool type(const QString &field, const QString &text) const;
+    /// The same without a key.
+    [[nodiscard]] bool write(const QString &field, const QString &text) const;
 
 private:
     using Visitor = std::function<bool(const Element &)>;
 
     /// As long as the visitor returns true.
     bool visit(const Element &parent, const Visitor &visitor) const;
-    /// Tries until the deed is done.
-    [[nodiscard]] bool work(Role role, const QString &name,
-                            const std::function<bool(const Element &)> &deed) const;
+    /// Tries until the deed is done with what `look` finds.
+    [[nodiscard]] bool work(const QString &what, const std::function<std::optional<Element>()> &look,
+                            const Visitor &deed) const;
+    [[nodiscard]] bool work(Role role, const QString &name, const Visitor &deed) const;
+    [[nodiscard]] bool press(const Element &element) const;
     QVariant call(const Element &element, const QString &interface, const QString &method,
                   const QVariantList &arguments = {}) const;
     [[nodiscard]] QVariant property(const Element &element, const QString &interface,
