@@ -105,8 +105,6 @@ public:
     /// Clears the published result, unless a transcription is running.
     void reset();
 
-    void requestEngineRestart() { m_engine.requestRestart(); }
-
 Q_SIGNALS:
     void isWorkingChanged();
     void isBusyDetachedChanged();

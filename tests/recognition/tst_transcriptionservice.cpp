@@ -307,7 +307,7 @@ private Q_SLOTS:
         transcribe(request(u"a.wav"_s));
         QCOMPARE(m_home->launches().size(), 1);
 
-        m_service->requestEngineRestart();
+        m_engine->requestRestart();
         m_home->behave({.exitAfterMs = 0});
         QTest::failOnWarning(QRegularExpression(u".*"_s));
         m_service->prewarm(model());
