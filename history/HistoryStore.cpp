@@ -1,6 +1,7 @@
 #include "history/HistoryStore.h"
 
 #include "base/Async.h"
+#include "history/MergedRecords.h"
 
 #include <algorithm>
 #include <utility>
@@ -67,43 +68,15 @@ QCoro::Task<> HistoryStore::list()
         startPreparingSearch();
 }
 
-// What stays keeps its place in the list; what is new takes its place by time. A change made here that is
-// still on its way to the disk is not undone.
 void HistoryStore::takeOver(const QList<RecordSummary> &now)
 {
-    QHash<QUuid, const RecordSummary *> unmet;
-    for (const RecordSummary &record : now)
-        unmet.insert(record.id, &record);
-    QList<RecordSummary> staying;
-    QList<QUuid> changed;
-    for (const RecordSummary &record : std::as_const(m_records)) {
-        const RecordSummary *fresh = unmet.take(record.id);
-        if (m_writes.isPending(record.id)) {
-            staying.append(record);
-        } else if (fresh) {
-            staying.append(*fresh);
-            if (*fresh != record)
-                changed.append(record.id);
-        }
-    }
-
-    QList<RecordSummary> records;
-    records.reserve(now.size());
-    auto next = staying.cbegin();
-    for (const RecordSummary &record : now) {
-        if (!unmet.contains(record.id) || m_writes.isPending(record.id))
-            continue;
-        while (next != staying.cend() && next->createdAt > record.createdAt)
-            records.append(*next++);
-        records.append(record);
-    }
-    records.append(QList(next, staying.cend()));
-
-    if (std::exchange(m_records, records) == records)
+    const auto isPending = [this](const QUuid &id) { return m_writes.isPending(id); };
+    const MergedRecords merged = mergedRecords(m_records, now, isPending);
+    if (std::exchange(m_records, merged.records) == merged.records)
         return;
     if (m_loaded)
         Q_EMIT recordsChanged();
-    for (const QUuid &id : changed)
+    for (const QUuid &id : merged.changed)
         Q_EMIT recordChanged(id);
 }
 
