@@ -83,6 +83,7 @@ public:
         Function function = m_function;
         announceHandOver();
         function();
+        announceHandOver(); // what it did, to who waits for its thread
     }
 
 private:

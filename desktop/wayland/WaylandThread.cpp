@@ -41,7 +41,7 @@ WaylandThread::WaylandThread() : m_paster(new WaylandPaster)
 WaylandThread::~WaylandThread()
 {
     // After what is waiting there.
-    QMetaObject::invokeMethod(m_paster, [thread = &m_thread] { thread->quit(); });
+    QMetaObject::invokeMethod(m_paster, HandedOver([thread = &m_thread] { thread->quit(); }));
     m_thread.wait();
 }
 

@@ -40,6 +40,12 @@ FakeEngineBehaviour answering(const FakeAnswer &answer)
 
 } // namespace
 
+// The thread sanitizer has these functions to itself.
+#if defined(__has_feature) && __has_feature(thread_sanitizer)
+constexpr bool canRefuse = false;
+#else
+constexpr bool canRefuse = true;
+
 void *operator new[](size_t size)
 {
     if (size >= refusedFrom)
@@ -61,6 +67,7 @@ void operator delete[](void *memory, size_t /*size*/) noexcept
 {
     ::operator delete(memory);
 }
+#endif
 
 class TestMeetingTranscriber : public QObject
 {
@@ -300,6 +307,8 @@ private Q_SLOTS:
 
     void memoryEnds()
     {
+        if (!canRefuse)
+            QSKIP("memory cannot be refused under the thread sanitizer");
         record(1);
         const QString name = m_home->audio().value(0);
         QTRY_COMPARE(QFileInfo(m_home->recordings().filePath(name)).size(), 44 + 32'000);
