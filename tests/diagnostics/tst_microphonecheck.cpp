@@ -82,8 +82,8 @@ private:
     [[nodiscard]] QString noise() const
     {
         const QString file = m_folder.filePath(u"noise.wav"_s);
-        QProcess::execute(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
-                                        u"anoisesrc=d=20:r=48000"_s, file});
+        QProcess::execute(u"ffmpeg"_s, {u"-nostdin"_s, u"-v"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s,
+                                        u"-i"_s, u"anoisesrc=d=20:r=48000"_s, file});
         return file;
     }
 

@@ -310,7 +310,7 @@ private Q_SLOTS:
 
         record();
         dictation().stop();
-        QTRY_COMPARE_WITH_TIMEOUT(m_home->injector.texts.size(), 1, 60'000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_home->injector.texts.size(), 1, 240'000);
         QCOMPARE(dictation().lastError(), QString());
         QVERIFY(!m_home->injector.texts.constFirst().isEmpty());
         QVERIFY(m_home->injector.texts.constFirst() != helloWorld);

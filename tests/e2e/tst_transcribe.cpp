@@ -27,7 +27,7 @@ const QString said =
 void makeMedia(const QStringList &arguments)
 {
     QProcess ffmpeg;
-    ffmpeg.start(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s, u"-y"_s} + arguments);
+    ffmpeg.start(u"ffmpeg"_s, QStringList{u"-nostdin"_s, u"-v"_s, u"error"_s, u"-y"_s} + arguments);
     QVERIFY2(ffmpeg.waitForFinished(-1) && ffmpeg.exitCode() == 0, ffmpeg.readAllStandardError().constData());
 }
 

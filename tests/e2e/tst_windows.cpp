@@ -262,8 +262,8 @@ void WindowsTest::losesNothingWhenKilled()
     m_program.addRecord(u"0A1B2C3D-4E5F-4607-8899-AABBCCDDEEFF"_s, talk());
     const QByteArray stored = contentOf(m_program.recordFiles().constFirst());
     const QString recording = m_program.path(u"long.wav"_s);
-    QCOMPARE(QProcess::execute(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-y"_s, u"-stream_loop"_s, u"40"_s,
-                                             u"-i"_s, fixture(u"jfk.wav"_s), recording}),
+    QCOMPARE(QProcess::execute(u"ffmpeg"_s, {u"-nostdin"_s, u"-v"_s, u"error"_s, u"-y"_s, u"-stream_loop"_s,
+                                             u"40"_s, u"-i"_s, fixture(u"jfk.wav"_s), recording}),
              0);
     launch(isCorrecting ? QStringList() : QStringList{u"open"_s, recording});
     if (isCorrecting) {
