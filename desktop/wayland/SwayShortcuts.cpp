@@ -88,7 +88,7 @@ QCoro::Task<> SwayShortcuts::bind()
     const QJsonValue state = co_await m_scope(m_sway.ask(Request::GetBindingState));
     m_isInDefaultMode = state[u"name"_s].toString(u"default"_s) == "default"_L1;
     m_bound.clear();
-    if (!m_config.binds(escapeKeys))
+    if (!m_escapeIsTaken && !m_config.binds(escapeKeys))
         m_bound.insert(escapeKeys, escapeCommand); // perhaps, by a run that was killed
     settle();
     Q_EMIT shortcutsChanged();

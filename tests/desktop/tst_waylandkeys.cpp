@@ -186,8 +186,16 @@ private Q_SLOTS:
         if (!isSway)
             return; // only sway forgets its keys then
         QSignalSpy toggled(m_tap.get(), &KeyTap::togglePressed);
+        QSignalSpy escaped(m_tap.get(), &KeyTap::escapePressed);
+        m_tap->setEscapeIntercepted(true);
+        QTRY_VERIFY((m_compositor->tap({KEY_ESC}), !escaped.isEmpty()));
+        waitForPresses();
         m_compositor->command({u"reload"_s});
+        m_compositor->command({u"nop"_s}); // answered after that
+        toggled.clear();
+        escaped.clear();
         QTRY_VERIFY_WITH_TIMEOUT((m_compositor->tap(toggleKeys), !toggled.isEmpty()), patience);
+        QTRY_VERIFY_WITH_TIMEOUT((m_compositor->tap({KEY_ESC}), !escaped.isEmpty()), patience);
     }
 
     /// The last one.
