@@ -99,13 +99,22 @@ bool DataControlClipboard::offer(const QByteArray &text)
 DataControlClipboard::Device DataControlClipboard::makeDevice()
 {
     Device device(zwlr_data_control_manager_v1_get_data_device(m_manager.get(), m_seat.get()));
-    // What others offer is none of our business.
     static constexpr zwlr_data_control_device_v1_listener listener{
-        .data_offer = [](void *, zwlr_data_control_device_v1 *,
-                         zwlr_data_control_offer_v1 *offer) { zwlr_data_control_offer_v1_destroy(offer); },
-        .selection = [](void *, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *) {},
+        .data_offer =
+            [](void *self, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *offer) {
+                static_cast<DataControlClipboard *>(self)->m_offers.emplace_back(offer);
+            },
+        .selection =
+            [](void *self, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *offer) {
+                auto *clipboard = static_cast<DataControlClipboard *>(self);
+                clipboard->replace(clipboard->m_offeredByClipboard, offer);
+            },
         .finished = [](void *, zwlr_data_control_device_v1 *) {},
-        .primary_selection = [](void *, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *) {}};
+        .primary_selection =
+            [](void *self, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *offer) {
+                auto *clipboard = static_cast<DataControlClipboard *>(self);
+                clipboard->replace(clipboard->m_offeredByPrimary, offer);
+            }};
     zwlr_data_control_device_v1_add_listener(device.get(), &listener, this);
     return device;
 }
@@ -139,14 +148,24 @@ void DataControlClipboard::send(const char *type, int pipe)
     ::close(pipe);
 }
 
+void DataControlClipboard::replace(zwlr_data_control_offer_v1 *&before, zwlr_data_control_offer_v1 *now)
+{
+    if (before != now)
+        std::erase_if(m_offers, [before](const Offer &offer) { return offer.get() == before; });
+    before = now;
+}
+
 void DataControlClipboard::cancelled(zwlr_data_control_source_v1 *source)
 {
     if (source == m_clipboard.get())
         m_clipboard.reset();
     else if (source == m_primary.get())
         m_primary.reset();
-    if (!m_clipboard && !m_primary)
-        m_device.reset();
+    if (m_clipboard || m_primary)
+        return;
+    m_device.reset();
+    m_offers.clear();
+    m_offeredByClipboard = m_offeredByPrimary = nullptr;
 }
 
 } // namespace orvane

@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <memory>
+#include <vector>
 
 namespace orvane {
 
@@ -31,6 +32,7 @@ private:
     using Manager = WaylandOwned<zwlr_data_control_manager_v1, zwlr_data_control_manager_v1_destroy>;
     using Seat = WaylandOwned<wl_seat, wl_seat_destroy>;
     using Device = WaylandOwned<zwlr_data_control_device_v1, zwlr_data_control_device_v1_destroy>;
+    using Offer = WaylandOwned<zwlr_data_control_offer_v1, zwlr_data_control_offer_v1_destroy>;
     using Source = WaylandOwned<zwlr_data_control_source_v1, zwlr_data_control_source_v1_destroy>;
 
     DataControlClipboard(WaylandDisplay &display, Manager manager, Seat seat, bool hasPrimary);
@@ -38,6 +40,8 @@ private:
     [[nodiscard]] Device makeDevice();
     [[nodiscard]] Source makeSource();
     void send(const char *type, int pipe);
+    /// Another program's offer, or none, has taken the place of that one.
+    void replace(zwlr_data_control_offer_v1 *&before, zwlr_data_control_offer_v1 *now);
     void cancelled(zwlr_data_control_source_v1 *source);
 
     WaylandDisplay &m_display;
@@ -47,6 +51,10 @@ private:
     QByteArray m_text;
     int m_fetches = 0;
     Device m_device; ///< null while nothing is offered: it hears of everything that anybody copies
+    /// What others offer. The compositor may name one until it is replaced: none ends before.
+    std::vector<Offer> m_offers;
+    zwlr_data_control_offer_v1 *m_offeredByClipboard = nullptr;
+    zwlr_data_control_offer_v1 *m_offeredByPrimary = nullptr;
     Source m_clipboard;
     Source m_primary;
 };
