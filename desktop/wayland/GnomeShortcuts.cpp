@@ -92,7 +92,7 @@ std::optional<GnomeShortcuts::Keybindings> GnomeShortcuts::bound(TriggerKey trig
             Keybinding wanted = keybinding;
             wanted.command = ours.command;
             for (const TriggerKey other : triggerKeys) {
-                if (keybinding.accelerator == acceleratorOf(other))
+                if (keybinding.folder == tapFolder && keybinding.accelerator == acceleratorOf(other))
                     wanted.accelerator = ours.accelerator;
             }
             const bool differs =

@@ -166,9 +166,14 @@ private Q_SLOTS:
 
         // The next start finds them, moves them to another chosen key, and shows what the user makes of them.
         m_tap.reset();
+        const QString toggle = QString::fromLatin1(gnomeFolder) + u"orvane-toggle/"_s;
+        gsettings({u"set"_s, toggle, u"binding"_s, u"'Control_R'"_s});
+        gsettings({u"set"_s, QString::fromLatin1(gnomeFolder).section(u'.', 0, 4), u"custom-keybindings"_s,
+                   u"['%1', '%2']"_s.arg(ours.section(u':', 1), toggle.section(u':', 1))});
         install(TriggerKey::RightOption);
         QTRY_VERIFY(m_tap->isActive());
         QCOMPARE(gsettings({u"get"_s, ours, u"binding"_s}), u"'Alt_R'"_s);
+        QCOMPARE(gsettings({u"get"_s, toggle, u"binding"_s}), u"'Control_R'"_s); // chosen by the user
         gsettings({u"set"_s, ours, u"binding"_s, u"'<Super>d'"_s});
         QTRY_COMPARE(m_tap->shortcuts()->twice, u"Super+D"_s);
     }
