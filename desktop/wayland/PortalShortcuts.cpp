@@ -11,6 +11,7 @@
 #include <QUuid>
 
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -83,14 +84,18 @@ PortalShortcuts::~PortalShortcuts()
 
 QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::ask(TriggerKey trigger, Occasion occasion)
 {
+    if (const std::shared_ptr<OneTimeEvent> answered = m_answered) {
+        co_await m_scope(answered->wait());
+        co_return Answer(m_answer);
+    }
     if (!m_session.isEmpty())
         co_return Answer::Given; // which keys they are is the user's choice
-    m_isBeingAsked = true;
-    const Answer answer = co_await m_scope(askPortal(trigger, occasion));
-    m_isBeingAsked = false;
-    if (answer != Answer::Given)
+    m_answered = OneTimeEvent::create();
+    m_answer = co_await m_scope(askPortal(trigger, occasion));
+    if (m_answer != Answer::Given)
         release();
-    co_return answer;
+    std::exchange(m_answered, nullptr)->happen();
+    co_return Answer(m_answer);
 }
 
 QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::askPortal(TriggerKey trigger, Occasion occasion)
@@ -141,14 +146,16 @@ QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::bind(TriggerKey trigger)
                                     QString()};
     const auto response =
         co_await m_scope(PortalRequest::ask(interface, u"BindShortcuts"_s, arguments, {}, m_bus, userLimit));
-    if (!response || m_session.isEmpty())
+    if (!response)
         co_return Answer::Absent;
     publish(response->results.value(u"shortcuts"_s), trigger);
     const bool isGiven = !m_shortcuts.once.isEmpty() || !m_shortcuts.twice.isEmpty();
     const bool isRefused = !isGiven && response->code == 1;
     if (isGiven || isRefused)
         preferences().set(refusalKey, isRefused);
-    co_return isGiven ? Answer::Given : isRefused ? Answer::Refused : Answer::Absent;
+    if (isRefused)
+        co_return Answer::Refused;
+    co_return isGiven && !m_session.isEmpty() ? Answer::Given : Answer::Absent;
 }
 
 void PortalShortcuts::release()
@@ -220,7 +227,7 @@ void PortalShortcuts::changed(const QDBusMessage &message)
 /// question is not asked for ever.
 void PortalShortcuts::portalChanged(const QString & /*name*/, const QString & /*before*/, const QString &now)
 {
-    if (m_isBeingAsked)
+    if (m_answered)
         return;
     if (!m_session.isEmpty())
         sessionClosed();
@@ -228,13 +235,15 @@ void PortalShortcuts::portalChanged(const QString & /*name*/, const QString & /*
         Q_EMIT restarted();
 }
 
-/// Also when the portal has ended, with all its sessions: it is asked for a new one, which starts it.
+/// Also when the portal has ended, with all its sessions: it is asked for a new one, which starts it. Some
+/// portals close the session of whom the user refuses, before they say so.
 void PortalShortcuts::sessionClosed()
 {
     if (m_session.isEmpty())
         return;
     forget();
-    Q_EMIT restarted();
+    if (!m_answered)
+        Q_EMIT restarted();
 }
 
 UserDefaults &PortalShortcuts::preferences()

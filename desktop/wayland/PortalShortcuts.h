@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/OneTimeEvent.h"
 #include "base/Scope.h"
 #include "desktop/wayland/PortalRequest.h"
 #include "desktop/wayland/ShortcutGiver.h"
@@ -49,8 +50,9 @@ private:
     std::unique_ptr<UserDefaults> m_preferences;
     QDBusConnection m_bus; // one of our own: the toolkit's is known as another program's
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
-    bool m_isBeingAsked = false;
-    QString m_session; // its path; empty while there is none
+    std::shared_ptr<OneTimeEvent> m_answered; // null while nobody asks
+    Answer m_answer = Answer::Absent;         // the last one
+    QString m_session;                        // its path; empty while there is none
     Shortcuts m_shortcuts;
     Scope m_scope;
 };

@@ -97,9 +97,17 @@ private Q_SLOTS:
         QTRY_COMPARE(toggled.size(), 1);
     }
 
+    void refusalIsRemembered_data()
+    {
+        const Rows<FakePortal::User> row("user");
+        row("refused", FakePortal::User::Refuses);
+        row("the session ends before the answer", FakePortal::User::RefusesAndTheSessionEnds);
+    }
+
     void refusalIsRemembered()
     {
-        startPortal(FakePortal::User::Refuses);
+        QFETCH(const FakePortal::User, user);
+        startPortal(user);
         install();
         QTRY_VERIFY(m_tap->canBeSetUp());
         QVERIFY(!m_tap->isActive());
@@ -130,6 +138,22 @@ private Q_SLOTS:
         QSignalSpy settled(m_tap.get(), &KeyTap::keysChanged);
         QTRY_VERIFY(!settled.isEmpty());
         QVERIFY(!m_tap->isActive() && !m_tap->canBeSetUp());
+    }
+
+    /// Nobody has keys before the user has answered, whoever else wants them meanwhile.
+    void userIsStillAsked()
+    {
+        startPortal(FakePortal::User::IsSilent);
+        install();
+        QTRY_VERIFY(m_portal->calls.contains(u"BindShortcuts"_s));
+        m_tap->uninstall();
+        m_tap->install();
+        QTest::qWait(100);
+        QVERIFY(!m_tap->isActive());
+        QCOMPARE(m_portal->calls.count(u"BindShortcuts"_s), 1);
+        m_portal.reset();
+        QSignalSpy settled(m_tap.get(), &KeyTap::keysChanged);
+        QTRY_VERIFY(!settled.isEmpty());
     }
 
     void nobodyGivesKeys()

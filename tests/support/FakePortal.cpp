@@ -133,6 +133,9 @@ void FakePortal::bind(const QDBusMessage &call)
     case User::AgreesButIsReportedToHaveFailed:
         respond(call, options, 2, given);
         break;
+    case User::RefusesAndTheSessionEnds:
+        closeSession();
+        [[fallthrough]];
     case User::Refuses:
         respond(call, options, 1, {});
         break;

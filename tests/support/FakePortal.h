@@ -15,7 +15,7 @@ class FakePortal : public QDBusVirtualObject
     Q_OBJECT
 
 public:
-    enum class User { Agrees, AgreesButIsReportedToHaveFailed, Refuses, IsSilent };
+    enum class User { Agrees, AgreesButIsReportedToHaveFailed, Refuses, RefusesAndTheSessionEnds, IsSilent };
 
     FakePortal();
     ~FakePortal() override;
