@@ -107,7 +107,8 @@ QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::askPortal(TriggerKey trigger
     m_session = co_await m_scope(newSession());
     if (m_session.isEmpty())
         co_return Answer::Absent;
-    co_return co_await m_scope(bind(trigger));
+    m_trigger = trigger;
+    co_return co_await m_scope(bind());
 }
 
 QCoro::Task<bool> PortalShortcuts::isThere()
@@ -139,16 +140,16 @@ QCoro::Task<QString> PortalShortcuts::newSession()
                                                    : handle.toString();
 }
 
-QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::bind(TriggerKey trigger)
+QCoro::Task<ShortcutGiver::Answer> PortalShortcuts::bind()
 {
     listen(true);
-    const QVariantList arguments = {QVariant::fromValue(QDBusObjectPath(m_session)), wishes(trigger),
+    const QVariantList arguments = {QVariant::fromValue(QDBusObjectPath(m_session)), wishes(m_trigger),
                                     QString()};
     const auto response =
         co_await m_scope(PortalRequest::ask(interface, u"BindShortcuts"_s, arguments, {}, m_bus, userLimit));
     if (!response)
         co_return Answer::Absent;
-    publish(response->results.value(u"shortcuts"_s), trigger);
+    publish(response->results.value(u"shortcuts"_s));
     const bool isGiven = !m_shortcuts.once.isEmpty() || !m_shortcuts.twice.isEmpty();
     const bool isRefused = !isGiven && response->code == 1;
     if (isGiven || isRefused)
@@ -190,14 +191,14 @@ void PortalShortcuts::listen(bool listens)
 }
 
 /// The portal names the keys in its own words, and sometimes not at all.
-void PortalShortcuts::publish(const QVariant &shortcuts, TriggerKey trigger)
+void PortalShortcuts::publish(const QVariant &shortcuts)
 {
     m_shortcuts = {.giver = Shortcuts::Giver::Portal};
     for (const PortalShortcut &shortcut : qdbus_cast<QList<PortalShortcut>>(shortcuts)) {
         const QString said =
             GnomeAccelerator::nameIn(shortcut.about.value(u"trigger_description"_s).toString());
         if (shortcut.id == tapId)
-            m_shortcuts.twice = said.isEmpty() ? triggerName(trigger).toString() : said;
+            m_shortcuts.twice = said.isEmpty() ? triggerName(m_trigger).toString() : said;
         else if (shortcut.id == toggleId)
             m_shortcuts.once = said.isEmpty() ? u"Ctrl+Alt+Space"_s : said;
     }
@@ -219,7 +220,7 @@ void PortalShortcuts::changed(const QDBusMessage &message)
     const QVariantList arguments = message.arguments();
     if (arguments.value(0).value<QDBusObjectPath>().path() != m_session)
         return;
-    publish(arguments.value(1), TriggerKey::RightCommand);
+    publish(arguments.value(1));
     Q_EMIT shortcutsChanged();
 }
 

@@ -40,9 +40,9 @@ private:
     [[nodiscard]] QCoro::Task<Answer> askPortal(TriggerKey trigger, Occasion occasion);
     [[nodiscard]] QCoro::Task<bool> isThere();
     [[nodiscard]] QCoro::Task<QString> newSession();
-    [[nodiscard]] QCoro::Task<Answer> bind(TriggerKey trigger);
+    [[nodiscard]] QCoro::Task<Answer> bind();
     void listen(bool listens);
-    void publish(const QVariant &shortcuts, TriggerKey trigger);
+    void publish(const QVariant &shortcuts);
     void forget();
     [[nodiscard]] UserDefaults &preferences();
 
@@ -50,9 +50,10 @@ private:
     std::unique_ptr<UserDefaults> m_preferences;
     QDBusConnection m_bus; // one of our own: the toolkit's is known as another program's
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
-    std::shared_ptr<OneTimeEvent> m_answered; // null while nobody asks
-    Answer m_answer = Answer::Absent;         // the last one
-    QString m_session;                        // its path; empty while there is none
+    std::shared_ptr<OneTimeEvent> m_answered;        // null while nobody asks
+    Answer m_answer = Answer::Absent;                // the last one
+    QString m_session;                               // its path; empty while there is none
+    TriggerKey m_trigger = TriggerKey::RightCommand; // which the portal was asked for
     Shortcuts m_shortcuts;
     Scope m_scope;
 };
