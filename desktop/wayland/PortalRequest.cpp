@@ -4,33 +4,30 @@
 
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
+#include <QDeadlineTimer>
 #include <QUuid>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace orvane {
 
-namespace {
-
-/// At the beginning of a session everything starts at once, the portal among it.
-constexpr std::chrono::seconds startLimit{60};
-
-} // namespace
-
-QCoro::Task<> PortalRequest::introduce(QDBusConnection bus)
+QCoro::Task<> PortalRequest::introduce(QDBusConnection bus, std::chrono::milliseconds limit)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
         service, path, u"org.freedesktop.host.portal.Registry"_s, u"Register"_s);
     call.setArguments({u"com.orvane.Orvane"_s, QVariantMap()});
-    co_await BusCall::answerTo(call, bus, startLimit);
+    co_await BusCall::answerTo(call, bus, limit);
 }
 
-QCoro::Task<uint> PortalRequest::versionOf(QString interface, QDBusConnection bus)
+QCoro::Task<uint> PortalRequest::versionOf(QString interface, QDBusConnection bus,
+                                           std::chrono::milliseconds limit)
 {
     QDBusMessage call =
         QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     call.setArguments({interface, u"version"_s});
-    const QDBusMessage answer = co_await BusCall::answerTo(call, bus, startLimit);
+    const QDBusMessage answer = co_await BusCall::answerTo(call, bus, limit);
     if (answer.type() != QDBusMessage::ReplyMessage)
         co_return 0U;
     co_return answer.arguments().value(0).value<QDBusVariant>().variant().toUInt();
@@ -45,10 +42,12 @@ PortalRequest::ask(QString interface, QString method, QVariantList arguments, QV
     options.insert(u"handle_token"_s, token);
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, method);
     call.setArguments(arguments << options);
-    const QDBusMessage answer = co_await BusCall::answerTo(call, bus);
+    const QDeadlineTimer end(limit);
+    const QDBusMessage answer = co_await BusCall::answerTo(
+        call, bus, std::min<std::chrono::milliseconds>(limit, BusCall::usualLimit));
     if (answer.type() != QDBusMessage::ReplyMessage)
         co_return std::nullopt;
-    co_await request->m_ended->waitFor(limit);
+    co_await request->m_ended->waitFor(std::chrono::milliseconds(end.remainingTime()));
     co_return std::optional(request->m_response);
 }
 

@@ -23,6 +23,9 @@ public:
     static inline const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
     static inline const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 
+    /// For the portal alone: at the beginning of a session everything starts at once, it among them.
+    static constexpr std::chrono::seconds startLimit{60};
+
     struct Response
     {
         /// 0 granted, 1 refused by the user, 2 ended otherwise; some portals say 2 of what they have granted.
@@ -32,9 +35,10 @@ public:
 
     /// Tells the portal which program has this connection. Before anything else is asked over it, and again
     /// when the portal has been started anew; older ones do not have it.
-    [[nodiscard]] static QCoro::Task<> introduce(QDBusConnection bus);
+    [[nodiscard]] static QCoro::Task<> introduce(QDBusConnection bus, std::chrono::milliseconds limit);
     /// The version of one of its interfaces; 0 when it has none. Starts the portal.
-    [[nodiscard]] static QCoro::Task<uint> versionOf(QString interface, QDBusConnection bus);
+    [[nodiscard]] static QCoro::Task<uint> versionOf(QString interface, QDBusConnection bus,
+                                                     std::chrono::milliseconds limit);
 
     /// Calls a method with these arguments and the options. None when the portal refuses the call, goes, or
     /// has not answered within the limit.

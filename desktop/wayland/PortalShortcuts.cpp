@@ -125,8 +125,8 @@ QCoro::Task<bool> PortalShortcuts::isThere()
     }
     if (!m_bus.isConnected())
         co_return false;
-    co_await m_scope(PortalRequest::introduce(m_bus));
-    co_return co_await m_scope(PortalRequest::versionOf(interface, m_bus)) > 0;
+    co_await m_scope(PortalRequest::introduce(m_bus, PortalRequest::startLimit));
+    co_return co_await m_scope(PortalRequest::versionOf(interface, m_bus, PortalRequest::startLimit)) > 0;
 }
 
 QCoro::Task<QString> PortalShortcuts::newSession()

@@ -9,12 +9,12 @@
 #include "desktop/wayland/PortalRequest.h"
 
 #include <QDBusObjectPath>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QUuid>
 
-#include <array>
 #include <chrono>
-#include <utility>
+#include <optional>
 
 #include <linux/input-event-codes.h>
 
@@ -31,8 +31,15 @@ constexpr uint untilRevoked = 2;
 constexpr uint sincePersistence = 2; // the interface's version
 /// For the user, who has a dialog to read.
 constexpr auto patienceWithUser = 5min;
-/// A portal that takes longer to open what was allowed before is asking the user again.
-constexpr auto patienceWithPortal = 700ms;
+/// From when a text is to be pasted to when its keys are pressed: later they would reach another place. A
+/// portal that takes longer may be asking the user again.
+constexpr auto patienceWithPaste = 1500ms;
+constexpr auto patienceWithKey = 700ms;
+
+std::chrono::milliseconds left(const QDeadlineTimer &end)
+{
+    return std::chrono::milliseconds(end.remainingTime());
+}
 
 QString tokenFile()
 {
@@ -64,6 +71,11 @@ void replaceToken(const QByteArray &token)
     }
 }
 
+struct Opened
+{
+    QByteArray token; ///< reopens it later without asking the user; empty when they do not allow that
+};
+
 /// A session of the portal's, on a connection of its own that ends with this object.
 class Session
 {
@@ -78,24 +90,30 @@ public:
     /// Whether the portal made it, also when it may do nothing yet.
     [[nodiscard]] bool exists() const { return !m_path.path().isEmpty(); }
 
-    /// Lets it press keys; what reopens it later without asking the user, else nothing.
-    [[nodiscard]] QCoro::Task<QString> open(QByteArray token, std::chrono::milliseconds patience)
+    /// Lets it press keys; none when the portal has not said in that time whether it may.
+    [[nodiscard]] QCoro::Task<std::optional<Opened>> open(QByteArray token, QDeadlineTimer endForPortal,
+                                                          QDeadlineTimer endForUser)
     {
-        co_await PortalRequest::introduce(m_bus);
-        if (co_await PortalRequest::versionOf(interface, m_bus) < sincePersistence)
-            co_return QString();
-        const QVariantMap made = co_await ask(u"CreateSession"_s, {},
-                                              {{u"session_handle_token"_s, u"orvane"_s}}, patienceWithPortal);
-        m_path = QDBusObjectPath(made[u"session_handle"_s].toString());
+        co_await PortalRequest::introduce(m_bus, left(endForPortal));
+        if (co_await PortalRequest::versionOf(interface, m_bus, left(endForPortal)) < sincePersistence)
+            co_return std::nullopt;
+        const auto made = co_await ask(u"CreateSession"_s, {}, {{u"session_handle_token"_s, u"orvane"_s}},
+                                       left(endForPortal));
+        if (made && made->code == 0)
+            m_path = QDBusObjectPath(made->results[u"session_handle"_s].toString());
         if (!exists())
-            co_return QString();
+            co_return std::nullopt;
         QVariantMap wishes{{u"types"_s, keyboard}, {u"persist_mode"_s, untilRevoked}};
         if (!token.isEmpty())
             wishes[u"restore_token"_s] = QString::fromUtf8(token);
-        co_await ask(u"SelectDevices"_s, {QVariant::fromValue(m_path)}, wishes, patienceWithPortal);
-        const QVariantMap begun =
-            co_await ask(u"Start"_s, {QVariant::fromValue(m_path), QString()}, {}, patience);
-        co_return begun[u"restore_token"_s].toString();
+        co_await ask(u"SelectDevices"_s, {QVariant::fromValue(m_path)}, wishes, left(endForPortal));
+        const auto begun =
+            co_await ask(u"Start"_s, {QVariant::fromValue(m_path), QString()}, {}, left(endForUser));
+        if (!begun)
+            co_return std::nullopt;
+        const bool isAllowed = begun->code == 0;
+        co_return Opened{.token =
+                             isAllowed ? begun->results[u"restore_token"_s].toByteArray() : QByteArray()};
     }
 
     [[nodiscard]] QCoro::Task<bool> setKey(int key, bool isDown)
@@ -103,17 +121,15 @@ public:
         QDBusMessage call = QDBusMessage::createMethodCall(PortalRequest::service, PortalRequest::path,
                                                            interface, u"NotifyKeyboardKeycode"_s);
         call.setArguments({QVariant::fromValue(m_path), QVariantMap(), key, uint(isDown)});
-        co_return (co_await BusCall::answerTo(call, m_bus)).type() == QDBusMessage::ReplyMessage;
+        co_return (co_await BusCall::answerTo(call, m_bus, patienceWithKey)).type() ==
+            QDBusMessage::ReplyMessage;
     }
 
 private:
-    /// What was granted.
-    [[nodiscard]] QCoro::Task<QVariantMap> ask(QString method, QVariantList arguments, QVariantMap options,
-                                               std::chrono::milliseconds limit)
+    [[nodiscard]] QCoro::Task<std::optional<PortalRequest::Response>>
+    ask(QString method, QVariantList arguments, QVariantMap options, std::chrono::milliseconds limit)
     {
-        const auto response =
-            co_await PortalRequest::ask(interface, method, arguments, options, m_bus, limit);
-        co_return response && response->code == 0 ? response->results : QVariantMap();
+        return PortalRequest::ask(interface, method, arguments, options, m_bus, limit);
     }
 
     const QString m_name = u"orvane-paste-"_s + QUuid::createUuid().toString(QUuid::Id128);
@@ -131,16 +147,17 @@ bool isAllowed()
 QCoro::Task<> askConsent()
 {
     Session session;
-    const QString token = co_await session.open({}, patienceWithUser);
+    const auto opened = co_await session.open({}, QDeadlineTimer(PortalRequest::startLimit),
+                                              QDeadlineTimer(patienceWithUser));
     if (!session.exists()) {
         throw Error(Localization::text(
             u"Рабочий стол не даёт программам нажимать клавиши: вставляйте текст сочетанием Ctrl+V."));
     }
-    if (token.isEmpty()) {
+    if (!opened || opened->token.isEmpty()) {
         throw Error(Localization::text(
             u"Вставка не разрешена: текст ждёт в буфере обмена, вставьте его сочетанием Ctrl+V."));
     }
-    co_await offMainThread([utf8 = token.toUtf8()] { storeToken(utf8); });
+    co_await offMainThread([token = opened->token] { storeToken(token); });
 }
 
 QCoro::Task<bool> press(std::function<void()> aboutToPress)
@@ -148,19 +165,21 @@ QCoro::Task<bool> press(std::function<void()> aboutToPress)
     const QByteArray before = co_await offMainThread(readToken);
     if (before.isEmpty())
         co_return false;
+    const QDeadlineTimer end(patienceWithPaste);
     Session session;
-    const QString token = co_await session.open(before, patienceWithPortal);
-    if (session.exists())
-        co_await offMainThread([utf8 = token.toUtf8()] { replaceToken(utf8); });
-    if (token.isEmpty())
+    const auto opened = co_await session.open(before, end, end);
+    if (!opened)
+        co_return false; // it may be slow, and allow it the next time
+    co_await offMainThread([token = opened->token] { replaceToken(token); });
+    if (opened->token.isEmpty() || end.hasExpired())
         co_return false;
-    constexpr std::array<std::pair<int, bool>, 4> keys{
-        {{KEY_LEFTSHIFT, true}, {KEY_INSERT, true}, {KEY_INSERT, false}, {KEY_LEFTSHIFT, false}}};
     aboutToPress();
-    bool isPressed = true;
-    for (const auto &[key, isDown] : keys)
-        isPressed = co_await session.setKey(key, isDown) && isPressed;
-    co_return isPressed;
+    bool isPressed = co_await session.setKey(KEY_LEFTSHIFT, true);
+    if (isPressed) {
+        isPressed = co_await session.setKey(KEY_INSERT, true);
+        isPressed = co_await session.setKey(KEY_INSERT, false) && isPressed;
+    }
+    co_return co_await session.setKey(KEY_LEFTSHIFT, false) && isPressed;
 }
 
 } // namespace orvane::RemoteDesktopPaste

@@ -14,8 +14,8 @@ namespace orvane::RemoteDesktopPaste {
 /// Lets the desktop ask the user. Returns when that is allowed and kept; else throws one sentence.
 [[nodiscard]] QCoro::Task<> askConsent();
 
-/// Presses Shift+Insert, right after that call; false when it is not allowed, or no longer. Lets nobody be
-/// asked.
+/// Presses Shift+Insert, right after that call; false when it is not allowed, or no longer, or cannot be done
+/// at once. Lets nobody be asked.
 [[nodiscard]] QCoro::Task<bool> press(std::function<void()> aboutToPress = [] {});
 
 } // namespace orvane::RemoteDesktopPaste
