@@ -45,7 +45,8 @@ bool WaylandPaster::pressPaste()
     m_keys->set(KEY_INSERT, true);
     m_keys->set(KEY_INSERT, false);
     m_keys->set(KEY_LEFTSHIFT, false);
-    return m_display->roundTrip(QDeadlineTimer(patienceWithCompositor));
+    static_cast<void>(m_display->roundTrip(QDeadlineTimer(patienceWithCompositor)));
+    return true;
 }
 
 bool WaylandPaster::isFetched(std::chrono::milliseconds patience)

@@ -25,7 +25,8 @@ public:
     /// Whether the text is on the clipboard.
     [[nodiscard]] bool offer(const QByteArray &text);
     /// Presses Shift+Insert: it pastes in terminals too, and stands at the same place in every layout. False
-    /// when this program may not press keys.
+    /// when this program may not press keys, so that another way is to be tried; never when the compositor
+    /// may still press them.
     [[nodiscard]] bool pressPaste();
     /// Whether some program asks for the text within that time from when the keys were pressed.
     [[nodiscard]] bool isFetched(std::chrono::milliseconds patience);
