@@ -24,6 +24,11 @@ public:
     {
         return m_versions.value(interface) >= version;
     }
+    /// Whether the compositor lets this program fill the clipboard without having the focus.
+    [[nodiscard]] bool offersClipboard() const
+    {
+        return offers("ext_data_control_manager_v1") || offers("zwlr_data_control_manager_v1");
+    }
 
 private:
     bool m_isWayland = false;

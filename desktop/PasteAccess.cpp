@@ -11,10 +11,11 @@ State state()
     const DesktopSession &session = DesktopSession::ofThisProcess();
     if (!session.isWayland())
         return PasteKeys::canBePressed() ? State::Granted : State::None;
-    if (session.offers("zwp_virtual_keyboard_manager_v1") || session.offers("org_kde_kwin_fake_input", 4) ||
-        RemoteDesktopPaste::isAllowed())
-        return State::Granted;
-    return State::ToBeAsked;
+    const bool mayPress =
+        session.offers("zwp_virtual_keyboard_manager_v1") || session.offers("org_kde_kwin_fake_input", 4);
+    // Without the clipboard, only the portal's keys are pressed.
+    return (mayPress && session.offersClipboard()) || RemoteDesktopPaste::isAllowed() ? State::Granted
+                                                                                      : State::ToBeAsked;
 }
 
 QCoro::Task<> ask()

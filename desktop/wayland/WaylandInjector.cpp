@@ -19,17 +19,11 @@ namespace {
 /// For the focused program to ask for the text once it was told to paste.
 constexpr auto patienceWithProgram = 1s;
 
-bool compositorHasClipboard()
-{
-    const DesktopSession &session = DesktopSession::ofThisProcess();
-    return session.offers("ext_data_control_manager_v1") || session.offers("zwlr_data_control_manager_v1");
-}
-
 } // namespace
 
 WaylandInjector::WaylandInjector()
 {
-    if (compositorHasClipboard())
+    if (DesktopSession::ofThisProcess().offersClipboard())
         m_thread = std::make_shared<WaylandThread>();
 }
 
