@@ -16,6 +16,7 @@ namespace {
 using Request = SwayConnection::Request;
 
 const QString toggleKeys = u"Ctrl+Mod1+space"_s;
+const QString defaultMode = u"default"_s;
 const QString escapeKeys = u"Escape"_s;
 const QByteArray tapCommand = "nop orvane-tap";
 const QByteArray toggleCommand = "nop orvane-toggle";
@@ -36,7 +37,7 @@ QByteArray unbinding(const QString &keys)
 
 } // namespace
 
-SwayShortcuts::SwayShortcuts()
+SwayShortcuts::SwayShortcuts() : m_mode(defaultMode)
 {
     connect(&m_sway, &SwayConnection::happened, this, &SwayShortcuts::happened);
     connect(&m_sway, &SwayConnection::closed, this, [this] {
@@ -62,13 +63,13 @@ QCoro::Task<ShortcutGiver::Answer> SwayShortcuts::ask(TriggerKey trigger, Occasi
         co_return Answer::Absent;
     const QJsonValue subscription =
         co_await m_scope(m_sway.ask(Request::Subscribe, R"(["binding","mode","workspace"])"));
-    if (!subscription[u"success"_s].toBool()) {
+    if (!subscription[u"success"_s].toBool() || !co_await m_scope(readConfiguration())) {
         m_sway.close();
         co_return Answer::Absent;
     }
     m_isAsked = true;
-    co_await m_scope(bind());
-    co_return m_isAsked ? Answer::Given : Answer::Absent;
+    bind();
+    co_return Answer::Given;
 }
 
 void SwayShortcuts::release()
@@ -80,13 +81,27 @@ void SwayShortcuts::release()
     m_escapeIsTaken = false;
 }
 
-/// When sway has forgotten every key but those of the user's configuration.
-QCoro::Task<> SwayShortcuts::bind()
+/// False when sway does not say which keys are the user's.
+QCoro::Task<bool> SwayShortcuts::readConfiguration()
 {
+    const QJsonValue state = co_await m_scope(m_sway.ask(Request::GetBindingState));
+    m_mode = state[u"name"_s].toString(defaultMode);
     const QJsonValue config = co_await m_scope(m_sway.ask(Request::GetConfig));
     m_config = SwayConfig(config[u"config"_s].toString());
-    const QJsonValue state = co_await m_scope(m_sway.ask(Request::GetBindingState));
-    m_isInDefaultMode = state[u"name"_s].toString(u"default"_s) == "default"_L1;
+    co_return config[u"config"_s].isString();
+}
+
+/// When sway has forgotten every key but those of the user's configuration.
+QCoro::Task<> SwayShortcuts::bindAgain()
+{
+    if (co_await m_scope(readConfiguration()))
+        bind();
+    else if (m_isAsked)
+        m_sway.close(); // it is asked anew
+}
+
+void SwayShortcuts::bind()
+{
     m_bound.clear();
     if (!m_escapeIsTaken && !m_config.binds(escapeKeys))
         m_bound.insert(escapeKeys, escapeCommand); // perhaps, by a run that was killed
@@ -109,11 +124,14 @@ QHash<QString, QByteArray> SwayShortcuts::wanted() const
 }
 
 /// A key is bound in the mode that is in force. In another than the usual one, such as for resizing windows,
-/// it may be the one that leads out of it.
+/// it may be the one that leads out of it; keys that are given back must not wait for the end of that mode.
 void SwayShortcuts::settle()
 {
-    if (!m_isInDefaultMode)
+    if (m_mode != defaultMode) {
+        if (!m_isAsked)
+            giveBackInDefaultMode();
         return;
+    }
     const QHash<QString, QByteArray> keys = wanted();
     for (auto bound = m_bound.cbegin(); bound != m_bound.cend(); ++bound) {
         if (!keys.contains(bound.key()))
@@ -124,6 +142,17 @@ void SwayShortcuts::settle()
             m_sway.run("bindsym --no-warn " + key.key().toLatin1() + ' ' + key.value());
     }
     m_bound = keys;
+}
+
+void SwayShortcuts::giveBackInDefaultMode()
+{
+    if (m_bound.isEmpty())
+        return;
+    QByteArray command = "mode default";
+    for (auto bound = m_bound.cbegin(); bound != m_bound.cend(); ++bound)
+        command += "; " + unbinding(bound.key());
+    m_sway.run(command + "; mode \"" + m_mode.toUtf8() + '"');
+    m_bound.clear();
 }
 
 Shortcuts SwayShortcuts::shortcuts() const
@@ -157,9 +186,9 @@ void SwayShortcuts::happened(const QString &event, const QJsonObject &what)
 {
     const QString change = what[u"change"_s].toString();
     if (event == "workspace"_L1 && change == "reload"_L1) {
-        spawn(bind());
+        spawn(bindAgain());
     } else if (event == "mode"_L1) {
-        m_isInDefaultMode = change == "default"_L1;
+        m_mode = change;
         settle();
     } else if (event == "binding"_L1) {
         const QByteArray command = what[u"binding"_s][u"command"_s].toString().toLatin1();

@@ -27,8 +27,11 @@ public:
     void setEscapeTaken(bool taken) override;
 
 private:
-    QCoro::Task<> bind();
+    [[nodiscard]] QCoro::Task<bool> readConfiguration();
+    void bind();
+    QCoro::Task<> bindAgain();
     void settle();
+    void giveBackInDefaultMode();
     [[nodiscard]] QHash<QString, QByteArray> wanted() const;
     void happened(const QString &event, const QJsonObject &what);
 
@@ -36,7 +39,7 @@ private:
     SwayConfig m_config;
     TriggerKey m_trigger = TriggerKey::RightCommand;
     bool m_isAsked = false;
-    bool m_isInDefaultMode = true;
+    QString m_mode; // of sway's bindings
     bool m_escapeIsTaken = false;
     QHash<QString, QByteArray> m_bound; // commands by keys
     Scope m_scope;

@@ -1,5 +1,6 @@
 #include "desktop/wayland/WaylandKeyTap.h"
 #include "tests/support/Compositor.h"
+#include "tests/support/Rows.h"
 #include "tests/support/SessionBus.h"
 #include "tests/support/WaylandEditor.h"
 
@@ -123,13 +124,27 @@ private Q_SLOTS:
         QCOMPARE(escaped.size(), heard + 1);
     }
 
+    void keysAreGivenBack_data()
+    {
+        const Rows<QString> row("mode");
+        row("in the usual mode", u"default"_s);
+        if (isSway)
+            row("in another mode", u"moving, windows"_s);
+    }
+
     void keysAreGivenBack()
     {
+        QFETCH(const QString, mode);
         WaylandEditor terminal(*m_compositor, terminalKind);
         m_tap->setEscapeIntercepted(true);
         QTest::qWait(100);
+        if (isSway)
+            m_compositor->command({u"mode \"%1\""_s.arg(mode)});
+        QTest::qWait(100);
         m_tap->uninstall();
         QVERIFY(!m_tap->isActive());
+        if (isSway)
+            m_compositor->command({u"mode default"_s});
         m_compositor->tap({KEY_ESC});
         QTRY_COMPARE(terminal.text(), u"\x1b"_s);
     }

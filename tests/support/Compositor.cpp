@@ -129,6 +129,7 @@ void Compositor::startSway()
                 "no folder for sway");
     put(file(u"sway"_s), "output HEADLESS-1 resolution 1280x800\n"
                          "default_border none\n"
+                         "mode \"moving, windows\" bindsym m nop\n"
                          "exec " +
                              file(u"announce"_s).toLocal8Bit() + '\n');
     QFile::setPermissions(file(u"sway"_s), QFile::ReadOwner | QFile::ReadOther);
