@@ -132,9 +132,9 @@ std::shared_ptr<AudioRecorder::Recording> AudioRecorder::letGo(CaptureRest rest)
     return recording;
 }
 
-std::vector<float> AudioRecorder::samplesAfter(size_t first) const
+std::vector<float> AudioRecorder::samplesAfter(size_t first, size_t count) const
 {
-    return m_isRunning ? m_samples->allBut(first) : std::vector<float>();
+    return m_isRunning ? m_samples->part(first, count) : std::vector<float>();
 }
 
 void AudioRecorder::setChunks(double seconds, ChunkHandler handler)

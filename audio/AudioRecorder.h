@@ -55,9 +55,9 @@ public:
     /// Ends it at once and forgets its samples: the next start() need not wait for them.
     void discard();
 
-    /// What is recorded so far, but for so many samples at its beginning; none when they go into chunks or
-    /// nothing is being recorded. levelChanged() says when there are more.
-    [[nodiscard]] std::vector<float> samplesAfter(size_t first) const;
+    /// What is recorded so far, but for so many samples at its beginning, and at most so many; none when they
+    /// go into chunks or nothing is being recorded. levelChanged() says when there are more.
+    [[nodiscard]] std::vector<float> samplesAfter(size_t first, size_t count) const;
 
     /// From the next samples on: hands out what is recorded in chunks of at least so many seconds. 0 and {}
     /// for stop() to return it, as at first.

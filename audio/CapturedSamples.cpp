@@ -62,11 +62,12 @@ void CapturedSamples::clear()
     m_chunk.clear();
 }
 
-std::vector<float> CapturedSamples::allBut(size_t first)
+std::vector<float> CapturedSamples::part(size_t first, size_t count)
 {
     const std::lock_guard lock(m_mutex);
     const auto rest = std::span(m_all).subspan(std::min(first, m_all.size()));
-    return {rest.begin(), rest.end()};
+    const auto part = rest.first(std::min(count, rest.size()));
+    return {part.begin(), part.end()};
 }
 
 std::vector<float> CapturedSamples::takeAll()

@@ -28,8 +28,8 @@ public:
     /// Forgets everything that was added.
     void clear();
 
-    /// A copy of what takeAll() would return, but for so many samples at its beginning.
-    [[nodiscard]] std::vector<float> allBut(size_t first);
+    /// A copy of what takeAll() would return, but for so many samples at its beginning, and at most so many.
+    [[nodiscard]] std::vector<float> part(size_t first, size_t count);
 
     /// All that was added while there were no chunks; nothing of it is kept.
     [[nodiscard]] std::vector<float> takeAll();

@@ -19,6 +19,29 @@ QString withoutDots(const QString &text)
     return QString(text).remove(dots);
 }
 
+/// Whether words are written with spaces between them.
+bool isSpaced(QChar letter)
+{
+    switch (letter.script()) {
+    case QChar::Script_Han:
+    case QChar::Script_Hiragana:
+    case QChar::Script_Katakana:
+    case QChar::Script_Thai:
+    case QChar::Script_Lao:
+    case QChar::Script_Khmer:
+    case QChar::Script_Myanmar:
+        return false;
+    default:
+        return !letter.isSpace();
+    }
+}
+
+QString joined(const QString &text, const QString &next)
+{
+    const bool touch = !text.isEmpty() && !next.isEmpty() && isSpaced(text.back()) && isSpaced(next.front());
+    return touch ? text + u' ' + next : text + next;
+}
+
 } // namespace
 
 void DictatedText::add(size_t end, const QString &text)
@@ -38,7 +61,7 @@ void DictatedText::settle(size_t heard, const std::vector<PauseDetector::Pause> 
     const auto pause = std::find_if(pauses.rbegin(), pauses.rend(), endsBefore);
     if (pause == pauses.rend())
         return;
-    m_settled = withoutDots(m_settled + final->text);
+    m_settled = withoutDots(joined(m_settled, final->text));
     m_begin = pause->middle();
     m_heard.clear();
 }
@@ -46,7 +69,7 @@ void DictatedText::settle(size_t heard, const std::vector<PauseDetector::Pause> 
 std::optional<QString> DictatedText::whole(size_t speechEnd) const
 {
     if (!m_heard.empty() && m_heard.back().end >= speechEnd)
-        return (m_settled + m_heard.back().text).trimmed();
+        return joined(m_settled, m_heard.back().text).trimmed();
     if (m_begin > speechEnd)
         return m_settled.trimmed();
     return std::nullopt;

@@ -116,7 +116,8 @@ void DictationController::beginRecognition()
         .turns = m_services.turns,
         .battery = m_services.battery,
         .modelFile = [this] { return modelFile(); },
-        .samplesAfter = [this](size_t first) { return m_recorder.samplesAfter(first); }});
+        .samplesAfter = [this](size_t first,
+                               size_t count) { return m_recorder.samplesAfter(first, count); }});
     connect(&m_recorder, &AudioRecorder::levelChanged, m_recognition.get(), &EarlyRecognition::hear);
     connect(m_recognition.get(), &EarlyRecognition::liveTextChanged, this,
             &DictationController::liveTextChanged);

@@ -43,7 +43,8 @@ EarlyRecognition::~EarlyRecognition()
 QCoro::Task<> EarlyRecognition::load()
 {
     try {
-        co_await m_scope(m_services.engine.load(m_services.modelFile(), m_scope.stop()));
+        // Goes on when the dictation is given up: the next one needs the engine too.
+        co_await m_scope(m_services.engine.load(m_services.modelFile()));
         m_isLoaded = true;
     } catch (const Gone &) {
         throw;
@@ -54,7 +55,9 @@ QCoro::Task<> EarlyRecognition::load()
 
 void EarlyRecognition::hear()
 {
-    const std::vector<float> samples = m_services.samplesAfter(m_heard);
+    const std::vector<float> samples = m_services.samplesAfter(m_heard, SIZE_MAX);
+    if (samples.empty())
+        return; // the recording has ended
     m_heard += samples.size();
     m_speech.add(samples);
     if (mayTakeSnapshot())
@@ -75,7 +78,7 @@ QCoro::Task<> EarlyRecognition::takeSnapshot()
         co_await m_scope(recogniseSoFar());
     } catch (const Gone &) {
         throw;
-    } catch (const Error &) {
+    } catch (const std::exception &) {
         // What is not recognised now is recognised at the end, which says what is wrong.
     }
     m_rhythm.end(m_heard);
@@ -88,9 +91,13 @@ QCoro::Task<> EarlyRecognition::recogniseSoFar()
     useChosenModel();
     m_text.settle(m_heard, m_speech.pauses());
     const size_t end = endOfSnapshot();
-    std::vector<float> samples = m_services.samplesAfter(m_text.begin());
-    samples.resize(end - m_text.begin());
-    co_await m_scope(recognise(std::move(samples), end, m_scope.stop()));
+    const size_t count = end - m_text.begin();
+    std::vector<float> samples = m_services.samplesAfter(m_text.begin(), count);
+    if (samples.size() < count)
+        co_return; // the recording has ended
+    // Goes on when the dictation is given up: the engine finishes its pass in any case, and one that is found
+    // busy long after it was told to stop is started anew.
+    co_await m_scope(recognise(std::move(samples), end, {}));
 }
 
 /// In the pause that lasts, or in one before when that is more than the model takes in at once. In much quiet
@@ -132,8 +139,10 @@ void EarlyRecognition::useChosenModel()
         throw Error(Advice::onMissingModel().detail);
     if (std::exchange(m_model, model) == model)
         return;
-    m_text = {};
     m_language = anyLanguage;
+    const LiveText before = std::exchange(m_text, {}).live();
+    if (before != LiveText())
+        Q_EMIT liveTextChanged();
 }
 
 QCoro::Task<> EarlyRecognition::recognise(std::vector<float> samples, size_t end, std::stop_token stop)

@@ -37,8 +37,9 @@ public:
         const Battery &battery;
         /// The file of the model to recognise with; empty when there is none.
         std::function<QString()> modelFile;
-        /// What is recorded so far, but for so many samples at its beginning.
-        std::function<std::vector<float>(size_t first)> samplesAfter;
+        /// What is recorded so far, but for so many samples at its beginning, and at most so many; none once
+        /// the recording has ended.
+        std::function<std::vector<float>(size_t first, size_t count)> samplesAfter;
     };
 
     /// Has the engine load the model. The collaborators outlive this.

@@ -16,10 +16,12 @@ constexpr size_t framesOfPart = 25;
 constexpr size_t partsOfNoise = 12;
 /// What has 8 times the energy of the noise (9 dB) is loud.
 constexpr float overNoise = 8;
-/// Breath and echo are 32 dB weaker than the loudest speech.
-constexpr float underSpeech = 1.0F / 1585;
-/// The loudest speech fades by 3 dB in a minute and a half: speakers lean back.
+/// Breath and echo are 27 dB weaker than loud speech.
+constexpr float underSpeech = 1.0F / 500;
+/// Loud speech fades by 3 dB in a minute and a half: speakers lean back.
 constexpr float fading = 0.99985F;
+/// It is known after a second: a bump at the microphone passes for speech, but not for its strength.
+constexpr float heed = 1.0F / 50;
 /// Digital silence, but for the rounding: −85 dB.
 constexpr float silence = 3e-9F;
 
@@ -34,9 +36,14 @@ bool PauseDetector::Loudness::isLoud(float energy)
     m_recent.push_back(energy);
     if (m_recent.size() > framesOfMean)
         m_recent.pop_front();
-    const float mean = std::reduce(m_recent.begin(), m_recent.end()) / float(m_recent.size());
-    m_loudest = std::max(m_loudest * fading, mean);
-    return energy > std::max(noise(mean) * overNoise, m_loudest * underSpeech);
+    m_mean = std::reduce(m_recent.begin(), m_recent.end()) / float(m_recent.size());
+    m_speech *= fading;
+    return energy > std::max(noise(m_mean) * overNoise, m_speech * underSpeech);
+}
+
+void PauseDetector::Loudness::heedSpeech()
+{
+    m_speech += std::max(m_mean - m_speech, 0.0F) * heed;
 }
 
 float PauseDetector::Loudness::noise(float mean)
@@ -69,8 +76,10 @@ void PauseDetector::addFrame(float energy)
     if (m_loudness.isLoud(energy)) {
         m_run += m_gap + 1;
         m_gap = 0;
-        if (m_run >= shortestRun)
+        if (m_run >= shortestRun) {
+            m_loudness.heedSpeech();
             speak();
+        }
     } else if (++m_gap > longestGap) {
         m_run = 0;
         m_gap = 0;

@@ -43,6 +43,8 @@ private:
     {
     public:
         [[nodiscard]] bool isLoud(float energy);
+        /// The last frame was speech.
+        void heedSpeech();
 
     private:
         [[nodiscard]] float noise(float mean);
@@ -50,7 +52,8 @@ private:
         std::deque<float> m_recent; // energies of frames
         std::deque<float> m_lowest; // of their means, in each part of the last seconds
         size_t m_inPart = 0;
-        float m_loudest = 0;
+        float m_mean = 0;
+        float m_speech = 0;
     };
 
     void addFrame(float energy);

@@ -214,7 +214,7 @@ bool DictationHUDModel::hasLiveText() const
 QVariantList DictationHUDModel::liveLines() const
 {
     QVariantList lines;
-    if (!m_liveText)
+    if (!hasLiveText())
         return lines;
     for (const auto &[settled, unsettled] : m_liveText->lines())
         lines.append(QVariantMap{{u"settled"_s, settled}, {u"unsettled"_s, unsettled}});

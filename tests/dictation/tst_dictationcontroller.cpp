@@ -304,6 +304,7 @@ private Q_SLOTS:
         if (!QFile::exists(engine) || !QFile::exists(languageModel))
             QSKIP("there is no language model to run");
         installLanguageModel(languageModel);
+        qputenv("LLAMA_ARG_THREADS", "1"); // two wait for each other where other programs run beside
         const QString fake = m_engines->engineFolder() + u"/llama-server"_s;
         QVERIFY(QFile::remove(fake) && QFile::link(engine, fake));
         m_services->settings().setDictationMode(DictationMode::Prompt);

@@ -55,6 +55,7 @@ private Q_SLOTS:
         QVERIFY(finished(m_engine->load(u"a"_s)).succeeded());
         m_recorded.clear();
         m_delivered = m_read = 0;
+        m_hasEnded = false;
         m_begun = m_answered = 0;
         m_model = u"a"_s;
         m_battery.low = false;
@@ -64,7 +65,7 @@ private Q_SLOTS:
             .turns = m_turns,
             .battery = m_battery,
             .modelFile = [this] { return m_model; },
-            .samplesAfter = [this](size_t first) { return samplesAfter(first); }});
+            .samplesAfter = [this](size_t first, size_t count) { return samplesAfter(first, count); }});
         connect(m_recognition.get(), &EarlyRecognition::liveTextChanged, this, [this] { ++m_answered; });
         pause(0.5);
     }
@@ -255,9 +256,24 @@ private Q_SLOTS:
             text.emplace(m_recognition->textOf(m_recorded, stop.get_token()));
         stop.request_stop();
         m_recognition.reset();
-        QTRY_COMPARE(m_home->abandoned(inference), 1);
         if (text)
             QTRY_VERIFY(text->isCancelled());
+        QTest::qWait(200);
+        QCOMPARE(m_home->abandoned(inference), 0); // the engine would finish its pass in any case
+    }
+
+    /// What delayed a snapshot is over, but there is nothing to read any more.
+    void recordingEndsBeforeASnapshot()
+    {
+        answer({saying(" one")});
+        m_turn = m_turns.take();
+        speak(4);
+        pause(0.5);
+        m_turn = {};
+        m_hasEnded = true;
+        m_recognition->hear();
+        QCOMPARE(textAtEnd(), u"one"_s);
+        QCOMPARE(lengths(), (QList<int>{5}));
     }
 
 private:
@@ -291,12 +307,15 @@ private:
     }
 
     /// A snapshot reads more than what has just come.
-    std::vector<float> samplesAfter(size_t first)
+    std::vector<float> samplesAfter(size_t first, size_t count)
     {
+        if (m_hasEnded)
+            return {};
         if (first != m_read)
             ++m_begun;
         m_read = std::max(m_read, m_delivered);
-        return {m_recorded.begin() + std::ptrdiff_t(first), m_recorded.begin() + std::ptrdiff_t(m_delivered)};
+        const size_t end = first + std::min(count, m_delivered - first);
+        return {m_recorded.begin() + std::ptrdiff_t(first), m_recorded.begin() + std::ptrdiff_t(end)};
     }
 
     QString textAtEnd()
@@ -337,6 +356,7 @@ private:
     std::minstd_rand m_random;
     std::vector<float> m_recorded;
     size_t m_delivered = 0; // of them
+    bool m_hasEnded = false;
     size_t m_read = 0;
     int m_begun = 0; // snapshots
     int m_answered = 0;

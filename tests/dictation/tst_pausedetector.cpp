@@ -131,6 +131,25 @@ private Q_SLOTS:
         QVERIFY(isNear(detector.speechEnd(), speech.pauses()[isSpeech ? 1 : 0].begin));
     }
 
+    /// Neither the pop of a device that begins nor a bump at the microphone makes weak speech inaudible.
+    void hearsWeakSpeechAfterABump()
+    {
+        Speech speech;
+        speech.add(std::vector<float>(sampleRate / 50, 1));
+        speech.pause(0.5);
+        Speech weak;
+        weak.say(first);
+        weak.makeWeaker(0.12F);
+        speech.add(weak.samples());
+        speech.pause(0.5);
+        speech.add(std::vector<float>(sampleRate / 8, 0.7F)); // 125 ms
+        speech.pause(0.5);
+        speech.add(weak.samples());
+        speech.pause(1);
+        speech.addNoise(-70);
+        QVERIFY(isNear(heard(speech).speechEnd(), speech.samples().size() - sampleRate));
+    }
+
     void getsUsedToNoise()
     {
         Speech before;

@@ -46,11 +46,11 @@ DictationReplay::Dictated DictationReplay::dictated(const std::vector<float> &sa
     size_t heard = 0;
     int begun = 0;
     int answered = 0;
-    const auto samplesAfter = [&](size_t first) {
+    const auto samplesAfter = [&](size_t first, size_t count) {
         // What was read before is read again for a snapshot only.
         begun += first + delivery < heard ? 1 : 0;
         return std::vector<float>(samples.begin() + std::ptrdiff_t(first),
-                                  samples.begin() + std::ptrdiff_t(heard));
+                                  samples.begin() + std::ptrdiff_t(first + std::min(count, heard - first)));
     };
     EarlyRecognition recognition({.engine = m_engine,
                                   .turns = m_turns,
