@@ -117,8 +117,10 @@ void OpenRecord::showEvents()
     for (const RecordEvent &event : m_record.events.value_or(QList<RecordEvent>())) {
         const QString key = event.id.toString();
         const QString time = Spans::moment(event.ts);
-        log.append(
-            {{u"key"_s, key}, {u"time"_s, time}, {u"what"_s, orvane::title(event.kind)}, {u"text"_s, event.text}});
+        log.append({{u"key"_s, key},
+                    {u"time"_s, time},
+                    {u"what"_s, orvane::title(event.kind)},
+                    {u"text"_s, event.text}});
         if (event.prompt)
             questions.append({{u"key"_s, key},
                               {u"question"_s, *event.prompt},
