@@ -26,8 +26,8 @@ constexpr std::array textTypes = {"text/plain;charset=utf-8", "text/plain", "UTF
 constexpr QByteArrayView passwordHint("x-kde-passwordManagerHint");
 constexpr QByteArrayView concealed("org.nspasteboard.ConcealedType");
 
-/// As much of it as the reader takes; one that has gone raises a signal that the thread must not mind.
-void writeTo(int pipe, QByteArrayView bytes)
+/// Whether the reader takes all of it; one that has gone raises a signal that the thread must not mind.
+bool writeTo(int pipe, QByteArrayView bytes)
 {
     ::fcntl(pipe, F_SETFL, O_NONBLOCK);
     for (const QDeadlineTimer end(patienceWithReader); !bytes.isEmpty();) {
@@ -35,11 +35,12 @@ void writeTo(int pipe, QByteArrayView bytes)
         if (written > 0)
             bytes = bytes.sliced(written);
         else if (errno != EAGAIN && errno != EINTR)
-            return;
+            return false;
         pollfd writable{.fd = pipe, .events = POLLOUT, .revents = 0};
         if (!bytes.isEmpty() && ::poll(&writable, 1, int(end.remainingTime())) == 0)
-            return;
+            return false;
     }
+    return true;
 }
 
 /// The interface by the name that it was standardised under; nothing but the name differs.
@@ -140,9 +141,8 @@ DataControlClipboard::Source DataControlClipboard::makeSource()
 void DataControlClipboard::send(const char *type, int pipe)
 {
     if (type == passwordHint) {
-        writeTo(pipe, "secret");
-    } else if (type != concealed) {
-        writeTo(pipe, m_text);
+        static_cast<void>(writeTo(pipe, "secret"));
+    } else if (type != concealed && writeTo(pipe, m_text)) {
         ++m_fetches;
     }
     ::close(pipe);

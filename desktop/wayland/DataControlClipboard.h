@@ -25,7 +25,7 @@ public:
     /// history of the clipboard, until other programs take them over. False when the compositor does not take
     /// it.
     [[nodiscard]] bool offer(const QByteArray &text);
-    /// How often any text was asked for so far.
+    /// How often any text was asked for so far, and taken to its end.
     [[nodiscard]] int fetches() const { return m_fetches; }
 
 private:

@@ -1,5 +1,6 @@
 #include "desktop/wayland/WaylandInjector.h"
 
+#include "base/Async.h"
 #include "base/OneTimeEvent.h"
 #include "desktop/DesktopSession.h"
 #include "desktop/ToolkitClipboard.h"
@@ -18,6 +19,14 @@ namespace {
 
 /// For the focused program to ask for the text once it was told to paste.
 constexpr auto patienceWithProgram = 1s;
+
+QCoro::Task<> forgetFetches(std::shared_ptr<WaylandThread> thread)
+{
+    co_await thread->run([](WaylandPaster &paster) {
+        paster.forgetFetches();
+        return true;
+    });
+}
 
 } // namespace
 
@@ -45,7 +54,8 @@ QCoro::Task<TextInjector::Outcome> WaylandInjector::insertByDataControl(QString 
     if (!mayPress)
         co_return Outcome::LeftOnClipboard;
     const auto press = [](WaylandPaster &paster) { return paster.pressPaste(); };
-    const bool isPressed = co_await thread->run(press) || co_await RemoteDesktopPaste::press();
+    const auto aboutToPress = [thread] { spawn(forgetFetches(thread)); };
+    const bool isPressed = co_await thread->run(press) || co_await RemoteDesktopPaste::press(aboutToPress);
     const auto fetched = [](WaylandPaster &paster) { return paster.isFetched(patienceWithProgram); };
     co_return isPressed &&co_await thread->run(fetched) ? Outcome::Pasted : Outcome::LeftOnClipboard;
 }

@@ -10,6 +10,8 @@ namespace orvane {
 namespace {
 
 constexpr std::chrono::seconds patienceWithCompositor{1};
+/// For programs that read whatever is copied, such as those that keep a history of it.
+constexpr std::chrono::milliseconds patienceWithWatchers{30};
 
 std::unique_ptr<PressedKeys> keysOf(const WaylandDisplay &display)
 {
@@ -37,9 +39,13 @@ bool WaylandPaster::offer(const QByteArray &text)
 
 bool WaylandPaster::pressPaste()
 {
-    m_fetchesBefore = m_clipboard ? m_clipboard->fetches() : 0;
     if (!m_keys)
         return false;
+    for (const QDeadlineTimer end(patienceWithWatchers); !end.hasExpired();) {
+        if (!m_display->handleEvents(int(end.remainingTime())))
+            break;
+    }
+    forgetFetches();
     m_keys->letGoOfModifiers();
     m_keys->set(KEY_LEFTSHIFT, true);
     m_keys->set(KEY_INSERT, true);
@@ -47,6 +53,11 @@ bool WaylandPaster::pressPaste()
     m_keys->set(KEY_LEFTSHIFT, false);
     static_cast<void>(m_display->roundTrip(QDeadlineTimer(patienceWithCompositor)));
     return true;
+}
+
+void WaylandPaster::forgetFetches()
+{
+    m_fetchesBefore = m_clipboard ? m_clipboard->fetches() : 0;
 }
 
 bool WaylandPaster::isFetched(std::chrono::milliseconds patience)

@@ -28,6 +28,8 @@ public:
     /// when this program may not press keys, so that another way is to be tried; never when the compositor
     /// may still press them.
     [[nodiscard]] bool pressPaste();
+    /// Who has asked for the text so far does not count as having pasted it.
+    void forgetFetches();
     /// Whether some program asks for the text within that time from when the keys were pressed.
     [[nodiscard]] bool isFetched(std::chrono::milliseconds patience);
 
