@@ -206,7 +206,8 @@ private Q_SLOTS:
         QCOMPARE(m_program.run({u"toggle"_s}).exitCode, 0);
         QTRY_VERIFY_WITH_TIMEOUT(wordError(focused.text(), sentence) <= maxWordError, patience);
 
-        QCOMPARE(m_program.run({u"start"_s}).exitCode, 0);
+        const auto started = m_program.run({u"start"_s});
+        QVERIFY2(started.exitCode == 0, started.complaints.constData());
         QTRY_COMPARE_WITH_TIMEOUT(status(), "recording", patience);
         QCOMPARE(m_program.run({u"cancel"_s}).exitCode, 0);
         QCOMPARE(status(), "idle");
